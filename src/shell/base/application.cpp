@@ -1,0 +1,24 @@
+#include "shell/base/application.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace brivok {
+
+std::unique_ptr<Application> theApplication;
+
+Application::Application() {
+    // An interface sees each line at once. Input is read past the streams altogether.
+    std::fflush(nullptr);
+    std::setvbuf(stdout, nullptr, _IONBF, 0);
+}
+
+void ExitProgram(int code) {
+    if (theApplication != nullptr) {
+        theApplication->handler.reset();
+        theApplication.reset();
+    }
+    std::exit(code);
+}
+
+}  // namespace brivok

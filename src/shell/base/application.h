@@ -1,0 +1,55 @@
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include "shell/base/logger.h"
+
+namespace brivok {
+
+class Application;
+
+inline constexpr char EngineName[] = "Brivok 4.0.3";
+inline constexpr char EngineInfo[] = "Beta";
+
+/// The language that the program is spoken to in.
+enum class Protocol { None = 0, Extra = 1, Uci = 2, WinBoard = 3 };
+
+/// One protocol: takes the input lines and answers them.
+class ProtocolHandler {
+public:
+    explicit ProtocolHandler(Application& application) : app(application) {}
+    ProtocolHandler(const ProtocolHandler&) = delete;
+    ProtocolHandler& operator=(const ProtocolHandler&) = delete;
+    virtual ~ProtocolHandler() = default;
+
+    /// Handles one input line, its newline included. A running search calls it too, on its own
+    /// stack, for each line that it meets when it polls.
+    virtual void ProcessCommand(std::string_view line) = 0;
+
+    /// Reads and handles lines until `done` is set.
+    virtual void Run() = 0;
+
+    Application& app;
+    bool done = false;  ///< makes Run return
+};
+
+/// The process: what it speaks, who answers, where it logs. One instance, behind theApplication.
+class Application {
+public:
+    Application();
+
+    Protocol currentProtocol = Protocol::Extra;
+    Protocol requestedProtocol = Protocol::None;  ///< the handler that a handler asks for
+    Logger logger;
+    std::unique_ptr<ProtocolHandler> handler;
+};
+
+/// The one Application, made by the entry of the program.
+extern std::unique_ptr<Application> theApplication;
+
+/// The only way out of the process: deletes the handler, which may still be on the call stack,
+/// closes the log and ends with `code` (0 for "quit", 1 for every failure).
+[[noreturn]] void ExitProgram(int code);
+
+}  // namespace brivok

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace brivok {
+
+/// The rules of the game in force.
+enum class Variant : std::uint32_t { Normal = 0, Fischerandom = 1, NoCastle = 2 };
+
+/// A depth setting of `percent` hundredths of a ply, in units of 1/16 ply, truncated.
+[[nodiscard]] constexpr std::int16_t unitsFromPercent(std::int64_t percent) {
+    return static_cast<std::int16_t>(percent * 16 / 100);
+}
+
+/// The reverse of unitsFromPercent(), for display.
+[[nodiscard]] constexpr int percentFromUnits(std::int16_t units) { return units * 100 / 16; }
+
+/// Every tunable value of the engine with its compiled default. The users read a value at each
+/// use, and nobody is told of a change; who writes one refreshes what is derived from it.
+/// Depth-valued settings are in units of 1/16 ply, scores in centipawns.
+struct Settings {
+    Variant variant = Variant::Normal;
+
+    std::uint32_t hashMB = 1;   ///< main hash, megabytes
+    std::uint32_t PHashMB = 1;  ///< pawn hash, megabytes
+    std::uint32_t EHashMB = 1;  ///< evaluation hash, megabytes
+
+    std::uint32_t EGTBCacheBytes = 1U << 20U;  ///< cache of the endgame tables, bytes
+    std::string egtbDir;                       ///< directories of the endgame tables
+    std::string bookFileName = "libro.bin";
+    bool bookEnabled = true;
+
+    bool lazyEvalEnabled = false;
+    bool useNullMove = true;
+    bool useFutility = false;
+    bool useDeltaPruning = false;
+    bool useIid = true;
+
+    std::int16_t aspirationWindow = 35;
+    std::int16_t nullMoveMin = 32;
+    std::int16_t nullMoveMax = 48;
+    std::int16_t checkExtension = 16;
+    std::int16_t recaptureExtension = 12;
+    std::int16_t oneReplyExtension = 12;
+    std::int16_t mateThreatExtension = 12;
+    std::int16_t pawnPushExtension = 12;
+    std::int16_t endgameCaptureExtension = 24;
+
+    std::int16_t PawnValue = 100;
+    std::int16_t KnightValue = 300;
+    std::int16_t BishopValue = 300;
+    std::int16_t RookValue = 500;
+    std::int16_t QueenValue = 900;
+};
+
+/// The one set of settings of the process.
+inline Settings settings;
+
+}  // namespace brivok
