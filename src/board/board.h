@@ -1,0 +1,264 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "board/bitboard.h"
+#include "board/move.h"
+#include "board/static_tables.h"
+#include "board/types.h"
+
+namespace brivok {
+
+/// Bits of `castling`. The four rights last until a king or rook moves or is taken; the four low
+/// bits say that the last move played was this castling, and the next move clears them.
+enum CastlingBits : std::uint32_t {
+    WhiteCastledKingSide = 1,
+    WhiteCastledQueenSide = 2,
+    BlackCastledKingSide = 4,
+    BlackCastledQueenSide = 8,
+    WhiteMayKingSide = 16,
+    WhiteMayQueenSide = 32,
+    BlackMayKingSide = 64,
+    BlackMayQueenSide = 128,
+    AllRights = 240
+};
+
+/// The right of a kind of castling.
+[[nodiscard]] constexpr std::uint32_t rightOf(int kind) {
+    return 16U << static_cast<unsigned>(kind);
+}
+
+inline constexpr int UndoRecords = 1024;  ///< half-moves of a game and of a search on top of it
+inline constexpr int UndoReserve = 256;   ///< records that setting up and playing leave free
+inline constexpr int MaxSearchPly = 128;  ///< length of the per-ply tables
+inline constexpr std::uint32_t FullBookGate = 70;  ///< `bookGate` that keeps the book closed
+
+/// What one half-move changes beyond what the Move itself can reverse: the state before it.
+struct alignas(64) UndoRecord {
+    Move move = NoMove;
+    std::uint32_t epSquare = 0;
+    std::uint32_t castling = 0;
+    std::uint32_t fiftyCount = 0;
+    std::uint64_t hashKey = 0;
+    std::uint64_t pawnKey = 0;
+    Bitboard occRot90 = 0;
+    Bitboard occDiagSE = 0;
+    Bitboard occDiagNE = 0;
+};
+
+/// Told when a position is set up from scratch, before its first move: what lies above the board
+/// (clocks, the result of the game) starts anew then.
+class NewGameListener {
+public:
+    NewGameListener() = default;
+    NewGameListener(const NewGameListener&) = delete;
+    NewGameListener& operator=(const NewGameListener&) = delete;
+    virtual ~NewGameListener() = default;
+    virtual void onNewGame() = 0;
+};
+
+/// The position, three times over (a piece code per square, sets per piece and colour, rotated
+/// occupancies), with counters and keys kept incrementally, the undo stack, which is the history
+/// of the game, and the per-ply tables of the search. Keys: Zobrist, "A new hashing method with
+/// application for game playing", 1970.
+///
+/// Plain data: the evaluation and the generators read the fields, make and unmake write them.
+struct Board {
+    std::uint32_t sideToMove = White;
+    std::uint32_t squares[64]{};
+    /// Square that a pawn has just passed over, if an enemy pawn stands ready beside it; NoSquare.
+    std::uint32_t epSquare = NoSquare;
+    std::uint32_t castling = 0;  ///< see CastlingBits
+    std::uint32_t fiftyCount = 0;
+    int material[2]{};           ///< centipawns without the kings; [Black], [White]
+    int pawnCount[2]{};          ///< [0] White, [1] Black
+    int pieceCount[2]{};         ///< men that are no pawns, the king included; [0] White, [1] Black
+    int phaseCount[2]{};         ///< sum of phaseWeight; [Black], [White]
+    Square kingStart[2]{};       ///< home squares for castling; [0] White, [1] Black
+    Square whiteRookStart[2]{};  ///< [0] queen side, [1] king side
+    Square blackRookStart[2]{};
+    std::uint32_t ply = 0;       ///< half-moves of the game, and index of the next undo record
+    Square kingSquare[2]{};      ///< [0] White, [1] Black
+    std::uint32_t bookGate = 0;  ///< the book is open below 60
+    int moveCount = 0;           ///< length of the list that a generator last wrote
+
+    // Tables of the search, by search ply (the root is 1).
+    int history[PieceCodes][64]{};               ///< by piece code and to-square
+    std::uint8_t inCheckAtPly[MaxSearchPly]{};   ///< the side to move there is in check
+    Move pvTable[MaxSearchPly][MaxSearchPly]{};  ///< triangular table of principal variations
+    int pvLength[MaxSearchPly]{};                ///< end index of each of its rows
+
+    std::uint64_t hashKey = 0;
+    std::uint64_t pawnKey = 0;
+    std::uint64_t pieceKeys[13][64]{};
+    std::uint64_t epKeys[65]{};
+    std::uint64_t castleKeys[16]{};
+    Bitboard pieces[PieceCodes]{};  ///< by code; the two kings' entries are not kept
+    Bitboard occRot90 = 0;
+    Bitboard occDiagNE = 0;
+    Bitboard occDiagSE = 0;
+    Bitboard colourOcc[2]{};  ///< [0] White, [1] Black
+    UndoRecord undo[UndoRecords];
+    Move killer1[MaxSearchPly]{};
+    Move killer2[MaxSearchPly]{};
+
+    /// Half-moves dropped from the front of the undo stack in a very long game; always even.
+    std::uint32_t droppedPlies = 0;
+    NewGameListener* newGameListener = nullptr;  ///< not owned; may be null
+
+    /// Fills the random keys. Every board has the same keys; the opening book relies on them.
+    Board();
+
+    // --- Setting up -------------------------------------------------------------------------
+
+    /// The start position of normal chess, with all rights but in the variant without castling.
+    void NewGame();
+
+    /// Writes the standard array and its home squares, without keys and derived counters.
+    void setStartPosition();
+
+    /// Sets the position of a FEN or EPD line. A line that fails a check prints "FEN error: ..."
+    /// straight to standard output, once for each failed check, and leaves the start position.
+    void setPositionFromFen(std::string_view text);
+
+    /// Rebuilds from `squares` alone: counters, king squares, sets and rotated occupancies.
+    void recomputeDerived();
+
+    [[nodiscard]] std::uint64_t computeHashKey() const;
+    [[nodiscard]] std::uint64_t computePawnKey() const;
+
+    // --- Making moves -----------------------------------------------------------------------
+
+    /// Carries out a pseudo-legal move of this position. The move is trusted.
+    void makeMove(Move move);
+
+    /// Takes the last move back; does nothing at ply 0.
+    void unmakeMove();
+
+    /// makeMove() for a move of the game: frees records of the undo stack first when a search
+    /// from the new position could run out of them.
+    void playGameMove(Move move);
+
+    /// Passes the move. Such positions have keys of their own; the undo record's Move and keys
+    /// keep what they held.
+    void makeNullMove();
+    void unmakeNullMove();
+
+    // --- Questions --------------------------------------------------------------------------
+
+    [[nodiscard]] Side us() const { return static_cast<Side>(sideToMove); }
+    [[nodiscard]] Bitboard occupied() const { return colourOcc[0] | colourOcc[1]; }
+    [[nodiscard]] Bitboard occupiedBy(Side side) const { return colourOcc[whiteFirst(side)]; }
+    [[nodiscard]] int totalMen() const {
+        return pawnCount[0] + pawnCount[1] + pieceCount[0] + pieceCount[1];
+    }
+    /// Half-moves since the start of the game, the dropped ones included.
+    [[nodiscard]] std::uint32_t gamePly() const { return ply + droppedPlies; }
+
+    /// Sliding attacks by the present occupancy.
+    [[nodiscard]] Bitboard rankAttacksFrom(Square sq) const {
+        return rankAttacks[sq][(occupied() >> ((sq & ~7) + 1)) & 63];
+    }
+    [[nodiscard]] Bitboard fileAttacksFrom(Square sq) const {
+        return fileAttacks[sq][(occRot90 >> ((sq & 7) * 8 + 1)) & 63];
+    }
+    [[nodiscard]] Bitboard diagNEAttacksFrom(Square sq) const {
+        return diagNEAttacks[sq][(occDiagNE >> diagNEShift[sq]) & diagNEMask[sq]];
+    }
+    [[nodiscard]] Bitboard diagSEAttacksFrom(Square sq) const {
+        return diagSEAttacks[sq][(occDiagSE >> diagSEShift[sq]) & diagSEMask[sq]];
+    }
+    [[nodiscard]] Bitboard rookAttacks(Square sq) const {
+        return rankAttacksFrom(sq) | fileAttacksFrom(sq);
+    }
+    [[nodiscard]] Bitboard bishopAttacks(Square sq) const {
+        return diagNEAttacksFrom(sq) | diagSEAttacksFrom(sq);
+    }
+
+    /// Men of both colours, kings included, that attack the square. Pins are not looked at.
+    [[nodiscard]] Bitboard attackersTo(Square sq) const;
+
+    [[nodiscard]] bool isAttacked(Square sq, Side attacker) const;
+
+    /// The king of the side to move is attacked.
+    [[nodiscard]] bool inCheck() const;
+
+    /// The king of the side that is not to move is attacked: after makeMove(), the move was
+    /// illegal.
+    [[nodiscard]] bool moverInCheck() const;
+
+    /// The man of `side` on the square shields its own king from an enemy slider.
+    [[nodiscard]] bool isPinned(Square sq, Side side) const;
+    [[nodiscard]] bool isPinnedWhite(Square sq) const { return isPinned(sq, White); }
+    [[nodiscard]] bool isPinnedBlack(Square sq) const { return isPinned(sq, Black); }
+
+    /// Static exchange evaluation of the capture or promotion from `from` to `to`, by a swap list:
+    /// both sides keep taking on `to` with their cheapest man, and either may stop. Centipawns,
+    /// from the mover's view. Pins are ignored; a king enters with its table value; the pawn taken
+    /// in passing does not count. `opponent` is the side that answers.
+    [[nodiscard]] int see(Side opponent, Square to, Square from, Piece promo) const;
+
+    /// The Move, from whatever source, is a pseudo-legal move of this position with all its
+    /// fields as the generators fill them. Checks on the mover's king are not looked at, but for
+    /// the squares that a castling king passes.
+    [[nodiscard]] bool isMoveValid(Move move) const;
+
+    /// The variant and the home squares of king and rook allow this kind of castling at all. A
+    /// right for men off their usual squares has no meaning outside Fischer-random chess.
+    [[nodiscard]] bool castlingHomesFit(int kind) const;
+
+    /// Occurrences of the present position: since the root of a search at `searchPly` (in the
+    /// tree, the present one included) and at the root or before it (in the game). From outside a
+    /// search, with ply 0, all of them count for the game.
+    struct Repetitions {
+        int inTree;
+        int inGame;
+    };
+    [[nodiscard]] Repetitions countRepetitions(int searchPly) const;
+
+    /// Bare kings, or one minor piece against a bare king.
+    [[nodiscard]] bool isInsufficientMaterial() const;
+
+    // --- Learning tables of the search -------------------------------------------------------
+
+    /// Adds depth / 16 to the counter of a quiet move that is not on the board at the moment.
+    void updateHistory(Move move, int depth) {
+        history[squares[moveFrom(move)]][moveTo(move)] += depth / 16;
+    }
+
+    void storeKiller(Move move, int searchPly) {
+        if (move == killer1[searchPly]) return;
+        killer2[searchPly] = killer1[searchPly];
+        killer1[searchPly] = move;
+    }
+
+    /// `move` followed by the line of the next ply becomes the line of this ply.
+    void updatePv(int searchPly, Move move);
+
+#ifndef NDEBUG
+    /// Compares everything incremental with a full recomputation and aborts on a difference. Runs
+    /// after each make and unmake of a debug build.
+    void verify() const;
+    /// What null moves on the stack have made of the keys, beyond the position's own.
+    std::uint64_t nullHashDelta = 0;
+    std::uint64_t nullPawnDelta = 0;
+#endif
+
+private:
+    template <Side S>
+    void makeFor(Move move);
+    template <Side S>
+    void unmakeFor(Move move);
+    template <Side S>
+    [[nodiscard]] bool kingAttacked() const;
+    template <Side S>
+    [[nodiscard]] bool attackedBy(Square sq) const;
+    /// `attackers` with the slider that stands next behind `sq` on its line from `to`, if any.
+    [[nodiscard]] Bitboard addXray(Bitboard attackers, Square sq, Square to) const;
+};
+
+/// The one position of the engine.
+extern Board theBoard;
+
+}  // namespace brivok

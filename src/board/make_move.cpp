@@ -1,0 +1,263 @@
+#include "board/board.h"
+#include "board/piece_values.h"
+
+namespace brivok {
+
+namespace {
+
+template <Side S>
+constexpr int castlingKind(Move move) {
+    return (S == White ? WhiteKingSide : BlackKingSide) + (moveCastle(move) == KingSide ? 0 : 1);
+}
+
+/// Where the pawn taken in passing stands, by the square that it passed over.
+template <Side S>
+constexpr Square enPassantVictim(Square to) {
+    return S == White ? to + South : to + North;
+}
+
+/// An enemy pawn stands beside the square on which a double push has ended. A pawn at the other
+/// end of the neighbouring row is no neighbour.
+bool pawnBeside(Bitboard enemyPawns, Square to) {
+    const Bitboard square = bit[to];
+    return (enemyPawns & (((square & ~FileA) >> 1U) | ((square & ~FileH) << 1U))) != 0;
+}
+
+}  // namespace
+
+void Board::makeMove(Move move) {
+    assert(ply < UndoRecords);
+    if (sideToMove == White) {
+        makeFor<White>(move);
+    } else {
+        makeFor<Black>(move);
+    }
+#ifndef NDEBUG
+    verify();
+#endif
+}
+
+void Board::unmakeMove() {
+    if (ply == 0) return;
+    if (sideToMove == White) {
+        unmakeFor<Black>(undo[ply - 1].move);
+    } else {
+        unmakeFor<White>(undo[ply - 1].move);
+    }
+#ifndef NDEBUG
+    verify();
+#endif
+}
+
+template <Side S>
+void Board::makeFor(Move move) {
+    constexpr Side Them = opposite(S);
+    constexpr unsigned us = whiteFirst(S);
+    constexpr unsigned them = whiteFirst(Them);
+    const Square from = moveFrom(move);
+    const Square to = moveTo(move);
+    const std::uint32_t p = squares[from];
+    const std::uint32_t q = squares[to];
+
+    UndoRecord& record = undo[ply];
+    record.move = move;
+    record.epSquare = epSquare;
+    record.castling = castling;
+    record.fiftyCount = fiftyCount;
+    record.hashKey = hashKey;
+    record.pawnKey = pawnKey;
+    record.occRot90 = occRot90;
+    record.occDiagSE = occDiagSE;
+    record.occDiagNE = occDiagNE;
+    ++ply;
+    sideToMove = Them;
+
+    // Complementing the whole key is the toggle of the side to move.
+    std::uint64_t key = ~hashKey ^ epKeys[epSquare];
+    epSquare = NoSquare;
+    // By the squares, not by the Move: a castling king that lands on its own rook counts here.
+    fiftyCount = isPawn(p) || q != Empty ? 0 : fiftyCount + 1;
+
+    const std::uint32_t rights = castling & castleRightsMask[from] & castleRightsMask[to];
+    if (rights != castling) {
+        key ^= castleKeys[castling >> 4U & 15U] ^ castleKeys[rights >> 4U & 15U];
+        castling = rights;
+    }
+
+    if (moveCastle(move) != NoCastling) {
+        const int kind = castlingKind<S>(move);
+        const bool kingSide = moveCastle(move) == KingSide;
+        const Square rookFrom = (S == White ? whiteRookStart : blackRookStart)[kingSide ? 1 : 0];
+        const Square rookTo = CastledRook[kind];
+        const Square kingFrom = kingStart[us];
+        const Square kingTo = CastledKing[kind];
+        constexpr Piece rook = pieceOf(Kind::Rook, S);
+        constexpr Piece king = pieceOf(Kind::King, S);
+        castling |= 1U << static_cast<unsigned>(kind);
+        kingSquare[us] = kingTo;
+        // Both homes are emptied first: the four squares may overlap.
+        squares[rookFrom] = Empty;
+        squares[kingFrom] = Empty;
+        squares[rookTo] = rook;
+        squares[kingTo] = king;
+        hashKey = key ^ pieceKeys[rook][rookFrom] ^ pieceKeys[rook][rookTo] ^
+                  pieceKeys[king][kingFrom] ^ pieceKeys[king][kingTo];
+        pieces[rook] ^= bit[rookFrom] ^ bit[rookTo];
+        colourOcc[us] ^= castleXor[kind];
+        occRot90 ^= castleXorRot90[kind];
+        occDiagNE ^= castleXorDiagNE[kind];
+        occDiagSE ^= castleXorDiagSE[kind];
+        return;
+    }
+
+    const Bitboard toBit = bit[to];
+    const Bitboard fromTo = bit[from] | toBit;
+    occRot90 = (occRot90 & rot90Clear[from]) | rot90Set[to];
+    occDiagNE = (occDiagNE & diagNEClear[from]) | diagNESet[to];
+    occDiagSE = (occDiagSE & diagSEClear[from]) | diagSESet[to];
+    colourOcc[us] ^= fromTo;
+    squares[from] = Empty;
+
+    if (q != Empty) {
+        colourOcc[them] ^= toBit;
+        pieces[q] ^= toBit;
+        key ^= pieceKeys[q][to];
+        material[Them] -= pieceValue[q];
+        phaseCount[Them] -= phaseWeight[q];
+        if (isPawn(q)) {
+            --pawnCount[them];
+            pawnKey ^= pieceKeys[q][to];
+        } else {
+            --pieceCount[them];
+        }
+    }
+
+    if (isPawn(p)) {
+        pieces[p] ^= fromTo;
+        key ^= pieceKeys[p][from];
+        pawnKey ^= pieceKeys[p][from];
+        const std::uint32_t promo = movePromotion(move);
+        if (promo != Empty) {
+            squares[to] = promo;
+            pieces[p] ^= toBit;
+            pieces[promo] |= toBit;
+            key ^= pieceKeys[promo][to];
+            material[S] += pieceValue[promo] - pieceValue[p];
+            phaseCount[S] += phaseWeight[promo];
+            ++pieceCount[us];
+            --pawnCount[us];
+        } else {
+            squares[to] = p;
+            key ^= pieceKeys[p][to];
+            pawnKey ^= pieceKeys[p][to];
+            if (moveIsEnPassant(move)) {
+                constexpr Piece victimPawn = pieceOf(Kind::Pawn, Them);
+                const Square victim = enPassantVictim<S>(to);
+                squares[victim] = Empty;
+                colourOcc[them] &= notBit[victim];
+                pieces[victimPawn] &= notBit[victim];
+                occRot90 &= rot90Clear[victim];
+                occDiagNE &= diagNEClear[victim];
+                occDiagSE &= diagSEClear[victim];
+                key ^= pieceKeys[victimPawn][victim];
+                pawnKey ^= pieceKeys[victimPawn][victim];
+                material[Them] -= pieceValue[victimPawn];
+                --pawnCount[them];
+            } else if ((from ^ to) == 16 && pawnBeside(pieces[pieceOf(Kind::Pawn, Them)], to)) {
+                epSquare = static_cast<std::uint32_t>((from + to) / 2);
+                key ^= epKeys[epSquare];
+            }
+        }
+    } else {
+        squares[to] = p;
+        key ^= pieceKeys[p][from] ^ pieceKeys[p][to];
+        if (isKing(p)) {
+            kingSquare[us] = to;
+        } else {
+            pieces[p] ^= fromTo;
+        }
+    }
+    hashKey = key;
+}
+
+template <Side S>
+void Board::unmakeFor(Move move) {
+    constexpr Side Them = opposite(S);
+    constexpr unsigned us = whiteFirst(S);
+    constexpr unsigned them = whiteFirst(Them);
+    const Square from = moveFrom(move);
+    const Square to = moveTo(move);
+
+    --ply;
+    sideToMove = S;
+    const UndoRecord& record = undo[ply];
+    epSquare = record.epSquare;
+    castling = record.castling;
+    fiftyCount = record.fiftyCount;
+    hashKey = record.hashKey;
+    pawnKey = record.pawnKey;
+    occRot90 = record.occRot90;
+    occDiagNE = record.occDiagNE;
+    occDiagSE = record.occDiagSE;
+
+    if (moveCastle(move) != NoCastling) {
+        const int kind = castlingKind<S>(move);
+        const bool kingSide = moveCastle(move) == KingSide;
+        const Square rookFrom = (S == White ? whiteRookStart : blackRookStart)[kingSide ? 1 : 0];
+        const Square rookTo = CastledRook[kind];
+        const Square kingFrom = kingStart[us];
+        constexpr Piece rook = pieceOf(Kind::Rook, S);
+        kingSquare[us] = kingFrom;
+        squares[rookTo] = Empty;
+        squares[CastledKing[kind]] = Empty;
+        squares[rookFrom] = rook;
+        squares[kingFrom] = pieceOf(Kind::King, S);
+        pieces[rook] ^= bit[rookFrom] ^ bit[rookTo];
+        colourOcc[us] ^= castleXor[kind];
+        return;
+    }
+
+    const std::uint32_t captured = moveCapture(move);
+    const Bitboard toBit = bit[to];
+    const Bitboard fromTo = bit[from] | toBit;
+    colourOcc[us] ^= fromTo;
+
+    std::uint32_t p = squares[to];
+    const std::uint32_t promo = movePromotion(move);
+    if (promo != Empty) {
+        p = pieceOf(Kind::Pawn, S);
+        pieces[p] |= bit[from];
+        pieces[promo] &= notBit[to];
+        material[S] += pieceValue[p] - pieceValue[promo];
+        phaseCount[S] -= phaseWeight[promo];
+        ++pawnCount[us];
+        --pieceCount[us];
+    } else if (isKing(p)) {
+        kingSquare[us] = from;
+    } else {
+        pieces[p] ^= fromTo;
+    }
+    squares[from] = p;
+
+    if (moveIsEnPassant(move)) {
+        constexpr Piece victimPawn = pieceOf(Kind::Pawn, Them);
+        const Square victim = enPassantVictim<S>(to);
+        squares[to] = Empty;
+        squares[victim] = victimPawn;
+        colourOcc[them] |= bit[victim];
+        pieces[victimPawn] |= bit[victim];
+        material[Them] += pieceValue[victimPawn];
+        ++pawnCount[them];
+        return;
+    }
+    squares[to] = captured;
+    if (captured != Empty) {
+        colourOcc[them] |= toBit;
+        pieces[captured] |= toBit;
+        material[Them] += pieceValue[captured];
+        phaseCount[Them] += phaseWeight[captured];
+        ++(isPawn(captured) ? pawnCount : pieceCount)[them];
+    }
+}
+
+}  // namespace brivok

@@ -1,0 +1,270 @@
+#include "board/static_tables.h"
+
+#include <cstdlib>
+#include <initializer_list>
+
+namespace brivok {
+
+std::uint32_t mirrorSquare[Squares];
+Bitboard outpostGuardMask[2][Squares];
+std::uint32_t direction[Squares][Squares];
+Bitboard between[Squares][Squares];
+Bitboard knightAttacks[Squares];
+Bitboard kingAttacks[Squares];
+Bitboard whitePawnAttacks[Squares];
+Bitboard blackPawnAttacks[Squares];
+std::uint32_t diagNEShift[Squares];
+std::uint32_t diagSEShift[Squares];
+std::uint32_t diagNEMask[Squares];
+std::uint32_t diagSEMask[Squares];
+Bitboard rot90Set[Squares];
+Bitboard diagNESet[Squares];
+Bitboard diagSESet[Squares];
+Bitboard rot90Clear[Squares];
+Bitboard diagNEClear[Squares];
+Bitboard diagSEClear[Squares];
+Bitboard rankAttacks[Squares][64];
+Bitboard fileAttacks[Squares][64];
+Bitboard diagNEAttacks[Squares][256];
+Bitboard diagSEAttacks[Squares][256];
+std::uint8_t rankMoveCount[Squares][64];
+std::uint8_t fileMoveCount[Squares][64];
+Bitboard rookEmptyAttacks[Squares];
+Bitboard bishopEmptyAttacks[Squares];
+Bitboard queenEmptyAttacks[Squares];
+std::uint32_t castleRightsMask[Squares];
+Bitboard castleEmpty[4];
+Bitboard castleTransit[4];
+Bitboard castleXor[4];
+Bitboard castleXorRot90[4];
+Bitboard castleXorDiagNE[4];
+Bitboard castleXorDiagSE[4];
+
+namespace {
+
+/// Steps by direction code.
+constexpr int StepOfDirection[9] = {0,         NorthEast, East,      SouthEast, South,
+                                    SouthWest, West,      NorthWest, North};
+
+/// A diagonal as it lies in its rotated board: number, length, first bit, and the squares in
+/// rising file order.
+struct Diagonal {
+    int length = 0;
+    unsigned firstBitIndex = 0;
+    Square squares[8]{};
+};
+
+int diagonalLength(int number) { return 8 - std::abs(number - 7); }
+
+int numberNE(Square sq) { return fileOf(sq) + rowOf(sq); }      // a8 alone is 0, h1 alone 14
+int numberSE(Square sq) { return 7 - fileOf(sq) + rowOf(sq); }  // h8 alone is 0, a1 alone 14
+
+Diagonal diagonalThrough(Square sq, int (*numberOf)(Square)) {
+    Diagonal diagonal;
+    const int number = numberOf(sq);
+    for (int before = 0; before < number; ++before) {
+        diagonal.firstBitIndex += static_cast<unsigned>(diagonalLength(before));
+    }
+    for (int file = 0; file < 8; ++file) {
+        for (int row = 0; row < 8; ++row) {
+            if (numberOf(squareAt(file, row)) != number) continue;
+            diagonal.squares[diagonal.length++] = squareAt(file, row);
+        }
+    }
+    return diagonal;
+}
+
+/// Position of the square on its diagonal, counted in rising file order.
+unsigned positionOn(const Diagonal& diagonal, Square sq) {
+    unsigned position = 0;
+    while (diagonal.squares[position] != sq) ++position;
+    return position;
+}
+
+/// Attacks of a slider at `position` of a line of `length` bits: outwards both ways, each up to
+/// and including the first occupied bit.
+unsigned lineAttacks(int position, int length, unsigned occupancy) {
+    unsigned attacks = 0;
+    for (int i = position + 1; i < length; ++i) {
+        attacks |= 1U << i;
+        if ((occupancy >> i & 1U) != 0) break;
+    }
+    for (int i = position - 1; i >= 0; --i) {
+        attacks |= 1U << i;
+        if ((occupancy >> i & 1U) != 0) break;
+    }
+    return attacks;
+}
+
+unsigned directionCode(Square from, Square to) {
+    const bool rising = from < to;
+    if (from == to) return 0;
+    if (rowOf(from) == rowOf(to)) return rising ? 2 : 6;
+    if (fileOf(from) == fileOf(to)) return rising ? 4 : 8;
+    if (fileOf(from) + rowOf(from) == fileOf(to) + rowOf(to)) return rising ? 5 : 1;
+    if (rowOf(from) - fileOf(from) == rowOf(to) - fileOf(to)) return rising ? 3 : 7;
+    return 0;
+}
+
+void buildLines() {
+    for (Square a = 0; a < Squares; ++a) {
+        mirrorSquare[a] = static_cast<std::uint32_t>(squareAt(fileOf(a), 7 - rowOf(a)));
+        for (Square b = 0; b < Squares; ++b) {
+            direction[a][b] = directionCode(a, b);
+            between[a][b] = 0;
+            if (direction[a][b] == 0) continue;
+            const int step = StepOfDirection[direction[a][b]];
+            for (Square sq = a + step; sq != b; sq += step) between[a][b] |= bit[sq];
+        }
+    }
+}
+
+void buildOutpostMasks() {
+    for (Square sq = 0; sq < Squares; ++sq) {
+        outpostGuardMask[White][sq] = outpostGuardMask[Black][sq] = 0;
+        if (rowOf(sq) == 0 || rowOf(sq) == 7) continue;
+        for (const int file : {fileOf(sq) - 1, fileOf(sq) + 1}) {
+            if (file < 0 || file > 7) continue;
+            for (int row = 0; row < 8; ++row) {
+                if (row < rowOf(sq)) outpostGuardMask[White][sq] |= bit[squareAt(file, row)];
+                if (row > rowOf(sq)) outpostGuardMask[Black][sq] |= bit[squareAt(file, row)];
+            }
+        }
+    }
+}
+
+/// The squares one step away that are really near: a step across the board's edge lands far off.
+Bitboard leaperAttacks(Square sq, std::initializer_list<int> steps, int reach) {
+    Bitboard attacks = 0;
+    for (const int step : steps) {
+        const Square to = sq + step;
+        if (to < 0 || to >= Squares) continue;
+        const int files = std::abs(fileOf(to) - fileOf(sq));
+        const int rows = std::abs(rowOf(to) - rowOf(sq));
+        if (files <= reach && rows <= reach) attacks |= bit[to];
+    }
+    return attacks;
+}
+
+void buildLeapers() {
+    for (Square sq = 0; sq < Squares; ++sq) {
+        knightAttacks[sq] = leaperAttacks(sq, {-17, -15, -6, 10, 17, 15, 6, -10}, 2);
+        kingAttacks[sq] = leaperAttacks(sq, {-9, -7, -8, 7, 9, 8, -1, 1}, 1);
+        whitePawnAttacks[sq] = leaperAttacks(sq, {NorthWest, NorthEast}, 1);
+        blackPawnAttacks[sq] = leaperAttacks(sq, {SouthWest, SouthEast}, 1);
+    }
+}
+
+void buildRankAndFileAttacks() {
+    for (Square sq = 0; sq < Squares; ++sq) {
+        for (unsigned inner = 0; inner < 64; ++inner) {
+            const unsigned onRank = lineAttacks(fileOf(sq), 8, inner << 1U);
+            const unsigned onFile = lineAttacks(7 - rowOf(sq), 8, inner << 1U);
+            Bitboard rank = 0;
+            Bitboard file = 0;
+            for (int i = 0; i < 8; ++i) {
+                if ((onRank >> i & 1U) != 0) rank |= bit[squareAt(i, rowOf(sq))];
+                if ((onFile >> i & 1U) != 0) file |= bit[squareAt(fileOf(sq), 7 - i)];
+            }
+            rankAttacks[sq][inner] = rank;
+            fileAttacks[sq][inner] = file;
+            rankMoveCount[sq][inner] = static_cast<std::uint8_t>(popCount(rank));
+            fileMoveCount[sq][inner] = static_cast<std::uint8_t>(popCount(file));
+        }
+        rookEmptyAttacks[sq] = rankAttacks[sq][0] | fileAttacks[sq][0];
+    }
+}
+
+void buildDiagonal(Square sq, int (*numberOf)(Square), std::uint32_t& shift, std::uint32_t& mask,
+                   Bitboard& rotatedBit, Bitboard (&attacks)[256]) {
+    const Diagonal diagonal = diagonalThrough(sq, numberOf);
+    const unsigned position = positionOn(diagonal, sq);
+    shift = diagonal.firstBitIndex;
+    mask = (1U << diagonal.length) - 1U;
+    rotatedBit = Bitboard{1} << (shift + position);
+    for (unsigned occupancy = 0; occupancy <= mask; ++occupancy) {
+        const unsigned onLine = lineAttacks(static_cast<int>(position), diagonal.length, occupancy);
+        Bitboard set = 0;
+        for (int i = 0; i < diagonal.length; ++i) {
+            if ((onLine >> i & 1U) != 0) set |= bit[diagonal.squares[i]];
+        }
+        attacks[occupancy] = set;
+    }
+}
+
+void buildDiagonals() {
+    for (Square sq = 0; sq < Squares; ++sq) {
+        buildDiagonal(sq, numberNE, diagNEShift[sq], diagNEMask[sq], diagNESet[sq],
+                      diagNEAttacks[sq]);
+        buildDiagonal(sq, numberSE, diagSEShift[sq], diagSEMask[sq], diagSESet[sq],
+                      diagSEAttacks[sq]);
+        bishopEmptyAttacks[sq] = diagNEAttacks[sq][0] | diagSEAttacks[sq][0];
+        queenEmptyAttacks[sq] = rookEmptyAttacks[sq] | bishopEmptyAttacks[sq];
+        rot90Set[sq] = Bitboard{1} << (8 * fileOf(sq) + 7 - rowOf(sq));
+        rot90Clear[sq] = ~rot90Set[sq];
+        diagNEClear[sq] = ~diagNESet[sq];
+        diagSEClear[sq] = ~diagSESet[sq];
+    }
+}
+
+Bitboard rotate(Bitboard set, const Bitboard (&rotatedBits)[Squares]) {
+    Bitboard rotated = 0;
+    while (set != 0) rotated |= rotatedBits[takeNext<White>(set)];
+    return rotated;
+}
+
+/// The squares from one to another on the first or last rank, the first one left out.
+Bitboard path(Square from, Square to) { return from == to ? 0 : (between[from][to] | bit[to]); }
+
+void buildCastling(int kind, Square king, Square rook) {
+    if (king == MissingHome || rook == MissingHome) return;
+    const Square kingTarget = CastledKing[kind];
+    const Square rookTarget = CastledRook[kind];
+    castleTransit[kind] = path(king, kingTarget);
+    castleEmpty[kind] =
+        (castleTransit[kind] | path(rook, rookTarget)) & notBit[king] & notBit[rook];
+    castleXor[kind] = bit[king] ^ bit[rook] ^ bit[kingTarget] ^ bit[rookTarget];
+}
+
+}  // namespace
+
+Bitboard rotate90(Bitboard set) { return rotate(set, rot90Set); }
+Bitboard rotateDiagNE(Bitboard set) { return rotate(set, diagNESet); }
+Bitboard rotateDiagSE(Bitboard set) { return rotate(set, diagSESet); }
+
+void buildStaticTables() {
+    buildLines();
+    buildOutpostMasks();
+    buildLeapers();
+    buildRankAndFileAttacks();
+    buildDiagonals();
+    buildCastlingTables(StandardHomes);
+}
+
+void buildCastlingTables(const CastlingHomes& homes) {
+    for (auto& mask : castleRightsMask) mask = 240;
+    const auto setMask = [](Square sq, std::uint32_t mask) {
+        if (sq != MissingHome) castleRightsMask[sq] = mask;
+    };
+    // If homes coincide, the later one wins.
+    setMask(homes.whiteKing, 192);
+    setMask(homes.blackKing, 48);
+    setMask(homes.whiteKingRook, 224);
+    setMask(homes.blackKingRook, 176);
+    setMask(homes.whiteQueenRook, 208);
+    setMask(homes.blackQueenRook, 112);
+
+    for (int kind = 0; kind < 4; ++kind)
+        castleEmpty[kind] = castleTransit[kind] = castleXor[kind] = 0;
+    buildCastling(WhiteKingSide, homes.whiteKing, homes.whiteKingRook);
+    buildCastling(WhiteQueenSide, homes.whiteKing, homes.whiteQueenRook);
+    buildCastling(BlackKingSide, homes.blackKing, homes.blackKingRook);
+    buildCastling(BlackQueenSide, homes.blackKing, homes.blackQueenRook);
+    for (int kind = 0; kind < 4; ++kind) {
+        castleXorRot90[kind] = rotate90(castleXor[kind]);
+        castleXorDiagNE[kind] = rotateDiagNE(castleXor[kind]);
+        castleXorDiagSE[kind] = rotateDiagSE(castleXor[kind]);
+    }
+}
+
+}  // namespace brivok

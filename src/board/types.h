@@ -1,0 +1,96 @@
+#pragma once
+
+#include <cstdint>
+
+namespace brivok {
+
+/// Squares are numbered row by row from the top left as White sees the board: a8 = 0, b8 = 1 ..
+/// h8 = 7, a7 = 8 .. h1 = 63. White's pawns therefore move towards lower numbers.
+using Square = int;
+
+inline constexpr Square NoSquare = 64;     ///< "none" in `epSquare`
+inline constexpr Square MissingHome = -1;  ///< "none" among the castling home squares
+
+/// Steps between squares.
+enum Step : int {
+    North = -8,
+    South = 8,
+    West = -1,
+    East = 1,
+    NorthWest = -9,
+    NorthEast = -7,
+    SouthWest = 7,
+    SouthEast = 9
+};
+
+[[nodiscard]] constexpr int fileOf(Square sq) { return sq & 7; }
+
+/// Row of a square: 0 is rank 8, 7 is rank 1.
+[[nodiscard]] constexpr int rowOf(Square sq) { return sq >> 3; }
+
+[[nodiscard]] constexpr int rankNumber(Square sq) { return 8 - rowOf(sq); }
+
+[[nodiscard]] constexpr Square squareAt(int file, int row) { return row * 8 + file; }
+
+/// The square by its name in the text of the game, for constants: squareNamed("e4").
+[[nodiscard]] constexpr Square squareNamed(const char (&name)[3]) {
+    return squareAt(name[0] - 'a', '8' - name[1]);
+}
+
+enum Side : std::uint32_t { Black = 0, White = 1 };
+
+[[nodiscard]] constexpr Side opposite(Side side) { return static_cast<Side>(side ^ 1U); }
+
+/// Index of a side in the arrays that put White first (`colourOcc`, `kingSquare`, `kingStart`,
+/// `pawnCount`, `pieceCount`). `material` and `phaseCount` are indexed by the side itself.
+[[nodiscard]] constexpr unsigned whiteFirst(Side side) { return side ^ 1U; }
+
+/// Piece codes. The low bit is the side: 1 White, 0 Black, so that an empty square reads as not
+/// White. The order of kinds is pawn, knight, king, rook, queen, bishop.
+enum Piece : std::uint32_t {
+    Empty = 0,
+    WhitePawn = 1,
+    BlackPawn = 2,
+    WhiteKnight = 3,
+    BlackKnight = 4,
+    WhiteKing = 5,
+    BlackKing = 6,
+    WhiteRook = 7,
+    BlackRook = 8,
+    WhiteQueen = 9,
+    BlackQueen = 10,
+    WhiteBishop = 11,
+    BlackBishop = 12
+};
+
+/// Length of every table that is indexed by piece code; code 13 is no piece.
+inline constexpr int PieceCodes = 14;
+
+/// Upper-case letter of each piece code, for move text and board diagrams.
+inline constexpr char PieceLetters[] = "XPPNNKKRRQQBBX";
+
+[[nodiscard]] constexpr Side sideOf(Piece piece) { return static_cast<Side>(piece & 1U); }
+
+/// The kinds of men, as the white code of each.
+enum class Kind : std::uint32_t {
+    Pawn = 1,
+    Knight = 3,
+    King = 5,
+    Rook = 7,
+    Queen = 9,
+    Bishop = 11
+};
+
+[[nodiscard]] constexpr Piece pieceOf(Kind kind, Side side) {
+    return static_cast<Piece>(static_cast<std::uint32_t>(kind) + whiteFirst(side));
+}
+
+/// The kind of a piece that is not Empty.
+[[nodiscard]] constexpr Kind kindOf(Piece piece) {
+    return static_cast<Kind>(static_cast<std::uint32_t>(piece) - whiteFirst(sideOf(piece)));
+}
+
+[[nodiscard]] constexpr bool isPawn(std::uint32_t piece) { return piece - 1U < 2U; }
+[[nodiscard]] constexpr bool isKing(std::uint32_t piece) { return piece - 5U < 2U; }
+
+}  // namespace brivok
