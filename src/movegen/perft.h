@@ -1,0 +1,23 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "board/board.h"
+
+namespace brivok {
+
+inline constexpr int MaxPerftDepth = 15;
+
+/// Legal positions by distance from the root; entry 0 is not used.
+using PerftNodes = std::array<std::uint32_t, MaxPerftDepth + 1>;
+
+/// Counts the legal move tree to `depth` plies (at most MaxPerftDepth) the way the search walks it:
+/// evasions in check, else pseudo-legal moves tested after making them. Neither hashing nor bulk
+/// counting: every leaf is made and unmade.
+[[nodiscard]] PerftNodes countPerft(Board& board, int depth);
+
+/// Runs the count and prints it, one line a depth up to the first empty one.
+void perft(Board& board, int depth);
+
+}  // namespace brivok
