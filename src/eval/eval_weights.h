@@ -1,0 +1,187 @@
+#pragma once
+
+#include <cstdint>
+
+/// All numbers of the evaluation, in centipawns. A penalty is a positive number that is subtracted.
+namespace brivok::weights {
+
+/// A value per square, laid out as White sees the board: the first line is rank 8, files a to h.
+/// Black reads it with the rows turned over.
+using SquareTable = std::int16_t[64];
+
+// --- Material and development ---------------------------------------------------------------
+
+/// A side with this much phase, or less, makes the position an endgame.
+inline constexpr int EndgamePhase = 14;
+/// With no more phase than this on either side, material is not corrected.
+inline constexpr int BareTradePhase = 3;
+
+inline constexpr int ImbalanceMajor = 120;  ///< a surplus that counts as won material
+inline constexpr int ImbalanceQueen = 60;   ///< queen against two rooks
+inline constexpr int ImbalanceMinor = 30;   ///< a major against a single minor more
+
+inline constexpr int BlockedCentrePawn = 5;
+inline constexpr int BlockedQueensGambit = 5;
+
+inline constexpr SquareTable queenDevelopmentTable{
+    // clang-format off
+    -200, -200,    0,    0,    0,    0, -200, -200,
+    -200, -200,   10,   10,   10,   10, -200, -200,
+    -200, -200,    0,    0,    0,    0, -200, -200,
+    -200, -200,    0,    0,    0,    0, -200, -200,
+    -200, -200,    0,    0,    0,    0, -200, -200,
+    -200, -200,    0,    0,    0,    0, -200, -200,
+    -200, -200,   10,   10,   10,   10, -200, -200,
+    -200, -200,    0,    0,    0,    0, -200, -200,
+    // clang-format on
+};
+
+// --- Pawns ----------------------------------------------------------------------------------
+
+inline constexpr int BackwardPawn = 5;
+inline constexpr int BackwardOnOpenFile = 4;  ///< on top of BackwardPawn
+inline constexpr int IsolatedPawn = 3;        ///< on top of the terms of a backward pawn
+inline constexpr int IsolatedOnOpenFile = 8;
+inline constexpr int DoubledPawn = 2;        ///< per pawn of the file and other pawn on it
+inline constexpr int PassedTableFactor = 2;  ///< further counts of the table value
+inline constexpr int PassedNotIsolated = 15;
+
+inline constexpr SquareTable pawnTable{
+    // clang-format off
+     0,  0,  0,  0,  0,  0,  0,  0,
+    12, 15, 18, 21, 21, 18, 15, 12,
+     9, 12, 15, 18, 18, 15, 12,  9,
+     6,  9, 14, 17, 17, 14,  9,  6,
+     3,  6, 11, 15, 15, 11,  6,  3,
+     0,  3,  8, 11, 11,  8,  3,  0,
+     0,  0,  0,  0,  0,  0,  0,  0,
+     0,  0,  0,  0,  0,  0,  0,  0,
+    // clang-format on
+};
+
+// --- Patterns of pieces ---------------------------------------------------------------------
+
+/// By the number of rooks and queens on the last two ranks, beside the enemy king there.
+inline constexpr std::int16_t heavyOnSeventhTable[4]{0, 25, 100, 300};
+
+inline constexpr int TrappedBishop = 180;
+
+/// By the number of pawns on the board; the last value stands for all higher numbers too.
+inline constexpr std::int16_t bishopPairTable[8]{60, 60, 60, 60, 55, 40, 35, 30};
+
+inline constexpr int PawnOnBishopColour = 4;
+
+// --- Pieces ---------------------------------------------------------------------------------
+
+/// By the number of squares attacked along rank and file.
+inline constexpr std::int16_t rookMobilityTable[15]{-15, -10, -5, 0, 1, 2, 3, 4,
+                                                    6,   6,   7,  7, 8, 8, 9};
+inline constexpr std::int16_t rookFileTable[8]{0, 0, 4, 6, 6, 4, 0, 0};
+inline constexpr int RookOnHalfOpenFile = 8;
+inline constexpr int RookOnOpenFile = 3;
+inline constexpr int RookDoubledOnOpenFile = 10;  ///< on top of RookOnOpenFile, for one of the two
+
+inline constexpr int BishopMobilitySquare = 3;
+
+inline constexpr SquareTable bishopTable{
+    // clang-format off
+    -2, -2, -2, -2, -2, -2, -2, -2,
+    -2,  8,  5,  5,  5,  5,  8, -2,
+    -2,  3,  3,  5,  5,  3,  3, -2,
+    -2,  2,  5,  4,  4,  5,  2, -2,
+    -2,  2,  5,  4,  4,  5,  2, -2,
+    -2,  3,  3,  5,  5,  3,  3, -2,
+    -2,  8,  5,  5,  5,  5,  8, -2,
+    -2, -2, -2, -2, -2, -2, -2, -2,
+    // clang-format on
+};
+
+inline constexpr SquareTable knightTable{
+    // clang-format off
+    -20, -12, -10, -10, -10, -10, -12, -20,
+    -14,  -8,   0,   3,   3,   0,  -8, -14,
+    -13,  -2,   5,   5,   5,   5,  -2, -13,
+    -12,  -2,   5,  10,  10,   5,  -2, -12,
+    -12,  -2,   5,  10,  10,   5,  -2, -12,
+    -13,  -2,   5,   5,   5,   5,  -2, -13,
+    -14,  -8,   0,   3,   3,   0,  -8, -14,
+    -20, -12, -10, -10, -10, -10, -12, -20,
+    // clang-format on
+};
+
+/// Outposts of knights and bishops; 0 where a square is none. Twice the value when a pawn guards
+/// it.
+inline constexpr SquareTable outpostTable{
+    // clang-format off
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 1, 2, 2, 1, 0, 0,
+    0, 0, 3, 6, 6, 3, 0, 0,
+    0, 0, 2, 5, 5, 2, 0, 0,
+    0, 0, 0, 2, 2, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0,
+    // clang-format on
+};
+inline constexpr int KnightOutpost = 3;  ///< a knight's addition to the table value
+
+inline constexpr SquareTable queenTable{
+    // clang-format off
+    -10, -8, -4,  0,  0, -4, -8, -10,
+    -12, -2,  4,  5,  5,  4, -2, -12,
+     -2,  2,  4,  8,  8,  4,  2,  -2,
+     -2,  2,  6, 10, 10,  6,  2,  -2,
+    -10,  2,  6, 10, 10,  6,  2, -10,
+    -10, -6,  4,  8,  8,  4, -6, -10,
+    -10,  2,  8,  8,  8,  8,  2, -10,
+    -10, -8, -4,  0,  0, -4, -8, -10,
+    // clang-format on
+};
+
+// --- Kings ----------------------------------------------------------------------------------
+
+/// Fibonacci numbers by the distance from the first rank, better in the corners.
+inline constexpr SquareTable kingMiddlegameTable{
+    // clang-format off
+    -55, -55, -89, -89, -89, -89, -55, -55,
+    -34, -34, -55, -55, -55, -55, -34, -34,
+    -21, -21, -34, -34, -34, -34, -21, -21,
+    -13, -13, -21, -21, -21, -21, -13, -13,
+     -8,  -8, -13, -13, -13, -13,  -8,  -8,
+     -5,  -5,  -8,  -8,  -8,  -8,  -5,  -5,
+     -3,  -5,  -6,  -6,  -6,  -6,  -5,  -3,
+      2,  14,   0,   0,   0,   0,  14,   2,
+    // clang-format on
+};
+
+inline constexpr SquareTable kingEndgameTable{
+    // clang-format off
+    -5, -3, -1,  0,  0, -1, -3, -5,
+    -3, 10, 10, 10, 10, 10, 10, -3,
+    -1, 10, 25, 25, 25, 25, 10, -1,
+     0, 10, 25, 30, 30, 25, 10,  0,
+     0, 10, 25, 30, 30, 25, 10,  0,
+    -1, 10, 25, 25, 25, 25, 10, -1,
+    -3, 10, 10, 10, 10, 10, 10, -3,
+    -5, -3, -1,  0,  0, -1, -3, -5,
+    // clang-format on
+};
+
+inline constexpr int JustCastledKingSide = 24;
+inline constexpr int JustCastledQueenSide = 20;
+inline constexpr int KingMoved = 7;             ///< off its start square, an own pawn on its file
+inline constexpr int KingMovedToOpenFile = 15;  ///< off its start square, without one
+
+/// Shelter: for each row that the pawn of the file is further away than one step.
+inline constexpr int ShelterKingFile = 8;
+inline constexpr int ShelterNextFile = 7;
+inline constexpr int ShelterMissing = 12;  ///< no pawn of the file stands before the king
+
+/// Storm: with the kings this many files apart, own pawns advance towards the enemy king.
+inline constexpr int StormKingDistance = 3;
+inline constexpr int StormStartRows = 18;  ///< sum of the rows of three pawns on the second rank
+inline constexpr int StormRow = 3;
+inline constexpr int StormOpenKingFile = 8;
+inline constexpr int StormOpenNextFile = 6;
+
+}  // namespace brivok::weights

@@ -1,0 +1,95 @@
+#include "eval/evaluate.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "eval/eval_weights.h"
+#include "eval/terms.h"
+#include "hash/eval_hash.h"
+#include "hash/search_stats.h"
+#include "shell/base/settings.h"
+
+namespace brivok {
+
+namespace {
+
+[[nodiscard]] bool IsEndgame(const Board& board) {
+    return std::min(board.phaseCount[White], board.phaseCount[Black]) <= weights::EndgamePhase;
+}
+
+/// The record of the pawns, computed if the table does not hold it. Without pawns (key 0) a fresh
+/// table answers with a zeroed record.
+[[nodiscard]] const PawnHashRecord& PawnRecord(const Board& board) {
+    ++searchStats.pawnHashProbes;
+    PawnHashRecord& record = pawnHashTable.Find(board.pawnKey);
+    if (record.key == board.pawnKey) {
+        ++searchStats.pawnHashHits;
+    } else {
+        EvaluatePawns(board, record);
+    }
+    return record;
+}
+
+template <Side S>
+[[nodiscard]] int Patterns(const Board& board) {
+    return HeavyOnSeventh<S>(board) + TrappedBishop<S>(board) + BishopPairOrBadBishop<S>(board);
+}
+
+template <Side S>
+[[nodiscard]] int PiecesAndKing(const Board& board, const PawnHashRecord& pawns, bool endgame) {
+    return Rooks<S>(board) + Bishops<S>(board, pawns) + Knights<S>(board, pawns) +
+           Queens<S>(board) + KingPlace<S>(board, endgame) + KingSafety<S>(board, pawns, endgame);
+}
+
+[[nodiscard]] int FromSideToMove(const Board& board, int score) {
+    return board.sideToMove == White ? score : -score;
+}
+
+}  // namespace
+
+int Evaluate(const Board& board, int alpha, int beta) {
+    // 1. A position that has been evaluated before.
+    ++searchStats.evalHashProbes;
+    EvalHashRecord& record = evalHashTable.Find(board.hashKey);
+    if (record.key == board.hashKey) {
+        ++searchStats.evalHashHits;
+        return record.score;
+    }
+
+    // 2. Material, development, pawns and cheap patterns. From here to the end: White's side.
+    const int materialBalance = board.material[White] - board.material[Black];
+    int score = materialBalance + MaterialImbalance(board);
+    score += Development<White>(board) - Development<Black>(board);
+    const PawnHashRecord& pawns = PawnRecord(board);
+    score += pawns.score;
+    score += Patterns<White>(board) - Patterns<Black>(board);
+
+    // 3. Lazy exit: far enough outside the window. Such a score is not kept.
+    if (settings.lazyEvalEnabled) {
+        const int partial = FromSideToMove(board, score);
+        if (partial + lazyMargin < alpha) {
+            ++searchStats.evalLazy;
+            return partial + lazyMargin;
+        }
+        if (partial - lazyMargin > beta) {
+            ++searchStats.evalLazy;
+            return partial - lazyMargin;
+        }
+    }
+    ++searchStats.evalFull;
+
+    // 4. Pieces and kings.
+    const bool endgame = IsEndgame(board);
+    score += PiecesAndKing<White>(board, pawns, endgame);
+    score -= PiecesAndKing<Black>(board, pawns, endgame);
+
+    // 5. The margin learns, and the score is kept, cut to 16 bits.
+    lazyMargin = std::max(lazyMargin, std::abs(materialBalance - score));
+    const int result = FromSideToMove(board, score);
+    ++searchStats.evalHashStores;
+    record.key = board.hashKey;
+    record.score = static_cast<std::int16_t>(result);
+    return result;
+}
+
+}  // namespace brivok

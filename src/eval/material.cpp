@@ -1,0 +1,98 @@
+#include <bit>
+#include <cstdlib>
+
+#include "eval/evaluate.h"
+#include "eval/terms.h"
+#include "shell/base/settings.h"
+
+namespace brivok {
+
+namespace {
+
+[[nodiscard]] int CountMinors(const Board& board, Side side) {
+    return popCount(board.pieces[pieceOf(Kind::Knight, side)] |
+                    board.pieces[pieceOf(Kind::Bishop, side)]);
+}
+
+/// A queen counts as two rooks.
+[[nodiscard]] int CountMajors(const Board& board, Side side) {
+    return popCount(board.pieces[pieceOf(Kind::Rook, side)]) +
+           2 * popCount(board.pieces[pieceOf(Kind::Queen, side)]);
+}
+
+[[nodiscard]] constexpr int signOf(int number) { return (number > 0) - (number < 0); }
+
+/// The king side right or a minor on the first rank keeps the development open.
+template <Side S>
+[[nodiscard]] bool DevelopmentIsOpen(const Board& board) {
+    constexpr std::uint32_t Right = S == White ? WhiteMayKingSide : BlackMayKingSide;
+    const Bitboard minors =
+        board.pieces[pieceOf(Kind::Knight, S)] | board.pieces[pieceOf(Kind::Bishop, S)];
+    return (board.castling & Right) != 0 || (minors & rowMask[SeenRow<S>(7)]) != 0;
+}
+
+/// The queen furthest ahead for White, and the one on the highest square for Black: one plain
+/// scan, unlike the order in which Black's men are walked.
+template <Side S>
+[[nodiscard]] Square QueenToDevelop(Bitboard queens) {
+    return S == White ? firstBit(queens) : 63 - std::countl_zero(queens);
+}
+
+}  // namespace
+
+int MaterialImbalance(const Board& board) {
+    if (board.phaseCount[White] <= weights::BareTradePhase &&
+        board.phaseCount[Black] <= weights::BareTradePhase) {
+        return 0;
+    }
+    // White's surplus of each.
+    const int minors = CountMinors(board, White) - CountMinors(board, Black);
+    const int majors = CountMajors(board, White) - CountMajors(board, Black);
+    if (minors == 0) {
+        if (majors != 0) return weights::ImbalanceMajor * signOf(majors);
+        const int whiteQueen = board.pieces[WhiteQueen] != 0 ? 1 : 0;
+        const int blackQueen = board.pieces[BlackQueen] != 0 ? 1 : 0;
+        return weights::ImbalanceQueen * (whiteQueen - blackQueen);
+    }
+    switch (std::abs(majors)) {
+        case 0: return weights::ImbalanceMajor * signOf(minors);
+        case 1: {
+            // Minors that the side with fewer majors has instead.
+            const int instead = -signOf(majors);
+            const int surplus = minors * instead;
+            if (surplus > 1) return weights::ImbalanceMajor * instead;
+            return surplus == 1 ? -weights::ImbalanceMinor * instead : 0;
+        }
+        // Whoever has the majors, only the minors decide.
+        case 2: return std::abs(minors) > 2 ? weights::ImbalanceMajor * signOf(minors) : 0;
+        default: return 0;
+    }
+}
+
+template <Side S>
+int Development(const Board& board) {
+    if (settings.variant != Variant::Normal || !DevelopmentIsOpen<S>(board)) return 0;
+    constexpr Piece OwnPawn = pieceOf(Kind::Pawn, S);
+    const auto at = [&board](Square sq) { return board.squares[Seen<S>(sq)]; };
+
+    int score = 0;
+    if (at(squareNamed("d2")) == OwnPawn && at(squareNamed("d3")) != Empty) {
+        score -= weights::BlockedCentrePawn;
+    }
+    if (at(squareNamed("e2")) == OwnPawn && at(squareNamed("e3")) != Empty) {
+        score -= weights::BlockedCentrePawn;
+    }
+    if (at(squareNamed("c2")) == OwnPawn && at(squareNamed("c3")) == pieceOf(Kind::Knight, S) &&
+        at(squareNamed("d4")) == OwnPawn &&
+        at(squareNamed("d5")) == pieceOf(Kind::Pawn, opposite(S))) {
+        score -= weights::BlockedQueensGambit;
+    }
+    const Bitboard queens = board.pieces[pieceOf(Kind::Queen, S)];
+    if (queens != 0) score += weights::queenDevelopmentTable[Seen<S>(QueenToDevelop<S>(queens))];
+    return score;
+}
+
+template int Development<White>(const Board& board);
+template int Development<Black>(const Board& board);
+
+}  // namespace brivok
