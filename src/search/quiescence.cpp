@@ -1,0 +1,63 @@
+#include "eval/evaluate.h"
+#include "hash/search_stats.h"
+#include "search/searcher.h"
+#include "shell/base/settings.h"
+
+namespace brivok {
+
+namespace {
+
+constexpr int MaxQuiescencePly = 64;
+
+}  // namespace
+
+int Searcher::quiesce(int alpha, int beta, int searchPly, bool checkRepetition) {
+    Board& b = *board;
+    ++searchStats.nodes;
+    ++searchStats.qnodes;
+    if (pollSearch()) return 0;
+    b.pvLength[searchPly] = searchPly;
+    if (searchPly > selDepth) selDepth = searchPly;
+    if (checkRepetition && isRepetitionDraw(searchPly)) return DrawScore;
+    if (searchPly >= MaxQuiescencePly) return beta;
+
+    const int standPat = Evaluate(b, alpha, beta);
+    if (standPat > alpha) {
+        if (standPat >= beta) return standPat;
+        alpha = standPat;
+    }
+
+    Frame frame;
+    generateCaptures(b, frame.moves);
+    frame.count = b.moveCount;
+    scoreMoves(frame, NoMove, searchPly);
+
+    int legalMoves = 0;
+    int i = 0;
+    for (Move m = pickMove(frame, i); m != NoMove; m = pickMove(frame, i)) {
+        const int see = frame.seeValues[i];
+        if (see < 0) {
+            ++searchStats.seeCuts;
+            continue;
+        }
+        if (settings.useDeltaPruning && see < alpha - standPat) {
+            ++searchStats.deltaCuts;
+            continue;
+        }
+        b.makeMove(m);
+        if (b.moverInCheck()) {
+            b.unmakeMove();
+            continue;
+        }
+        ++legalMoves;
+        const int score = -quiesce(-beta, -alpha, searchPly + 1, false);
+        b.unmakeMove();
+        if (score <= alpha) continue;
+        if (score >= beta) return score;
+        alpha = score;
+        b.updatePv(searchPly, m);
+    }
+    return legalMoves == 0 ? standPat : alpha;
+}
+
+}  // namespace brivok

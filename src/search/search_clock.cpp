@@ -1,0 +1,60 @@
+#include "hash/search_stats.h"
+#include "search/searcher.h"
+#include "search/time_control.h"
+#include "shell/base/console.h"
+
+namespace brivok {
+
+namespace {
+
+/// Nodes between two looks at the input and the clock.
+constexpr std::uint32_t PollInterval = 20000;
+constexpr std::uint32_t PonderPollInterval = 5000;
+
+/// The first two iterations always finish.
+constexpr int FirstTimedIteration = 3;
+
+}  // namespace
+
+bool Searcher::endsByItself() const {
+    if (searchMode != SearchMode::Thinking) return false;
+    if (nodeLimit != 0 || maxIteration < NoFixedDepth) return true;
+    return maxIteration == NoFixedDepth && timeControl.allocated != 0;
+}
+
+bool Searcher::pollInputAndClock() {
+    // While the search unwinds no further line is read: an idle handler would act on it.
+    if (stopSearch) return true;
+    const Input input = PollInput(*theApplication);
+    if (input == Input::Ended && !endsByItself()) stopSearch = true;
+    if (stopSearch) return true;
+
+    searchStats.nextPoll += searchMode == SearchMode::Pondering ? PonderPollInterval : PollInterval;
+    if (iteration < FirstTimedIteration) return false;
+    if (timeControl.allocated == 0 || maxIteration != NoFixedDepth ||
+        searchMode == SearchMode::Pondering) {
+        return false;
+    }
+    const std::uint32_t used = elapsed();
+    if (used < timeControl.allocated) return false;
+
+    if (mayExtendTime && failingLow) {
+        // The accented letters are single bytes of the Windows-1252 code page.
+        Application& app = *theApplication;
+        LogOnly(app, "Intento extender el tiempo de b\xFAsqueda\n");
+        LogOnly(app, "Tiempo usado: %ld\n", static_cast<long>(used));
+        LogOnly(app, "Tiempo disponible: %lu\n",
+                static_cast<unsigned long>(timeControl.ownTime - used));
+        if (timeControl.ExtendTime()) {
+            mayExtendTime = false;
+            LogOnly(app, "Nuevo tiempo de b\xFAsqueda: %lu\n",
+                    static_cast<unsigned long>(timeControl.allocated));
+            return false;
+        }
+        LogOnly(app, "Tiempo de b\xFAsqueda no extendido. B\xFAsqueda terminada\n");
+    }
+    stopSearch = true;
+    return true;
+}
+
+}  // namespace brivok

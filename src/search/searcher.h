@@ -1,0 +1,151 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+#include "board/board.h"
+#include "hash/search_stats.h"
+#include "hash/transposition_table.h"
+#include "movegen/generate.h"
+
+namespace brivok {
+
+/// Depth is measured in sixteenths of a ply. A node with less than a ply left is quiescence.
+inline constexpr int OnePly = 16;
+
+/// Scores are centipawns from the side to move. A side that is mated at search ply p scores
+/// p - MateScore; beyond MateBound all scores are mates.
+inline constexpr int DrawScore = 0;
+inline constexpr int MateScore = 32767;
+
+/// More reversible half-moves than this are a draw.
+inline constexpr std::uint32_t FiftyMoveLimit = 100;
+
+/// `maxIteration` when no fixed depth is set.
+inline constexpr int NoFixedDepth = 40;
+
+/// State of the search; odd values mean that one is running.
+enum class SearchMode : int { Idle = 0, Thinking = 1, Pondering = 3, Analysing = 5 };
+
+/// Why a game has ended.
+enum class GameOutcome : int {
+    None = 0,
+    Stalemate = 1,
+    BlackMates = 2,
+    WhiteMates = 3,
+    FiftyMoves = 4,
+    Repetition = 5,
+    InsufficientMaterial = 6
+};
+
+/// Mark of a score in an "info" line.
+enum class ScoreBound { None, Lower, Upper };
+
+/// The search: iterative deepening with aspiration windows over a principal-variation search
+/// (Marsland and Campbell, 1982) with null move, and a quiescence search of captures. One thread;
+/// the outside is reached by polling only.
+class Searcher final : public NewGameListener {
+public:
+    Searcher();
+
+    /// Searches the position on the board and returns the move to play, or 0 when there is none;
+    /// `gameOutcome` then tells why. Returns when the search is over; lines that arrive meanwhile
+    /// are handled on its stack. The caller sets `searchMode`, `searchStartTime`, `maxIteration`,
+    /// `nodeLimit` and the time control before.
+    Move think();
+
+    /// A game begins: the clocks get their defaults, and its result is open.
+    void onNewGame() override;
+
+    SearchMode searchMode = SearchMode::Idle;
+    int maxIteration = NoFixedDepth;  ///< last iteration; any other value turns the clock off
+    std::uint32_t nodeLimit = 0;      ///< stop after this many nodes; 0 for none
+    std::uint32_t searchStartTime;    ///< centiseconds
+    bool ponderEnabled = true;
+    bool stopSearch = false;  ///< the running search is to unwind
+
+    GameOutcome gameOutcome = GameOutcome::None;
+    Move ponderMove = NoMove;  ///< reply expected from the opponent
+    int iterationScore = 0;    ///< score of the last finished iteration
+    int iteration = 0;         ///< the iteration in progress, from 1
+    int selDepth = 0;          ///< deepest ply that quiescence has reached in this pass
+    std::array<std::uint32_t, NoFixedDepth + 1> nodesAtIteration{};  ///< by iteration number
+
+    Board* board;
+
+    /// Forgets the root list; a search makes its own.
+    void clearRootMoves();
+
+private:
+    /// What every node keeps on its own stack frame.
+    struct Frame {
+        MoveList moves;
+        int orderScores[MaxMoves];
+        int seeValues[MaxMoves];
+        int count = 0;
+    };
+
+    int searchRoot(int alpha, int beta, int depth);
+    int search(int alpha, int beta, int depth, int searchPly, bool allowNull,
+               bool recaptureExtended);
+    int quiesce(int alpha, int beta, int searchPly, bool checkRepetition);
+
+    int searchChild(int alpha, int beta, int newDepth, int childPly, bool recaptured);
+    [[nodiscard]] bool isRepetitionDraw(int searchPly) const;
+    [[nodiscard]] int limitExtension(int extension, int searchPly) const;
+
+    /// What the extensions of a move depend on besides the move.
+    struct NodeFacts {
+        bool mateThreat;
+        bool recaptureExtended;  ///< the parent's move got the recapture extension
+        bool onlyReply;          ///< the one move out of a check
+    };
+
+    /// The extension of the move just made, in units. `recaptured` tells whether the recapture
+    /// extension is part of it; the flag of the next ply's check is set on the way.
+    int extensionOf(Move m, Move prev, const NodeFacts& node, int searchPly, bool& recaptured);
+    [[nodiscard]] bool isSeventhRankPush(Move m) const;
+
+    void scoreMoves(Frame& frame, Move hashMove, int searchPly);
+    static Move pickMove(Frame& frame, int& index);
+
+    /// True when the search must stop now. In the common case one comparison, which bears the
+    /// counters' wrap-around in a very long analysis.
+    [[nodiscard]] bool pollSearch() {
+        return static_cast<std::int32_t>(searchStats.nodes - searchStats.nextPoll) > 0 &&
+               pollInputAndClock();
+    }
+    [[nodiscard]] bool pollInputAndClock();
+    [[nodiscard]] bool endsByItself() const;
+    [[nodiscard]] std::uint32_t elapsed() const;
+
+    void beginSearch();
+    void allocateBudget();
+    [[nodiscard]] bool isBudgetNearlySpent() const;
+    [[nodiscard]] GameOutcome outcomeWithoutMoves() const;
+    void findPonderMove(Move bestMove);
+
+    void printRootMove(bool firstOfPass);
+    /// The line of a new best move or a finished or failed iteration, once they are worth showing.
+    void printIteration(int score, ScoreBound bound);
+    void printUciInfo(int score, ScoreBound bound);
+    void printPeriodic();
+    /// The principal variation in coordinate text, continued from the transposition table.
+    std::string renderPv();
+
+    Frame root;  ///< pseudo-legal root list; its order never changes, only the order scores do
+    std::array<std::uint32_t, MaxMoves> rootMoveNodes{};  ///< by position in the root list
+    int legalRootMoveCount = 0;
+    int rootMovesTotal = 0;
+    int rootMovesLeft = 0;
+    Move bestRootMove = NoMove;
+    std::string currentMoveText;
+    bool mayExtendTime = false;  ///< the one extension of the budget is still available
+    bool failingLow = false;     ///< the iteration in progress is below its window
+    bool followPv = false;       ///< the node to be ordered still lies on the last line
+};
+
+extern Searcher theSearcher;
+
+}  // namespace brivok

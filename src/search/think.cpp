@@ -1,0 +1,186 @@
+#include <algorithm>
+
+#include "board/coordinate.h"
+#include "eval/evaluate.h"
+#include "hash/search_stats.h"
+#include "movegen/legal_moves.h"
+#include "search/searcher.h"
+#include "search/time_control.h"
+#include "shell/base/console.h"
+#include "shell/base/settings.h"
+
+namespace brivok {
+
+namespace {
+
+/// Bounds of a pass without a window, and those of the re-search on the side that failed.
+constexpr int FullAlpha = -MateScore;
+constexpr int FullBeta = MateScore;
+constexpr int OpenAlpha = -MateScore - 1;
+constexpr int OpenBeta = MateScore + 1;
+
+/// Above this, a mate score that lies within the nominal depth ends the deepening.
+constexpr int SurelyWon = 9000;
+
+/// Score of a mate with the very next move.
+constexpr int MateInOne = MateScore - 2;
+
+/// From here on the clock may end the deepening, and a ponder move is trusted.
+constexpr int FirstTimedIteration = 3;
+
+/// Kept back from a clock that is given with its moves to go: the last move before the control may
+/// claim nearly all of it, and the clock is looked at only every so many nodes. Centiseconds.
+constexpr std::uint32_t ClockReserve = 5;
+
+}  // namespace
+
+Move Searcher::think() {
+    searchStats = {};
+    lazyMargin = 0;
+    mayExtendTime = true;
+    stopSearch = false;
+    Move bestMove = NoMove;
+
+    // Root list
+    Board& b = *board;
+    clearRootMoves();
+    const bool inCheck = generateForPosition(b, root.moves);
+    b.inCheckAtPly[1] = inCheck;
+    root.count = b.moveCount;
+    int lastLegal = root.count - 1;
+    legalRootMoveCount =
+        inCheck ? root.count : countLegalInList(b, root.moves, root.count, lastLegal);
+    if (searchMode != SearchMode::Pondering && legalRootMoveCount == 1) {
+        ponderMove = NoMove;
+        return root.moves[lastLegal];
+    }
+    if (legalRootMoveCount == 0) {
+        if (searchMode != SearchMode::Pondering) gameOutcome = outcomeWithoutMoves();
+        return NoMove;
+    }
+
+    allocateBudget();
+    beginSearch();
+
+    // Iterations
+    for (iteration = 1; iteration <= maxIteration; ++iteration) {
+        const int depth = iteration * OnePly + OnePly / 2;
+        const int window = settings.aspirationWindow;
+        const int alpha = iteration == 1 ? FullAlpha : iterationScore - window;
+        const int beta = iteration == 1 ? FullBeta : iterationScore + window;
+        failingLow = false;
+        int score = searchRoot(alpha, beta, depth);
+        if (gameOutcome != GameOutcome::None) break;
+
+        if (score <= alpha && !stopSearch) {
+            ++searchStats.reSearches;
+            failingLow = true;
+            printIteration(score, ScoreBound::Upper);
+            const int limit = score + 1;
+            score = searchRoot(OpenAlpha, limit, depth);
+            if (!stopSearch) failingLow = false;
+            if (gameOutcome != GameOutcome::None) break;
+            if (score >= limit && !stopSearch) {
+                ++searchStats.reSearches;
+                failingLow = false;
+                printIteration(score, ScoreBound::Lower);
+                score = searchRoot(FullAlpha, FullBeta, depth);
+            }
+        }
+        // Not an alternative to the above: a score that came back from a failed-low pass is held
+        // against beta too.
+        if (score >= beta && !stopSearch) {
+            ++searchStats.reSearches;
+            bestMove = bestRootMove;
+            failingLow = false;
+            iterationScore = score;
+            printIteration(score, ScoreBound::Lower);
+            const int limit = score - 1;
+            score = searchRoot(limit, OpenBeta, depth);
+            if (gameOutcome != GameOutcome::None) break;
+            if (score <= limit && !stopSearch) {
+                ++searchStats.reSearches;
+                failingLow = true;
+                printIteration(score, ScoreBound::Upper);
+                score = searchRoot(FullAlpha, FullBeta, depth);
+                if (!stopSearch) failingLow = false;
+            }
+        }
+
+        if (bestRootMove != NoMove && !failingLow) {
+            iterationScore = score;
+            bestMove = bestRootMove;
+            const auto finished = static_cast<std::size_t>(iteration);
+            if (finished < nodesAtIteration.size()) nodesAtIteration[finished] = searchStats.nodes;
+            if (!stopSearch) printIteration(score, ScoreBound::None);
+            if (iterationScore > SurelyWon && MateScore - iterationScore < iteration) break;
+        }
+        if (stopSearch || isBudgetNearlySpent()) break;
+    }
+
+    findPonderMove(bestMove);
+    if (iterationScore == MateInOne && searchMode != SearchMode::Pondering) {
+        ponderMove = NoMove;
+        gameOutcome = b.sideToMove == White ? GameOutcome::WhiteMates : GameOutcome::BlackMates;
+    }
+    return bestMove;
+}
+
+GameOutcome Searcher::outcomeWithoutMoves() const {
+    if (board->inCheckAtPly[1] == 0) return GameOutcome::Stalemate;
+    return board->sideToMove == White ? GameOutcome::BlackMates : GameOutcome::WhiteMates;
+}
+
+void Searcher::allocateBudget() {
+    TimeControl& clock = timeControl;
+    clock.allocated = 0;
+    if (searchMode == SearchMode::Analysing || maxIteration != NoFixedDepth) return;
+    const bool movesToGo = clock.kind == ClockKind::Conventional;
+    if (!movesToGo) clock.movesLeft = 0;
+    clock.allocated = clock.AllocateTime();
+    if (movesToGo) {
+        const std::uint32_t most = clock.ownTime > ClockReserve ? clock.ownTime - ClockReserve : 0;
+        clock.allocated = std::min(clock.allocated, most);
+    }
+    // No budget at all reads as no limit: the shortest one is meant when there is a clock.
+    if (clock.clockGiven) clock.allocated = std::max(clock.allocated, 1U);
+    if (searchMode != SearchMode::Pondering) {
+        Print(*theApplication, "## (Think) Left time: %d Thinking time: %d\n",
+              static_cast<int>(clock.ownTime), static_cast<int>(clock.allocated));
+    }
+}
+
+void Searcher::beginSearch() {
+    transpositionTable.nextGeneration();
+    Board& b = *board;
+    for (auto& row : b.pvTable) std::fill(std::begin(row), std::end(row), NoMove);
+    std::fill(std::begin(b.pvLength), std::end(b.pvLength), 0);
+    for (auto& row : b.history) std::fill(std::begin(row), std::end(row), 0);
+    std::fill(std::begin(b.killer1), std::end(b.killer1), NoMove);
+    std::fill(std::begin(b.killer2), std::end(b.killer2), NoMove);
+    rootMoveNodes.fill(0);
+    iterationScore = 0;
+}
+
+/// No new iteration is begun after two thirds of the budget, except under a fixed time.
+bool Searcher::isBudgetNearlySpent() const {
+    if (timeControl.allocated == 0 || timeControl.kind == ClockKind::FixedTime) return false;
+    if (searchMode == SearchMode::Pondering || searchMode == SearchMode::Analysing) return false;
+    return iteration >= FirstTimedIteration && elapsed() > timeControl.allocated * 2.0 / 3.0;
+}
+
+void Searcher::findPonderMove(Move bestMove) {
+    ponderMove = NoMove;
+    if (searchMode == SearchMode::Pondering || !ponderEnabled || bestMove == NoMove) return;
+    if (iteration < FirstTimedIteration) return;
+    if (iterationScore <= -MateBound || iterationScore >= MateBound) return;
+    board->makeMove(bestMove);
+    ponderMove = transpositionTable.bestMove(*board);
+    board->unmakeMove();
+    if (ponderMove != NoMove) {
+        LogOnly(*theApplication, "Ponder move: %s - Current score: %d\n",
+                moveToCoordinate(ponderMove).c_str(), iterationScore);
+    }
+}
+
+}  // namespace brivok
