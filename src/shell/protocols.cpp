@@ -1,0 +1,50 @@
+#include "shell/protocols.h"
+
+#include "hash/eval_hash.h"
+#include "hash/pawn_hash.h"
+#include "hash/transposition_table.h"
+#include "platform/platform.h"
+#include "shell/base/console.h"
+#include "shell/extra_handler.h"
+#include "shell/uci_handler.h"
+
+namespace brivok {
+
+namespace {
+
+std::unique_ptr<ProtocolHandler> makeHandler(Application& app, Protocol protocol) {
+    switch (protocol) {
+        case Protocol::Extra: return std::make_unique<ExtraHandler>(app);
+        case Protocol::Uci: return std::make_unique<UciHandler>(app);
+        default: return nullptr;
+    }
+}
+
+}  // namespace
+
+void RunProtocols(Application& app) {
+    for (;;) {
+        app.handler->Run();
+        if (app.requestedProtocol == Protocol::None) continue;
+        app.handler.reset();
+        app.handler = makeHandler(app, app.requestedProtocol);
+        if (app.handler == nullptr) {
+            Print(app, "Error: unknown protocol\n");
+            ExitProgram(1);
+        }
+        app.currentProtocol = app.requestedProtocol;
+        app.requestedProtocol = Protocol::None;
+    }
+}
+
+void allocateTables() {
+    transpositionTable.resize();
+    evalHashTable.Allocate();
+    pawnHashTable.Allocate();
+}
+
+void logConnection(Application& app) {
+    LogOnly(app, platform::inputIsTerminal() ? "Console Mode\n" : "Conected with pipe\n");
+}
+
+}  // namespace brivok
