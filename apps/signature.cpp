@@ -4,12 +4,12 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <ctime>
 #include <memory>
 
 #include "board/board.h"
 #include "board/piece_values.h"
 #include "hash/search_stats.h"
-#include "platform/platform.h"
 #include "search/searcher.h"
 #include "search/time_control.h"
 #include "shell/base/application.h"
@@ -92,16 +92,17 @@ int main() {
     theApplication = std::make_unique<Application>();
 
     std::uint64_t total = 0;
-    const std::uint64_t start = platform::milliseconds();
+    const std::clock_t start = std::clock();
     for (const Position& position : Positions) {
         const std::uint32_t nodes = searchNodes(position);
         std::printf("%10u  %s\n", nodes, position.fen);
         total += nodes;
     }
-    const std::uint64_t spent = platform::milliseconds() - start + 1;
-    std::printf("Nodes: %llu - Time: %llu ms - Nodes/second: %llu\n",
-                static_cast<unsigned long long>(total), static_cast<unsigned long long>(spent),
-                static_cast<unsigned long long>(total * 1000 / spent));
+    // Processor time: it tells the same on a busy machine.
+    const double seconds = static_cast<double>(std::clock() - start + 1) / CLOCKS_PER_SEC;
+    std::printf("Nodes: %llu - Processor time: %.2f s - Nodes/second: %.0f\n",
+                static_cast<unsigned long long>(total), seconds,
+                static_cast<double>(total) / seconds);
     if (total == SignatureNodes) return 0;
     std::printf("The signature is %llu\n", static_cast<unsigned long long>(SignatureNodes));
     return 1;

@@ -1,8 +1,9 @@
 #pragma once
 
-#include <array>
 #include <bit>
 #include <cassert>
+#include <concepts>
+#include <cstddef>
 #include <cstdint>
 
 #include "board/types.h"
@@ -12,36 +13,37 @@ namespace brivok {
 /// A set of squares: bit n stands for square n.
 using Bitboard = std::uint64_t;
 
+/// A table of sets that is made at compile time, indexed by squares, files or rows.
+template <std::size_t N>
+struct BitboardTable {
+    Bitboard sets[N];
+    template <std::integral Index>
+    [[nodiscard]] constexpr Bitboard operator[](Index index) const {
+        return sets[index];
+    }
+};
+
 namespace detail {
-consteval std::array<Bitboard, 64> singleBits() {
-    std::array<Bitboard, 64> masks{};
-    for (unsigned sq = 0; sq < 64; ++sq) masks[sq] = Bitboard{1} << sq;
-    return masks;
+template <std::size_t N>
+consteval BitboardTable<N> shifted(Bitboard first, unsigned step) {
+    BitboardTable<N> table{};
+    for (unsigned i = 0; i < N; ++i) table.sets[i] = first << (i * step);
+    return table;
 }
-consteval std::array<Bitboard, 64> clearedBits() {
-    std::array<Bitboard, 64> masks{};
-    for (unsigned sq = 0; sq < 64; ++sq) masks[sq] = ~(Bitboard{1} << sq);
-    return masks;
-}
-consteval std::array<Bitboard, 8> fileMasks() {
-    std::array<Bitboard, 8> masks{};
-    for (unsigned file = 0; file < 8; ++file) masks[file] = Bitboard{0x0101010101010101} << file;
-    return masks;
-}
-consteval std::array<Bitboard, 8> rowMasks() {
-    std::array<Bitboard, 8> masks{};
-    for (unsigned row = 0; row < 8; ++row) masks[row] = Bitboard{0xFF} << (8 * row);
-    return masks;
+consteval BitboardTable<64> complements() {
+    BitboardTable<64> table{};
+    for (unsigned sq = 0; sq < 64; ++sq) table.sets[sq] = ~(Bitboard{1} << sq);
+    return table;
 }
 }  // namespace detail
 
 /// The set of one square, and its complement.
-inline constexpr std::array<Bitboard, 64> bit = detail::singleBits();
-inline constexpr std::array<Bitboard, 64> notBit = detail::clearedBits();
+inline constexpr BitboardTable<64> bit = detail::shifted<64>(1, 1);
+inline constexpr BitboardTable<64> notBit = detail::complements();
 
 /// All squares of a file (index 0 is the a-file) and of a row (index 0 is rank 8).
-inline constexpr std::array<Bitboard, 8> fileMask = detail::fileMasks();
-inline constexpr std::array<Bitboard, 8> rowMask = detail::rowMasks();
+inline constexpr BitboardTable<8> fileMask = detail::shifted<8>(0x0101010101010101, 1);
+inline constexpr BitboardTable<8> rowMask = detail::shifted<8>(0xFF, 8);
 
 inline constexpr Bitboard FileA = 0x0101010101010101;
 inline constexpr Bitboard FileH = 0x8080808080808080;
@@ -87,7 +89,7 @@ template <Side S>
         return sq;
     } else {
         const Square sq = lastBit(set);
-        set ^= bit[static_cast<unsigned>(sq)];
+        set ^= bit[sq];
         return sq;
     }
 }

@@ -51,6 +51,7 @@ void Board::NewGame() {
     bookGate = 0;
 #ifndef NDEBUG
     nullHashDelta = nullPawnDelta = 0;
+    verifiable = true;
 #endif
 }
 

@@ -58,6 +58,10 @@ public:
     virtual void onNewGame() = 0;
 };
 
+/// The one who is told, not owned; may be null. Not a field of the board, so that the order in
+/// which global objects are constructed does not matter.
+inline NewGameListener* newGameListener = nullptr;
+
 /// The position, three times over (a piece code per square, sets per piece and colour, rotated
 /// occupancies), with counters and keys kept incrementally, the undo stack, which is the history
 /// of the game, and the per-ply tables of the search. Keys: Zobrist, "A new hashing method with
@@ -105,7 +109,6 @@ struct Board {
 
     /// Half-moves dropped from the front of the undo stack in a very long game; always even.
     std::uint32_t droppedPlies = 0;
-    NewGameListener* newGameListener = nullptr;  ///< not owned; may be null
 
     /// Fills the random keys. Every board has the same keys; the opening book relies on them.
     Board();
@@ -240,6 +243,9 @@ struct Board {
     /// Compares everything incremental with a full recomputation and aborts on a difference. Runs
     /// after each make and unmake of a debug build.
     void verify() const;
+    /// The position was set up with one king a side. With more the counts are not exact, once one
+    /// of them is taken.
+    bool verifiable = false;
     /// What null moves on the stack have made of the keys, beyond the position's own.
     std::uint64_t nullHashDelta = 0;
     std::uint64_t nullPawnDelta = 0;

@@ -206,6 +206,10 @@ void Board::setPositionFromFen(std::string_view text) {
     setRights(*this, flags, report);
     if (report.any) NewGame();
 
+#ifndef NDEBUG
+    verifiable = std::count(std::begin(squares), std::end(squares), WhiteKing) == 1 &&
+                 std::count(std::begin(squares), std::end(squares), BlackKing) == 1;
+#endif
     hashKey = computeHashKey();
     pawnKey = computePawnKey();
     undo[0].hashKey = hashKey;

@@ -24,12 +24,11 @@ bool same(const T (&a)[N], const T (&b)[N]) {
 }  // namespace
 
 void Board::verify() const {
-    // Positions set up with several kings, or met by the search below the capture of a king in a
-    // position that no game reaches, keep no exact counts.
+    // Below the capture of a king, in a position that no game reaches, the counts are not exact.
     const auto count = [this](Piece piece) {
         return std::count(std::begin(squares), std::end(squares), piece);
     };
-    if (count(WhiteKing) != 1 || count(BlackKing) != 1) return;
+    if (!verifiable || count(WhiteKing) != 1 || count(BlackKing) != 1) return;
 
     static Board full;
     std::copy(std::begin(squares), std::end(squares), std::begin(full.squares));

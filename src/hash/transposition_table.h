@@ -40,6 +40,9 @@ public:
     void store(std::uint64_t key, int searchPly, int score, Bound bound, Move move, bool mateThreat,
                int depth);
 
+    /// Asks the processor to have the bucket of a key at hand soon.
+    void prefetch(std::uint64_t key) const { __builtin_prefetch(&bucketOf(key)); }
+
     /// The move kept for the position by this or an earlier search, if it can be played; else 0.
     [[nodiscard]] Move bestMove(const Board& board) const;
 

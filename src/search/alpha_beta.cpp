@@ -2,6 +2,7 @@
 #include <cstdlib>
 
 #include "board/piece_values.h"
+#include "hash/eval_hash.h"
 #include "hash/search_stats.h"
 #include "search/searcher.h"
 #include "shell/base/settings.h"
@@ -186,6 +187,8 @@ int Searcher::search(int alpha, int beta, int depth, int searchPly, bool allowNu
     int i = 0;
     for (Move m = pickMove(frame, i); m != NoMove; m = pickMove(frame, i)) {
         b.makeMove(m);
+        transpositionTable.prefetch(b.hashKey);
+        evalHashTable.prefetch(b.hashKey);
         if (!nodeInCheck && b.moverInCheck()) {
             ++searchStats.nodes;
             b.unmakeMove();

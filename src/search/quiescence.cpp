@@ -1,4 +1,5 @@
 #include "eval/evaluate.h"
+#include "hash/eval_hash.h"
 #include "hash/search_stats.h"
 #include "search/searcher.h"
 #include "shell/base/settings.h"
@@ -45,6 +46,7 @@ int Searcher::quiesce(int alpha, int beta, int searchPly, bool checkRepetition) 
             continue;
         }
         b.makeMove(m);
+        evalHashTable.prefetch(b.hashKey);
         if (b.moverInCheck()) {
             b.unmakeMove();
             continue;

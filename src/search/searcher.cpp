@@ -9,7 +9,7 @@ namespace brivok {
 Searcher theSearcher;
 
 Searcher::Searcher() : searchStartTime(centiseconds()), board(&theBoard) {
-    theBoard.newGameListener = this;
+    newGameListener = this;
 }
 
 void Searcher::onNewGame() {
