@@ -17,6 +17,9 @@ namespace brivok::platform {
 /// Returns the number of bytes read; 0 at the end of the input and on a read error.
 [[nodiscard]] std::size_t readInput(char* buffer, std::size_t capacity);
 
+/// From now on output that nobody reads any more is lost without ending the process.
+void surviveClosedOutput();
+
 /// Milliseconds of a steady clock since some fixed start.
 [[nodiscard]] std::uint64_t milliseconds();
 

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 
 namespace brivok::platform {
 
@@ -16,12 +17,20 @@ bool inputReady() {
 }
 
 std::size_t readInput(char* buffer, std::size_t capacity) {
-    ssize_t count = 0;
-    do {
-        count = ::read(STDIN_FILENO, buffer, capacity);
-    } while (count < 0 && errno == EINTR);
-    return count > 0 ? static_cast<std::size_t>(count) : 0;
+    for (;;) {
+        const ssize_t count = ::read(STDIN_FILENO, buffer, capacity);
+        if (count >= 0) return static_cast<std::size_t>(count);
+        if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            // Somebody has made the descriptor non-blocking.
+            pollfd input{STDIN_FILENO, POLLIN, 0};
+            ::poll(&input, 1, -1);
+        } else if (errno != EINTR) {
+            return 0;
+        }
+    }
 }
+
+void surviveClosedOutput() { std::signal(SIGPIPE, SIG_IGN); }
 
 std::uint64_t milliseconds() {
     using namespace std::chrono;

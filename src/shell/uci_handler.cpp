@@ -59,9 +59,9 @@ public:
         } else if (word == "btime") {
             setClock(us == Black ? timeControl.ownTime : timeControl.oppTime, value);
         } else if (word == "winc") {
-            setClock(us == White ? timeControl.ownIncrement : timeControl.oppIncrement, value);
+            (us == White ? timeControl.ownIncrement : timeControl.oppIncrement) = timeValue(value);
         } else if (word == "binc") {
-            setClock(us == Black ? timeControl.ownIncrement : timeControl.oppIncrement, value);
+            (us == Black ? timeControl.ownIncrement : timeControl.oppIncrement) = timeValue(value);
         } else if (word == "movestogo") {
             movesToGo = std::min(countValue(value), LongestTime);
         } else if (word == "depth") {
@@ -134,8 +134,13 @@ void UciHandler::ProcessCommand(std::string_view line) {
 bool UciHandler::collectLongPosition(std::string_view& line) {
     constexpr std::string_view Command = "position ";
     const bool cut = line.size() == MaxLineLength && line.back() != '\n';
-    if (longPosition.empty() && !(cut && line.starts_with(Command))) return false;
+    if (longPosition.empty()) {
+        const std::size_t start = std::min(line.find_first_not_of(' '), line.size());
+        if (!cut || !line.substr(start).starts_with(Command)) return false;
+    }
     if (longPosition.size() < LongestPosition) longPosition += line;
+    // The cut may have fallen between a carriage return and its newline.
+    if (!cut) std::erase(longPosition, '\r');
     line = longPosition;
     return cut;
 }

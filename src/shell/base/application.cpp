@@ -3,11 +3,14 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "platform/platform.h"
+
 namespace brivok {
 
 std::unique_ptr<Application> theApplication;
 
 Application::Application() {
+    platform::surviveClosedOutput();
     // An interface sees each line at once. Input is read past the streams altogether.
     std::fflush(nullptr);
     std::setvbuf(stdout, nullptr, _IONBF, 0);
