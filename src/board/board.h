@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <string_view>
 
@@ -225,10 +226,13 @@ struct Board {
 
     // --- Learning tables of the search -------------------------------------------------------
 
-    /// Adds depth / 16 to the counter of a quiet move that is not on the board at the moment.
+    /// Adds depth / 16 to the counter of a quiet move that is not on the board at the moment. The
+    /// limit, which only absurdly deep searches reach, keeps sums with it within an int.
     void updateHistory(Move move, int depth) {
-        history[squares[moveFrom(move)]][moveTo(move)] += depth / 16;
+        int& counter = history[squares[moveFrom(move)]][moveTo(move)];
+        counter = std::min(counter + depth / 16, HistoryLimit);
     }
+    static constexpr int HistoryLimit = 1'000'000'000;
 
     void storeKiller(Move move, int searchPly) {
         if (move == killer1[searchPly]) return;

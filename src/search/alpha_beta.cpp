@@ -24,6 +24,8 @@ constexpr int BareNullDepth = 7 * OnePly;
 /// Internal iterative deepening: from this depth, by this much less.
 constexpr int IidDepth = 3 * OnePly;
 constexpr int IidReduction = 2 * OnePly;
+/// Each of its searches may begin with another: this bounds the nesting, far beyond depths in use.
+constexpr int MaxIidDepth = 512 * OnePly;
 
 /// Futility and razoring, on the material balance alone.
 constexpr int PruningPly = 5;
@@ -156,7 +158,8 @@ int Searcher::search(int alpha, int beta, int depth, int searchPly, bool allowNu
     }
 
     // Internal iterative deepening, on the last principal variation only
-    if (settings.useIid && hashMove == NoMove && followPv && depth >= IidDepth && allowNull) {
+    if (settings.useIid && hashMove == NoMove && followPv && depth >= IidDepth &&
+        depth <= MaxIidDepth && allowNull) {
         ++searchStats.iidSearches;
         const int score = search(alpha, beta, depth - IidReduction, searchPly, true, false);
         if (stopSearch) return 0;

@@ -8,9 +8,7 @@ namespace brivok {
 
 Searcher theSearcher;
 
-Searcher::Searcher() : searchStartTime(centiseconds()), board(&theBoard) {
-    newGameListener = this;
-}
+Searcher::Searcher() : searchStartTime(centiseconds()), board(&theBoard) { newGameListener = this; }
 
 void Searcher::onNewGame() {
     timeControl.setDefault();

@@ -28,8 +28,8 @@ constexpr int MateInOne = MateScore - 2;
 /// From here on the clock may end the deepening, and a ponder move is trusted.
 constexpr int FirstTimedIteration = 3;
 
-/// Kept back from a clock that is given with its moves to go: the last move before the control may
-/// claim nearly all of it, and the clock is looked at only every so many nodes. Centiseconds.
+/// Kept back from the clock on the last of the moves to go: that move may claim nearly all of it,
+/// and the clock is looked at only every so many nodes. Centiseconds.
 constexpr std::uint32_t ClockReserve = 5;
 
 }  // namespace
@@ -138,7 +138,7 @@ void Searcher::allocateBudget() {
     const bool movesToGo = clock.kind == ClockKind::Conventional;
     if (!movesToGo) clock.movesLeft = 0;
     clock.allocated = clock.AllocateTime();
-    if (movesToGo) {
+    if (movesToGo && clock.movesLeft == 1) {
         const std::uint32_t most = clock.ownTime > ClockReserve ? clock.ownTime - ClockReserve : 0;
         clock.allocated = std::min(clock.allocated, most);
     }

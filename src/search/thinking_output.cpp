@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 
 #include "board/coordinate.h"
@@ -23,7 +25,8 @@ bool speaksUci() { return theApplication->currentProtocol == Protocol::Uci; }
 
 unsigned nodesPerSecond(std::uint32_t milliseconds) {
     if (searchStats.nodes == 0 || milliseconds == 0) return 1;
-    return static_cast<unsigned>(searchStats.nodes / ((milliseconds + 1.0) * 0.001));
+    const double rate = searchStats.nodes / ((milliseconds + 1.0) * 0.001);
+    return static_cast<unsigned>(std::min(rate, double{UINT32_MAX}));
 }
 
 unsigned long nodeCount() { return searchStats.nodes; }
