@@ -1,0 +1,45 @@
+import os
+import shutil
+
+import pytest
+
+from uci_engine import Brivok, Referee
+
+
+@pytest.fixture
+def start(tmp_path, request):
+    """Starts engines in an empty folder; all must quit cleanly when the test is over."""
+    engines = []
+
+    def make(**arguments):
+        engines.append(Brivok(folder=tmp_path, **arguments))
+        return engines[-1]
+
+    yield make
+    for engine in engines:
+        if request.node.failed:
+            engine.p.kill()
+        else:
+            engine.finish()
+
+
+@pytest.fixture
+def engine(start):
+    return start()
+
+
+@pytest.fixture(scope="session")
+def referee():
+    command = shutil.which("stockfish", path=os.environ.get("PATH", "") + ":/usr/games")
+    if not command:
+        pytest.skip("no stockfish to act as referee")
+    process = Referee(command)
+    yield process
+    process.send("quit")
+    process.p.wait(10)
+
+
+@pytest.hookimpl(hookwrapper=True)
+def pytest_runtest_makereport(item, call):
+    result = yield
+    item.failed = getattr(item, "failed", False) or result.get_result().failed

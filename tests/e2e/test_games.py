@@ -1,0 +1,195 @@
+"""Full games of the engine against itself; a referee checks every move."""
+
+import random
+import time
+
+import pytest
+
+from uci_engine import SLACK, SLOW, squares
+
+PLIES = 24 if SLOW else 200
+TIME_UNIT = 5 if SLOW else 1  # clocks of a sanitizer build run longer
+
+
+class Game:
+    def __init__(self, referee, start="startpos", fischer=False):
+        self.referee, self.start, self.fischer = referee, start, fischer
+        self.moves, self.theirs, self.seen = [], [], []
+        self._look()
+
+    def _look(self):
+        self.legal, self.fen, self.check = self.referee.look(self.start, self.theirs, self.fischer)
+        self.seen.append(self.fen.split()[:4])
+
+    def line(self, *guess):
+        return f"position {self.start} moves {' '.join([*self.moves, *guess])}"
+
+    def play(self, reply):
+        assert reply.best in self.legal, (reply.best, self.line())
+        self.push(reply.best)
+        assert reply.ponder is None or reply.ponder in self.legal, (reply.ponder, self.line())
+
+    def push(self, move):
+        self.theirs.append(self.legal[move])
+        self.moves.append(move)
+        self._look()
+
+    @property
+    def white(self):
+        return self.fen.split()[1] == "w"
+
+    @property
+    def end(self):
+        if not self.legal:
+            return "mate" if self.check else "stalemate"
+        men = "".join(squares(self.fen).values()).lower()
+        if len(men) == 2 or len(men) == 3 and set(men) & set("bn"):
+            return "insufficient"
+        if int(self.fen.split()[4]) > 100:
+            return "fifty"
+        return "repetition" if self.seen.count(self.seen[-1]) >= 3 else None
+
+    def check_end(self, engine):
+        """With the game over by rule there is no move; repetition is the interface's to claim."""
+        best = engine.go("go depth 3", self.line()).best
+        over = self.end in ("mate", "stalemate") or self.end != "repetition" and len(self.legal) > 1
+        assert best == "a8a8" if over else best in self.legal, (best, self.end, self.line())
+
+
+def self_play(game, engines, go, plies=PLIES, limit=None, ends=None):
+    """Plays on to the end, or until one of `ends`. `go` is a line or a function of the game."""
+    while game.end not in (ends or (game.end or "-",)) and game.legal and len(game.moves) < plies:
+        engine = engines[len(game.moves) % len(engines)]
+        assert game.check or engine.moves(game.line()) == set(game.legal), game.line()
+        if callable(go):
+            go(engine, game)
+        else:
+            game.play(engine.go(go, game.line(), limit))
+    if game.end:
+        game.check_end(engines[0])
+
+
+class Clocks:
+    """Two clocks in milliseconds, of which no side may ever use more than it has."""
+
+    def __init__(self, base, increment=0, session=0):
+        self.left, self.base, self.increment = [base, base], base, increment
+        self.session = session  # moves per control, told to the engine as "movestogo"
+        self.done = [0, 0]
+
+    def text(self, side):
+        text = "wtime {} btime {}".format(*(int(x) for x in self.left))
+        if self.increment:
+            text += f" winc {self.increment} binc {self.increment}"
+        return text + (f" movestogo {self.session - self.done[side]}" if self.session else "")
+
+    def spend(self, side, seconds):
+        assert seconds * 1000 <= self.left[side] + SLACK * 1000, (seconds, self.left)
+        self.left[side] = max(10, self.left[side] - seconds * 1000) + self.increment
+        self.done[side] += 1
+        if self.session and self.done[side] == self.session:
+            self.done[side], self.left[side] = 0, self.base
+
+    def move(self, engine, game):
+        side = 0 if game.white else 1
+        reply = engine.go("go " + self.text(side), game.line(), self.left[side] / 1000)
+        self.spend(side, reply.seconds)
+        game.play(reply)
+
+
+@pytest.mark.parametrize("base, increment, session, plies", [
+    (1500, 20, 0, 160), (1500, 0, 0, 120), (200, 0, 1, 30), (400, 0, 4, 60), (60, 10, 0, 60)])
+def test_clocks(start, referee, base, increment, session, plies):
+    clocks = Clocks(base * TIME_UNIT, increment * TIME_UNIT, session)
+    self_play(Game(referee), [start()], clocks.move, min(plies, PLIES))
+
+
+@pytest.mark.parametrize("go, limit, processes, fen", [
+    ("go movetime 30", 0.03, 2, "startpos"),
+    ("go depth 5", None, 2, "startpos"),
+    ("go depth 4", None, 1, "fen r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq -"),
+    ("go nodes 4000", None, 1, "startpos"),
+    ("go nodes 1", None, 1, "startpos")])
+def test_fixed_limits(start, referee, go, limit, processes, fen):
+    self_play(Game(referee, fen), [start() for _ in range(processes)], go, limit=limit)
+
+
+def test_infinite_and_stop(engine, referee):
+    def go(engine, game):
+        engine.start("go infinite", game.line())
+        time.sleep(0.02 * TIME_UNIT)
+        stopped = time.monotonic()
+        engine.send("stop")
+        game.play(engine.best())
+        assert engine.stamp - stopped <= max(0.2, SLACK)
+
+    self_play(Game(referee), [engine], go, 60)
+
+
+def test_pondering(start, referee):
+    """Both sides think on each other's time, as an interface has it done."""
+    clocks, guesses, counts = Clocks(3000 * TIME_UNIT, 20 * TIME_UNIT), {}, {"hit": 0, "miss": 0}
+    engines = [start(), start()]
+
+    def go(engine, game):
+        side = 0 if game.white else 1
+        guess = guesses.pop(engine, None)
+        begin = time.monotonic()
+        if guess == game.moves[-1:]:
+            engine.send("ponderhit")
+            reply = engine.best()
+            counts["hit"] += 1
+        else:
+            if guess:
+                engine.send("stop")
+                engine.best()
+                counts["miss"] += 1
+            reply = engine.go("go " + clocks.text(side), game.line())
+        clocks.spend(side, time.monotonic() - begin)
+        game.play(reply)
+        if reply.ponder:
+            guesses[engine] = [reply.ponder]
+            engine.start("go ponder " + clocks.text(side), game.line(reply.ponder))
+
+    game = Game(referee)
+    while not game.end and len(game.moves) < min(120, PLIES):
+        go(engines[len(game.moves) % 2], game)
+    for engine in guesses:
+        engine.send("stop")
+        engine.best()
+    assert SLOW or counts["hit"] and counts["miss"], counts
+
+
+FISCHER_ARRAYS = ["nnbrkrqb", "bbqnnrkr", "nrkbqrbn", "rkbbnqnr", "qnbbrnkr", "1rkr4", "rk5r",
+                  "5rkr"]
+
+
+@pytest.mark.parametrize("array", FISCHER_ARRAYS[:2] if SLOW else FISCHER_ARRAYS)
+def test_fischer_random(start, referee, array):
+    fen = f"fen {array}/pppppppp/8/8/8/8/PPPPPPPP/{array.upper()} w KQkq - 0 1"
+    engine, game = start(options={"PlayFRC": "true"}), Game(referee, fen, fischer=True)
+    chance = random.Random(array)
+    while len(game.moves) < 30 + 4 * len(array):  # a loose opening, both sides eager to castle
+        castlings = [m for m in game.legal if m.startswith("O")]
+        quiet = [m for m in game.legal if m[:2] not in squares(game.fen) or
+                 squares(game.fen)[m[:2]] not in "KkRr" and m[2:4] not in squares(game.fen)]
+        assert game.check or engine.moves(game.line()) == set(game.legal), game.line()
+        game.push(chance.choice(castlings or sorted(quiet) or sorted(game.legal)))
+        if game.end:
+            break
+    if not game.end:
+        self_play(game, [engine], "go depth 4", len(game.moves) + PLIES // 2)
+    assert any(m.startswith("O") for m in game.moves), "no castling in " + game.line()
+
+
+@pytest.mark.parametrize("fen, ends", [
+    ("7k/8/8/8/8/8/R7/1R2K3 w - - 0 1", ["mate"]),
+    ("8/8/8/3k4/8/8/3K4/3Q4 w - - 0 1", ["mate"]),
+    ("8/8/8/8/8/2k5/1p6/1K6 b - - 0 1", ["stalemate", "insufficient"]),
+    ("8/8/8/4k3/8/8/1r6/K7 w - - 0 1", ["insufficient"]),
+    ("8/1k6/8/p1p1p1p1/PpPpPpPp/1P1P1P1P/6K1/8 w - - 80 90", ["fifty"]),
+    ("6k1/6p1/8/6KQ/1r6/q7/8/8 w - - 0 1", ["repetition"])])
+def test_ends(engine, referee, fen, ends):
+    game = Game(referee, "fen " + fen)
+    self_play(game, [engine], "go depth 7", 150, ends=ends)
+    assert game.end in ends, game.line()

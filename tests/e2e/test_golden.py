@@ -1,0 +1,43 @@
+"""Plays the recorded searches through the real binary: info lines, best and ponder move."""
+
+import json
+import re
+
+import pytest
+
+from uci_engine import ROOT, SLOW
+
+
+def records():
+    for name in ("game", "search"):
+        for record in json.loads((ROOT / f"tests/data/{name}.json").read_text()):
+            steps = record.get("searches") or record.get("steps") or [record]
+            if record.get("config"):
+                continue  # settings that only the settings file reaches
+            if SLOW and sum(s.get("nodes", 0) for s in steps) > 150000:
+                continue
+            label = f"{name}-{record.get('id', record.get('name'))}".replace(" ", "-")
+            yield pytest.param(record.get("setoption", []), steps, id=label)
+
+
+def masked(lines):
+    """Lines without what the clock decides."""
+    return [re.sub(r"\b(time|nps) \d+", r"\1 0", line).rstrip() for line in lines]
+
+
+@pytest.mark.parametrize("options, steps", records())
+def test_record(engine, options, steps):
+    engine.send(*options)
+    for step in steps:
+        if "go" not in step:
+            engine.send(step["command"])
+            continue
+        if step["position"]:
+            engine.send(step["position"])
+        engine.ready()
+        engine.searches += 1
+        engine.send(step["go"])
+        lines = engine.wait("bestmove")
+        engine.searches -= 1
+        assert masked(x for x in lines if x.startswith("info depth")) == masked(step["info"])
+        assert lines[-1].rstrip() == step["bestmoveLine"].rstrip()
