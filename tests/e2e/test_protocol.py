@@ -4,7 +4,7 @@ import re
 
 import pytest
 
-from uci_engine import SLOW, squares
+from uci_engine import squares
 
 START = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1"
 MIDDLE = "fen r3r1k1/1pp1qppp/p1np1n2/2b1p1B1/2B1P1b1/P1NP1N2/1PP1QPPP/R4RK1 w - - 0 10"
