@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 /// What the engine asks of the operating system, and nothing of how it is done. A second
 /// implementation behind this header is all that another system needs.
@@ -19,6 +20,13 @@ namespace brivok::platform {
 
 /// From now on output that nobody reads any more is lost without ending the process.
 void surviveClosedOutput();
+
+/// What became of an attempt to make a folder.
+enum class MadeDirectory { Success, Exists, Failure };
+
+/// Makes one folder, whose parent must be there. `Exists` does not tell a folder of that name from
+/// a file.
+[[nodiscard]] MadeDirectory makeDirectory(const std::string& path);
 
 /// Milliseconds of a steady clock since some fixed start.
 [[nodiscard]] std::uint64_t milliseconds();

@@ -1,6 +1,7 @@
 #include "platform/platform.h"
 
 #include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -31,6 +32,11 @@ std::size_t readInput(char* buffer, std::size_t capacity) {
 }
 
 void surviveClosedOutput() { std::signal(SIGPIPE, SIG_IGN); }
+
+MadeDirectory makeDirectory(const std::string& path) {
+    if (::mkdir(path.c_str(), 0777) == 0) return MadeDirectory::Success;
+    return errno == EEXIST ? MadeDirectory::Exists : MadeDirectory::Failure;
+}
 
 std::uint64_t milliseconds() {
     using namespace std::chrono;

@@ -1,7 +1,5 @@
 #include "shell/uci_options.h"
 
-#include <algorithm>
-#include <cctype>
 #include <cstdint>
 #include <string_view>
 
@@ -123,8 +121,6 @@ void remakeHash() { transpositionTable.resize(); }
 void remakePawnHash() { pawnHashTable.Allocate(); }
 void remakeEvaluationHash() { evalHashTable.Allocate(); }
 
-constexpr std::uint32_t Megabyte = 1U << 20U;
-
 void setNalimovCache(const Option& option, const Words& words) {
     const std::int64_t value = parseInteger(valueOf(words));
     if (inRange(option, value))
@@ -138,9 +134,20 @@ void setNalimovPath(const Option&, const Words& words) {
         if (i > ValueWord) path += " ";
         path += words[i];
     }
-    std::transform(path.begin(), path.end(), path.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    settings.egtbDir = path;
+    settings.egtbDir = lowerCase(path);
+}
+
+/// Opens or closes the log, unless it is so already.
+void setCreateLog(const Option&, const Words& words) {
+    Logger& logger = theApplication->logger;
+    const bool wanted = valueOf(words) == "true";
+    if (wanted == logger.enabled) return;
+    settings.createLog = wanted;
+    if (wanted) {
+        logger.OpenLog();
+    } else {
+        logger.CloseLog();
+    }
 }
 
 void ignore(const Option&, const Words&) {}
@@ -184,7 +191,7 @@ constexpr Option Options[] = {
     percentSpin<&Settings::pawnPushExtension>("PawnPushExtension", 500),
     {"BookFile", Kind::String, 0, 0, [] { return settings.bookFileName; }, ignore},
     {"CreateLog", Kind::Check, 0, 0,
-     [] { return std::string(theApplication->logger.enabled ? "true" : "false"); }, ignore},
+     [] { return std::string(theApplication->logger.enabled ? "true" : "false"); }, setCreateLog},
 };
 
 std::string optionLine(const Option& option) {

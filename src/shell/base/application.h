@@ -41,7 +41,7 @@ public:
 
     Protocol currentProtocol = Protocol::Extra;
     Protocol requestedProtocol = Protocol::None;  ///< the handler that a handler asks for
-    Logger logger;
+    Logger logger{*this};
     std::unique_ptr<ProtocolHandler> handler;
 };
 

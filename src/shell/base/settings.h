@@ -16,6 +16,8 @@ enum class Variant : std::uint32_t { Normal = 0, Fischerandom = 1, NoCastle = 2 
 /// The reverse of unitsFromPercent(), for display.
 [[nodiscard]] constexpr int percentFromUnits(std::int16_t units) { return units * 100 / 16; }
 
+inline constexpr std::uint32_t Megabyte = 1U << 20U;  ///< bytes
+
 /// Every tunable value of the engine with its compiled default. The users read a value at each
 /// use, and nobody is told of a change; who writes one refreshes what is derived from it.
 /// Depth-valued settings are in units of 1/16 ply, scores in centipawns.
@@ -26,10 +28,19 @@ struct Settings {
     std::uint32_t PHashMB = 1;  ///< pawn hash, megabytes
     std::uint32_t EHashMB = 1;  ///< evaluation hash, megabytes
 
-    std::uint32_t EGTBCacheBytes = 1U << 20U;  ///< cache of the endgame tables, bytes
-    std::string egtbDir;                       ///< directories of the endgame tables
+    std::uint32_t EGTBCacheBytes = Megabyte;  ///< cache of the endgame tables, bytes
+    std::string egtbDir;                      ///< directories of the endgame tables
     std::string bookFileName = "libro.bin";
     bool bookEnabled = true;
+
+    bool resignEnabled = true;
+    std::int32_t resignValue = -850;  ///< at or below it a move counts towards resigning
+
+    bool createLog = false;
+    bool logInSingleFile = false;
+    bool uniqueLogPerGame = false;    ///< read and stored; a run has one log
+    std::string logFolder = "logs/";  ///< joined with the file name as it stands
+    bool extraInfo = true;            ///< face and bracket of the thinking line
 
     bool lazyEvalEnabled = false;
     bool useNullMove = true;
@@ -52,6 +63,8 @@ struct Settings {
     std::int16_t BishopValue = 300;
     std::int16_t RookValue = 500;
     std::int16_t QueenValue = 900;
+
+    bool operator==(const Settings&) const = default;
 };
 
 /// The one set of settings of the process.

@@ -1,6 +1,7 @@
 #include "shell/base/words.h"
 
 #include <algorithm>
+#include <cctype>
 
 namespace brivok {
 
@@ -34,6 +35,12 @@ std::int64_t parseInteger(std::string_view text) {
         value = std::min(value * 10 + (c - '0'), HugeNumber);
     }
     return negative ? -value : value;
+}
+
+std::string lowerCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
 }
 
 }  // namespace brivok

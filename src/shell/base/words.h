@@ -16,6 +16,9 @@ namespace brivok {
 /// without digits gives 0. Numbers beyond `HugeNumber` are cut to it, with their sign.
 [[nodiscard]] std::int64_t parseInteger(std::string_view text);
 
+/// The text with the letters A to Z in lower case.
+[[nodiscard]] std::string lowerCase(std::string text);
+
 /// Outside every range that the engine knows, and still so when cut to 16 bits.
 inline constexpr std::int64_t HugeNumber = (std::int64_t{1} << 40) - (std::int64_t{1} << 15);
 
