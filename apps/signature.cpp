@@ -90,6 +90,7 @@ int main() {
     buildStaticTables();
     RefreshPieceValues();
     theApplication = std::make_unique<Application>();
+    theSearcher.postThinking = false;
 
     std::uint64_t total = 0;
     const std::clock_t start = std::clock();

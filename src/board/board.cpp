@@ -156,6 +156,13 @@ void Board::unmakeNullMove() {
 #endif
 }
 
+void Board::giveMoveTo(Side side) {
+#ifndef NDEBUG
+    if (sideToMove != side) nullHashDelta = ~nullHashDelta;
+#endif
+    sideToMove = side;
+}
+
 void Board::playGameMove(Move move) {
     if (ply >= UndoRecords - UndoReserve) {
         UndoRecord* const kept = std::begin(undo) + DroppedAtOnce;

@@ -137,7 +137,8 @@ struct Board {
     /// Carries out a pseudo-legal move of this position. The move is trusted.
     void makeMove(Move move);
 
-    /// Takes the last move back; does nothing at ply 0.
+    /// Takes the last move back; does nothing where no move has been made, at ply 0 or in a position
+    /// that was set up further on in a game.
     void unmakeMove();
 
     /// makeMove() for a move of the game: frees records of the undo stack first when a search
@@ -148,6 +149,9 @@ struct Board {
     /// keep what they held.
     void makeNullMove();
     void unmakeNullMove();
+
+    /// Gives the move to a side by hand. Nothing else changes, the key included.
+    void giveMoveTo(Side side);
 
     // --- Questions --------------------------------------------------------------------------
 

@@ -5,9 +5,19 @@ namespace brivok {
 
 namespace {
 
+/// What a castling moves, the homes being those of the present game.
+struct CastlingSquares {
+    int kind;
+    Square rookFrom, rookTo, kingFrom, kingTo;
+};
+
 template <Side S>
-constexpr int castlingKind(Move move) {
-    return (S == White ? WhiteKingSide : BlackKingSide) + (moveCastle(move) == KingSide ? 0 : 1);
+CastlingSquares castlingSquares(const Board& board, Move move) {
+    const bool kingSide = moveCastle(move) == KingSide;
+    const int kind = (S == White ? WhiteKingSide : BlackKingSide) + (kingSide ? 0 : 1);
+    const auto& rooks = S == White ? board.whiteRookStart : board.blackRookStart;
+    return {kind, rooks[kingSide ? 1 : 0], CastledRook[kind], board.kingStart[whiteFirst(S)],
+            CastledKing[kind]};
 }
 
 /// Where the pawn taken in passing stands, by the square that it passed over.
@@ -39,10 +49,13 @@ void Board::makeMove(Move move) {
 
 void Board::unmakeMove() {
     if (ply == 0) return;
-    if (sideToMove == White) {
-        unmakeFor<Black>(undo[ply - 1].move);
+    const Move move = undo[ply - 1].move;
+    if (move == NoMove) return;
+    // By the piece that moved: the side to move may have been changed by hand since.
+    if (sideOf(movePiece(move)) == White) {
+        unmakeFor<White>(move);
     } else {
-        unmakeFor<White>(undo[ply - 1].move);
+        unmakeFor<Black>(move);
     }
 #ifndef NDEBUG
     verify();
@@ -85,12 +98,7 @@ void Board::makeFor(Move move) {
     }
 
     if (moveCastle(move) != NoCastling) {
-        const int kind = castlingKind<S>(move);
-        const bool kingSide = moveCastle(move) == KingSide;
-        const Square rookFrom = (S == White ? whiteRookStart : blackRookStart)[kingSide ? 1 : 0];
-        const Square rookTo = CastledRook[kind];
-        const Square kingFrom = kingStart[us];
-        const Square kingTo = CastledKing[kind];
+        const auto [kind, rookFrom, rookTo, kingFrom, kingTo] = castlingSquares<S>(*this, move);
         constexpr Piece rook = pieceOf(Kind::Rook, S);
         constexpr Piece king = pieceOf(Kind::King, S);
         castling |= 1U << static_cast<unsigned>(kind);
@@ -189,7 +197,7 @@ void Board::unmakeFor(Move move) {
     const Square to = moveTo(move);
 
     --ply;
-    sideToMove = S;
+    sideToMove ^= 1U;
     const UndoRecord& record = undo[ply];
     epSquare = record.epSquare;
     castling = record.castling;
@@ -201,15 +209,11 @@ void Board::unmakeFor(Move move) {
     occDiagSE = record.occDiagSE;
 
     if (moveCastle(move) != NoCastling) {
-        const int kind = castlingKind<S>(move);
-        const bool kingSide = moveCastle(move) == KingSide;
-        const Square rookFrom = (S == White ? whiteRookStart : blackRookStart)[kingSide ? 1 : 0];
-        const Square rookTo = CastledRook[kind];
-        const Square kingFrom = kingStart[us];
+        const auto [kind, rookFrom, rookTo, kingFrom, kingTo] = castlingSquares<S>(*this, move);
         constexpr Piece rook = pieceOf(Kind::Rook, S);
         kingSquare[us] = kingFrom;
         squares[rookTo] = Empty;
-        squares[CastledKing[kind]] = Empty;
+        squares[kingTo] = Empty;
         squares[rookFrom] = rook;
         squares[kingFrom] = pieceOf(Kind::King, S);
         pieces[rook] ^= bit[rookFrom] ^ bit[rookTo];

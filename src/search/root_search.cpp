@@ -1,10 +1,32 @@
 #include "board/coordinate.h"
 #include "hash/search_stats.h"
+#include "movegen/move_text.h"
 #include "search/searcher.h"
 #include "shell/base/application.h"
 #include "shell/base/settings.h"
 
 namespace brivok {
+
+namespace {
+
+bool speaksWinBoard() { return theApplication->currentProtocol == Protocol::WinBoard; }
+
+}  // namespace
+
+/// Under WinBoard the engine watches over the end of the game itself. A ponder search leaves the
+/// result alone.
+bool Searcher::isRootDrawn() {
+    if (!speaksWinBoard()) return false;
+    GameOutcome outcome = GameOutcome::None;
+    if (board->countRepetitions(0).inGame >= 3) {
+        outcome = GameOutcome::Repetition;
+    } else if (board->isInsufficientMaterial()) {
+        outcome = GameOutcome::InsufficientMaterial;
+    }
+    if (outcome == GameOutcome::None) return false;
+    if (searchMode != SearchMode::Pondering) gameOutcome = outcome;
+    return true;
+}
 
 int Searcher::searchRoot(int alpha, int beta, int depth) {
     constexpr int RootPly = 1;
@@ -14,6 +36,11 @@ int Searcher::searchRoot(int alpha, int beta, int depth) {
     bestRootMove = NoMove;
     int best = -MateScore;
     int movesDone = 0;
+
+    if (isRootDrawn()) {
+        b.pvLength[RootPly] = 0;
+        return DrawScore;
+    }
 
     // Table: for its move and threat only. The depth is the one before the check extension.
     TranspositionTable::Found found;
@@ -32,7 +59,7 @@ int Searcher::searchRoot(int alpha, int beta, int depth) {
     // Move loop
     int i = 0;
     for (Move m = pickMove(root, i); m != NoMove; m = pickMove(root, i)) {
-        currentMoveText = moveToCoordinate(m);
+        currentMoveText = speaksWinBoard() ? moveToSan(b, m) : moveToCoordinate(m);
         b.makeMove(m);
         if (!rootInCheck && b.moverInCheck()) {
             b.unmakeMove();
@@ -92,7 +119,7 @@ int Searcher::searchRoot(int alpha, int beta, int depth) {
                                      depth);
             b.updatePv(RootPly, m);
             if (score >= beta) return score;
-            printIteration(score, ScoreBound::None);
+            printIteration(score, Event::NewBest);
         }
         rootMoveNodes[static_cast<unsigned>(i)] = searchStats.nodes - nodesBefore;
     }

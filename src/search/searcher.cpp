@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "search/time_control.h"
+#include "shell/base/settings.h"
 
 namespace brivok {
 
@@ -21,5 +22,12 @@ void Searcher::clearRootMoves() {
 }
 
 std::uint32_t Searcher::elapsed() const { return centiseconds() - searchStartTime; }
+
+bool Searcher::ShouldCountResign() const {
+    constexpr std::uint32_t FairTime = 20000;
+    constexpr int TrustedIteration = 6;
+    return iterationScore <= settings.resignValue && iterationScore >= -MateBound &&
+           !board->inCheck() && timeControl.oppTime >= FairTime && iteration >= TrustedIteration;
+}
 
 }  // namespace brivok

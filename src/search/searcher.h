@@ -25,6 +25,9 @@ inline constexpr std::uint32_t FiftyMoveLimit = 100;
 /// `maxIteration` when no fixed depth is set.
 inline constexpr int NoFixedDepth = 40;
 
+/// No fixed depth is larger: the depth of such an iteration, in units, still fits an int.
+inline constexpr std::int64_t DeepestIteration = 100'000'000;
+
 /// State of the search; odd values mean that one is running.
 enum class SearchMode : int { Idle = 0, Thinking = 1, Pondering = 3, Analysing = 5 };
 
@@ -38,9 +41,6 @@ enum class GameOutcome : int {
     Repetition = 5,
     InsufficientMaterial = 6
 };
-
-/// Mark of a score in an "info" line.
-enum class ScoreBound { None, Lower, Upper };
 
 /// The search: iterative deepening with aspiration windows over a principal-variation search
 /// (Marsland and Campbell, 1982) with null move, and a quiescence search of captures. One thread;
@@ -63,16 +63,32 @@ public:
     std::uint32_t nodeLimit = 0;      ///< stop after this many nodes; 0 for none
     std::uint32_t searchStartTime;    ///< centiseconds
     bool ponderEnabled = true;
-    bool stopSearch = false;  ///< the running search is to unwind
+    bool postThinking = true;  ///< print thinking lines outside UCI
+    bool stopSearch = false;   ///< the running search is to unwind
 
     GameOutcome gameOutcome = GameOutcome::None;
-    Move ponderMove = NoMove;  ///< reply expected from the opponent
-    int iterationScore = 0;    ///< score of the last finished iteration
-    int iteration = 0;         ///< the iteration in progress, from 1
-    int selDepth = 0;          ///< deepest ply that quiescence has reached in this pass
+    Move ponderMove = NoMove;      ///< reply expected from the opponent
+    std::uint64_t hashPonder = 0;  ///< key of the position before the ponder move
+    int iterationScore = 0;        ///< score of the last finished iteration
+    int iteration = 0;             ///< the iteration in progress, from 1
+    int selDepth = 0;              ///< deepest ply that quiescence has reached in this pass
     std::array<std::uint32_t, NoFixedDepth + 1> nodesAtIteration{};  ///< by iteration number
 
     Board* board;
+
+    /// A ponder search has become the search of a move: its budget is worked out by the clocks as
+    /// they stand now. Its time goes on from its start.
+    void takePonderHit();
+
+    /// After the engine's move: its score is hopeless, and the opponent neither in check nor short
+    /// of time.
+    [[nodiscard]] bool ShouldCountResign() const;
+
+    /// Prints how far the search in progress has come, without a line of moves.
+    void printAnalysisStatus();
+
+    /// Notes the counters of the search in the log.
+    void printStatistics() const;
 
     /// Forgets the root list; a search makes its own.
     void clearRootMoves();
@@ -87,6 +103,7 @@ private:
     };
 
     int searchRoot(int alpha, int beta, int depth);
+    bool isRootDrawn();
     int search(int alpha, int beta, int depth, int searchPly, bool allowNull,
                bool recaptureExtended);
     int quiesce(int alpha, int beta, int searchPly, bool checkRepetition);
@@ -122,17 +139,28 @@ private:
 
     void beginSearch();
     void allocateBudget();
+    void setBudget();
+    void makePonderMove();
     [[nodiscard]] bool isBudgetNearlySpent() const;
     [[nodiscard]] GameOutcome outcomeWithoutMoves() const;
+    void noteFinishedIteration();
     void findPonderMove(Move bestMove);
+
+    /// What a line of thinking is about.
+    enum class Event { NewBest, Finished, FailedHigh, FailedLow };
 
     void printRootMove(bool firstOfPass);
     /// The line of a new best move or a finished or failed iteration, once they are worth showing.
-    void printIteration(int score, ScoreBound bound);
-    void printUciInfo(int score, ScoreBound bound);
+    void printIteration(int score, Event event);
+    void printUciInfo(int score, Event event);
+    void printUciRootMove(bool firstOfPass);
+    void printThinking(int score, Event event);
+    void printStat01(const std::string& moveText);
     void printPeriodic();
-    /// The principal variation in coordinate text, continued from the transposition table.
-    std::string renderPv();
+    /// The principal variation, continued from the transposition table, in coordinate text or in
+    /// SAN with move numbers and the continuation in angle brackets.
+    enum class PvStyle { San, Coordinate };
+    std::string renderPv(PvStyle style);
 
     Frame root;  ///< pseudo-legal root list; its order never changes, only the order scores do
     std::array<std::uint32_t, MaxMoves> rootMoveNodes{};  ///< by position in the root list
@@ -141,6 +169,7 @@ private:
     int rootMovesLeft = 0;
     Move bestRootMove = NoMove;
     std::string currentMoveText;
+    float branchingFactor = 0;  ///< nodes of the last iteration by those of the one before
     bool mayExtendTime = false;  ///< the one extension of the budget is still available
     bool failingLow = false;     ///< the iteration in progress is below its window
     bool followPv = false;       ///< the node to be ordered still lies on the last line

@@ -4,6 +4,7 @@
 #include "eval/evaluate.h"
 #include "hash/search_stats.h"
 #include "movegen/legal_moves.h"
+#include "movegen/move_text.h"
 #include "search/searcher.h"
 #include "search/time_control.h"
 #include "shell/base/console.h"
@@ -41,8 +42,10 @@ Move Searcher::think() {
     stopSearch = false;
     Move bestMove = NoMove;
 
-    // Root list
     Board& b = *board;
+    makePonderMove();
+
+    // Root list
     clearRootMoves();
     const bool inCheck = generateForPosition(b, root.moves);
     b.inCheckAtPly[1] = inCheck;
@@ -75,7 +78,7 @@ Move Searcher::think() {
         if (score <= alpha && !stopSearch) {
             ++searchStats.reSearches;
             failingLow = true;
-            printIteration(score, ScoreBound::Upper);
+            printIteration(score, Event::FailedLow);
             const int limit = score + 1;
             score = searchRoot(OpenAlpha, limit, depth);
             if (!stopSearch) failingLow = false;
@@ -83,7 +86,7 @@ Move Searcher::think() {
             if (score >= limit && !stopSearch) {
                 ++searchStats.reSearches;
                 failingLow = false;
-                printIteration(score, ScoreBound::Lower);
+                printIteration(score, Event::FailedHigh);
                 score = searchRoot(FullAlpha, FullBeta, depth);
             }
         }
@@ -94,14 +97,14 @@ Move Searcher::think() {
             bestMove = bestRootMove;
             failingLow = false;
             iterationScore = score;
-            printIteration(score, ScoreBound::Lower);
+            printIteration(score, Event::FailedHigh);
             const int limit = score - 1;
             score = searchRoot(limit, OpenBeta, depth);
             if (gameOutcome != GameOutcome::None) break;
             if (score <= limit && !stopSearch) {
                 ++searchStats.reSearches;
                 failingLow = true;
-                printIteration(score, ScoreBound::Upper);
+                printIteration(score, Event::FailedLow);
                 score = searchRoot(FullAlpha, FullBeta, depth);
                 if (!stopSearch) failingLow = false;
             }
@@ -110,9 +113,8 @@ Move Searcher::think() {
         if (bestRootMove != NoMove && !failingLow) {
             iterationScore = score;
             bestMove = bestRootMove;
-            const auto finished = static_cast<std::size_t>(iteration);
-            if (finished < nodesAtIteration.size()) nodesAtIteration[finished] = searchStats.nodes;
-            if (!stopSearch) printIteration(score, ScoreBound::None);
+            noteFinishedIteration();
+            if (!stopSearch) printIteration(score, Event::Finished);
             if (iterationScore > SurelyWon && MateScore - iterationScore < iteration) break;
         }
         if (stopSearch || isBudgetNearlySpent()) break;
@@ -123,7 +125,28 @@ Move Searcher::think() {
         ponderMove = NoMove;
         gameOutcome = b.sideToMove == White ? GameOutcome::WhiteMates : GameOutcome::BlackMates;
     }
+    if (theApplication->currentProtocol != Protocol::Uci) printStatistics();
     return bestMove;
+}
+
+/// Under UCI the interface has placed the position already.
+void Searcher::makePonderMove() {
+    if (searchMode != SearchMode::Pondering) return;
+    if (theApplication->currentProtocol == Protocol::Uci || !isLegalMove(*board, ponderMove))
+        return;
+    Print(*theApplication, "Hint: %s\n", moveToSan(*board, ponderMove).c_str());
+    board->playGameMove(ponderMove);
+}
+
+void Searcher::noteFinishedIteration() {
+    const auto index = static_cast<std::size_t>(iteration);
+    branchingFactor = 0;
+    if (index >= nodesAtIteration.size()) return;
+    nodesAtIteration[index] = searchStats.nodes;
+    const std::uint32_t before = nodesAtIteration[index - 1];
+    if (before != 0) {
+        branchingFactor = static_cast<float>(searchStats.nodes) / static_cast<float>(before);
+    }
 }
 
 GameOutcome Searcher::outcomeWithoutMoves() const {
@@ -135,19 +158,33 @@ void Searcher::allocateBudget() {
     TimeControl& clock = timeControl;
     clock.allocated = 0;
     if (searchMode == SearchMode::Analysing || maxIteration != NoFixedDepth) return;
-    const bool movesToGo = clock.kind == ClockKind::Conventional;
-    if (!movesToGo) clock.movesLeft = 0;
-    clock.allocated = clock.AllocateTime();
-    if (movesToGo && clock.movesLeft == 1) {
-        const std::uint32_t most = clock.ownTime > ClockReserve ? clock.ownTime - ClockReserve : 0;
+    // Under UCI the moves to go are told with the clock.
+    const bool uci = theApplication->currentProtocol == Protocol::Uci;
+    if (clock.kind != ClockKind::Conventional) {
+        clock.movesLeft = 0;
+    } else if (!uci) {
+        clock.movesLeft = clock.movesPerSession - board->gamePly() / 2 % clock.movesPerSession;
+    }
+    setBudget();
+    if (uci && clock.movesLeft == 1) {
+        const std::uint32_t most = clock.ownTime > ClockReserve ? clock.ownTime - ClockReserve : 1;
         clock.allocated = std::min(clock.allocated, most);
     }
-    // No budget at all reads as no limit: the shortest one is meant when there is a clock.
-    if (clock.clockGiven) clock.allocated = std::max(clock.allocated, 1U);
     if (searchMode != SearchMode::Pondering) {
         Print(*theApplication, "## (Think) Left time: %d Thinking time: %d\n",
               static_cast<int>(clock.ownTime), static_cast<int>(clock.allocated));
     }
+}
+
+/// No budget at all reads as no limit: the shortest one is meant when there is a clock.
+void Searcher::setBudget() {
+    timeControl.allocated = timeControl.AllocateTime();
+    if (timeControl.clockGiven) timeControl.allocated = std::max(timeControl.allocated, 1U);
+}
+
+void Searcher::takePonderHit() {
+    if (maxIteration == NoFixedDepth) setBudget();
+    searchMode = SearchMode::Thinking;
 }
 
 void Searcher::beginSearch() {

@@ -1,11 +1,14 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <utility>
 
 #include "board/coordinate.h"
 #include "hash/search_stats.h"
+#include "movegen/move_text.h"
 #include "search/searcher.h"
 #include "shell/base/console.h"
+#include "shell/base/settings.h"
 
 namespace brivok {
 
@@ -20,6 +23,11 @@ constexpr std::uint32_t AnalysisMoveDelay = 100;
 
 /// A periodic line comes each time these bits of the node count are all zero.
 constexpr std::uint32_t PeriodicMask = (1U << 20U) - 1;
+
+/// Undo records that naming and making one more move of a line can take.
+constexpr int PlyRoomForText = 4;
+
+constexpr int FirstAnalysedIteration = 7;  ///< of the status lines outside UCI
 
 bool speaksUci() { return theApplication->currentProtocol == Protocol::Uci; }
 
@@ -39,18 +47,42 @@ std::string scoreText(int score) {
     return "cp " + std::to_string(score) + " ";
 }
 
-}  // namespace
-
-void Searcher::printIteration(int score, ScoreBound bound) {
-    if (iteration >= FirstPrintedIteration && speaksUci()) printUciInfo(score, bound);
+/// The mood of the engine by its score.
+const char* face(int score) {
+    if (score <= -500) return " X-(";
+    if (score <= -250) return ":'-(";
+    if (score <= -50) return " :-(";
+    if (score <= 50) return " :-|";
+    if (score <= 250) return " :-)";
+    if (score <= 500) return ":-))";
+    return " :-D";
 }
 
-void Searcher::printUciInfo(int score, ScoreBound bound) {
-    std::string line = renderPv();
+unsigned long moveNumber(const Board& board) { return board.gamePly() / 2 + 1; }
+
+/// "12. " before a move of White, "12. ... " before one of Black.
+std::string numberText(const Board& board) {
+    return std::to_string(moveNumber(board)) + (board.sideToMove == White ? ". " : ". ... ");
+}
+
+}  // namespace
+
+void Searcher::printIteration(int score, Event event) {
+    if (iteration < FirstPrintedIteration) return;
+    if (speaksUci()) {
+        printUciInfo(score, event);
+    } else if (postThinking) {
+        printThinking(score, event);
+    }
+}
+
+void Searcher::printUciInfo(int score, Event event) {
+    std::string line = renderPv(PvStyle::Coordinate);
     std::string scoreField = scoreText(score);
-    if (std::abs(score) <= MateBound && bound != ScoreBound::None) {
+    const bool failed = event == Event::FailedHigh || event == Event::FailedLow;
+    if (failed && std::abs(score) <= MateBound) {
         line = moveToCoordinate(board->pvTable[1][1]);
-        scoreField += bound == ScoreBound::Lower ? "lowerbound " : "upperbound ";
+        scoreField += event == Event::FailedHigh ? "lowerbound " : "upperbound ";
     }
     const std::uint32_t ms = elapsed() * 10;
     const auto hashfull = static_cast<unsigned>(transpositionTable.fillPermille());
@@ -69,7 +101,15 @@ void Searcher::printPeriodic() {
 }
 
 void Searcher::printRootMove(bool firstOfPass) {
-    if (iteration < FirstPrintedIteration || !speaksUci()) return;
+    if (speaksUci()) {
+        if (iteration >= FirstPrintedIteration) printUciRootMove(firstOfPass);
+    } else if (postThinking && searchMode == SearchMode::Analysing &&
+               iteration >= FirstAnalysedIteration) {
+        printStat01(currentMoveText);
+    }
+}
+
+void Searcher::printUciRootMove(bool firstOfPass) {
     const std::uint32_t used = elapsed();
     const bool analysing = searchMode == SearchMode::Analysing;
     if (used < (analysing ? AnalysisMoveDelay : CurrentMoveDelay)) return;
@@ -88,31 +128,103 @@ void Searcher::printRootMove(bool firstOfPass) {
     }
 }
 
-std::string Searcher::renderPv() {
+void Searcher::printThinking(int score, Event event) {
+    Application& app = *theApplication;
+    Board& b = *board;
+    const std::uint32_t used = elapsed();
+    const bool finished = event == Event::Finished;
+    Print(app, "%2d%s %5d %7u %10lu ", iteration, finished ? "." : " ", score, used, nodeCount());
+    if (settings.extraInfo) Print(app, "%5s ", face(score));
+    if (event == Event::FailedHigh || event == Event::FailedLow) {
+        const std::string move = numberText(b) + moveToSan(b, b.pvTable[1][1]);
+        Print(app, "%s %s\n", move.c_str(), event == Event::FailedHigh ? "++" : "--");
+        return;
+    }
+    Print(app, "%s", renderPv(PvStyle::San).c_str());
+    if (settings.extraInfo) {
+        const double seconds = (used + 1.0) * 0.01;
+        const int nps = searchStats.nodes == 0 ? 1 : static_cast<int>(searchStats.nodes / seconds);
+        Print(app, "[nps:%d|depth:%d/%d", nps, iteration, selDepth);
+        if (finished && branchingFactor != 0) Print(app, "|BF:%.2f", branchingFactor);
+        Print(app, "]");
+    }
+    Print(app, "\n");
+}
+
+void Searcher::printAnalysisStatus() { printStat01(currentMoveText); }
+
+void Searcher::printStat01(const std::string& moveText) {
+    Print(*theApplication, "stat01: %u %lu %d %d %d %s\n", elapsed(), nodeCount(), iteration,
+          rootMovesLeft, rootMovesTotal, moveText.c_str());
+}
+
+std::string Searcher::renderPv(PvStyle style) {
     // The line is played on the one board: that leaves its moves in the undo records, where a later
     // null move finds them, so printing is part of what the search does.
     Board& b = *board;
     const std::uint32_t plyBefore = b.ply;
+    const bool san = style == PvStyle::San;
     std::string text;
-    const auto play = [&](Move move) {
-        text += moveToCoordinate(move) + " ";
+    for (int c = 1; c < b.pvLength[1]; ++c) {
+        const Move move = b.pvTable[1][c];
+        if (san && (c == 1 || b.sideToMove == White)) text += numberText(b);
+        text += (san ? moveToSan(b, move) : moveToCoordinate(move)) + " ";
         b.makeMove(move);
-    };
-    for (int c = 1; c < b.pvLength[1]; ++c) play(b.pvTable[1][c]);
+    }
 
     // Continued from the transposition table
-    for (int added = 0; added < iteration && b.ply < UndoRecords - 1; ++added) {
+    for (int added = 0; added < iteration && b.ply < UndoRecords - PlyRoomForText; ++added) {
         const Move move = transpositionTable.bestMove(b);
         if (move == NoMove) break;
+        const std::string number =
+            b.sideToMove == White ? std::to_string(moveNumber(b)) + "." : std::string();
+        const std::string name = san ? moveToSan(b, move) : moveToCoordinate(move);
         b.makeMove(move);
         if (b.moverInCheck()) {
             b.unmakeMove();
             break;
         }
-        text += moveToCoordinate(move) + " ";
+        text += san ? number + " <" + name + "> " : name + " ";
     }
     while (b.ply > plyBefore) b.unmakeMove();
     return text;
+}
+
+void Searcher::printStatistics() const {
+    const SearchStats& s = searchStats;
+    // A divisor is one larger than its counter, so that nothing is divided by zero.
+    const auto percent = [](std::uint32_t part, std::uint32_t whole) {
+        return static_cast<double>(static_cast<float>(part) * 100.0F /
+                                   (static_cast<float>(whole) + 1.0F));
+    };
+    const auto count = [](std::uint32_t counter) { return static_cast<unsigned long>(counter); };
+    Application& app = *theApplication;
+    LogOnly(app, "Nodes: %lu Qnodes: %lu (%3.3f%%) Ordering efficiency: %3.3f%%\n", count(s.nodes),
+            count(s.qnodes), percent(s.qnodes, s.nodes), percent(s.failHighsFirst, s.failHighs));
+    LogOnly(app, "Transposition Hash: (S/P/H): %lu/%lu/%lu (%3.3f%%)\n", count(s.ttStores),
+            count(s.ttProbes), count(s.ttHits), percent(s.ttHits, s.ttProbes));
+    LogOnly(app, "Pawn Hash: (S/P/H): %lu/%lu/%lu (%3.3f%%)\n", count(s.pawnHashStores),
+            count(s.pawnHashProbes), count(s.pawnHashHits),
+            percent(s.pawnHashHits, s.pawnHashProbes));
+    LogOnly(app, "Evaluation Hash: (S/P/H): %lu/%lu/%lu (%3.3f%%)\n", count(s.evalHashStores),
+            count(s.evalHashProbes), count(s.evalHashHits),
+            percent(s.evalHashHits, s.evalHashProbes));
+    // No endgame table is probed yet.
+    LogOnly(app, "EGTB: (P/H): %ld/%ld (%3.3f%%)\n", 0L, 0L, 0.0);
+    LogOnly(app, "Null-Move: (TMin/TMax/CMin/CMax): %lu/%lu/%lu/%lu\n", count(s.nullTriesMin),
+            count(s.nullTriesMax), count(s.nullCutsMin), count(s.nullCutsMax));
+    LogOnly(app, "Extensions: (C/OR/RC/T/PP/EC): %lu/%lu/%lu/%lu/%lu/%lu\n", count(s.extCheck),
+            count(s.extOneReply), count(s.extRecapture), count(s.extMateThreat),
+            count(s.extPawnPush), count(s.extEndgameCapture));
+    LogOnly(app, "Evaluations: (F/L): %lu/%lu\n", count(s.evalFull), count(s.evalLazy));
+
+    const std::pair<const char*, std::uint32_t> rest[] = {
+        {"Re-searchs", s.reSearches},     {"IID", s.iidSearches},
+        {"SEE cuts", s.seeCuts},          {"Fut.Cuts", s.futilityCuts},
+        {"Raz.Reduc", s.razorReductions}, {"Delta Cuts", s.deltaCuts}};
+    for (const auto& [name, counter] : rest) {
+        if (counter != 0) LogOnly(app, "%s: %lu\n", name, count(counter));
+    }
 }
 
 }  // namespace brivok

@@ -14,7 +14,8 @@ constexpr std::uint32_t CentisecondsPerMinute = 6000;
 constexpr double ShortBudget = 1000.0;
 
 double conventionalBudget(const TimeControl& clock) {
-    const double budget = static_cast<double>(clock.ownTime) / clock.movesLeft * 0.9;
+    const double moves = std::max(clock.movesLeft, 1U);
+    const double budget = clock.ownTime / moves * 0.9;
     const bool nearlyThere = clock.movesLeft < 0.2 * clock.movesPerSession;
     return budget < ShortBudget && nearlyThere ? budget * 0.85 : budget;
 }
@@ -69,6 +70,7 @@ void setAllClocks(TimeControl& clock, std::uint32_t minutes) {
 
 void TimeControl::setConventional(std::uint32_t moves, std::uint32_t minutes) {
     *this = {};
+    clockGiven = true;
     kind = ClockKind::Conventional;
     movesPerSession = moves;
     setAllClocks(*this, minutes);
@@ -76,6 +78,7 @@ void TimeControl::setConventional(std::uint32_t moves, std::uint32_t minutes) {
 
 void TimeControl::setIncrement(std::uint32_t minutes, std::uint32_t seconds) {
     *this = {};
+    clockGiven = true;
     kind = ClockKind::Increment;
     setAllClocks(*this, minutes);
     ownIncrement = oppIncrement = seconds * 100;
@@ -83,12 +86,14 @@ void TimeControl::setIncrement(std::uint32_t minutes, std::uint32_t seconds) {
 
 void TimeControl::setSuddenDeath(std::uint32_t minutes) {
     *this = {};
+    clockGiven = true;
     kind = ClockKind::SuddenDeath;
     setAllClocks(*this, minutes);
 }
 
 void TimeControl::setFixedTime(std::uint32_t centiseconds) {
     *this = {};
+    clockGiven = true;
     kind = ClockKind::FixedTime;
     fixedTime = oppFixedTime = centiseconds;
 }

@@ -31,7 +31,7 @@ struct TimeControl {
     /// one, and not none.
     bool clockGiven = false;
 
-    // Each of these zeroes the whole record first.
+    // Each of these zeroes the whole record first; a clock is given then.
     void setConventional(std::uint32_t moves, std::uint32_t minutes);
     void setIncrement(std::uint32_t minutes, std::uint32_t seconds);
     void setSuddenDeath(std::uint32_t minutes);

@@ -26,10 +26,8 @@ constexpr char EngineAuthor[] = "Osmund Kelvane";
 /// A "position" line grows no longer than this, far beyond any game.
 constexpr std::size_t LongestPosition = 1U << 20U;
 
-/// Bounds of what a "go" takes: clocks in centiseconds and iterations, small enough for all sums
-/// and products that are made of them.
+/// Longest clock that a "go" takes, in centiseconds: small enough for the sums made of clocks.
 constexpr std::uint32_t LongestTime = 0x7FFFFFFF;
-constexpr std::int64_t DeepestIteration = 100'000'000;
 
 /// Milliseconds, as a floating-point number, in centiseconds. A fallen flag reads as no time.
 std::uint32_t timeValue(const std::string& text) {
@@ -70,7 +68,6 @@ public:
             theSearcher.nodeLimit = countValue(value);
         } else if (word == "movetime") {
             timeControl.setFixedTime(timeValue(value));
-            timeControl.clockGiven = true;
         } else {
             return false;
         }
@@ -161,12 +158,17 @@ void UciHandler::execute(const Words& words) {
         std::string_view word;
         void (*action)(UciHandler&, const Words&);
     };
-    static constexpr std::array<Command, 5> Commands{{
+    static constexpr std::array<Command, 6> Commands{{
+        {"xboard",
+         [](UciHandler& self, const Words&) {
+             self.done = true;
+             self.app.requestedProtocol = Protocol::WinBoard;
+         }},
         {"ucinewgame", [](UciHandler& self, const Words&) { self.newGame(); }},
         {"genmoves", [](UciHandler&, const Words&) { listLegalMoves(theBoard); }},
-        {"setoption", [](UciHandler&, const Words& words_) { setOption(words_); }},
-        {"position", [](UciHandler& self, const Words& words_) { self.setPosition(words_); }},
-        {"go", [](UciHandler& self, const Words& words_) { self.go(words_); }},
+        {"setoption", [](UciHandler&, const Words& line) { setOption(line); }},
+        {"position", [](UciHandler& self, const Words& line) { self.setPosition(line); }},
+        {"go", [](UciHandler& self, const Words& line) { self.go(line); }},
     }};
     for (const Command& command : Commands) {
         if (words[0] == command.word) return command.action(*this, words);
