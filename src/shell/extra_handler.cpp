@@ -21,7 +21,10 @@ void ExtraHandler::ProcessCommand(std::string_view line) {
     LogOnly(app, "Extra Received: %s\n", std::string(line).c_str());
     if (words.empty()) return;
     if (words[0] == "quit") ExitProgram(0);
-    if (words[0] == "uci") {
+    if (words[0] == "xboard") {
+        done = true;
+        app.requestedProtocol = Protocol::WinBoard;
+    } else if (words[0] == "uci") {
         done = true;
         app.requestedProtocol = Protocol::Uci;
     }

@@ -7,6 +7,7 @@
 #include "shell/base/console.h"
 #include "shell/extra_handler.h"
 #include "shell/uci_handler.h"
+#include "shell/winboard_handler.h"
 
 namespace brivok {
 
@@ -16,8 +17,10 @@ std::unique_ptr<ProtocolHandler> makeHandler(Application& app, Protocol protocol
     switch (protocol) {
         case Protocol::Extra: return std::make_unique<ExtraHandler>(app);
         case Protocol::Uci: return std::make_unique<UciHandler>(app);
-        default: return nullptr;
+        case Protocol::WinBoard: return std::make_unique<WinBoardHandler>(app);
+        case Protocol::None: break;
     }
+    return nullptr;
 }
 
 }  // namespace

@@ -1,0 +1,312 @@
+#include "shell/winboard_handler.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "board/board.h"
+#include "board/coordinate.h"
+#include "eval/evaluate.h"
+#include "hash/eval_hash.h"
+#include "hash/transposition_table.h"
+#include "movegen/legal_moves.h"
+#include "movegen/move_text.h"
+#include "movegen/perft.h"
+#include "search/searcher.h"
+#include "search/time_control.h"
+#include "shell/base/console.h"
+#include "shell/base/settings.h"
+#include "shell/base/words.h"
+#include "shell/board_diagram.h"
+#include "shell/configuration.h"
+#include "shell/protocols.h"
+
+namespace brivok {
+
+namespace {
+
+/// Longest text of a move that is kept during pondering.
+constexpr std::size_t LongestMoveText = 255;
+
+/// Numbers of a command are held within these, so that no clock made of them overflows.
+constexpr std::int64_t MostMinutes = 300'000;
+constexpr std::int64_t MostSeconds = 10'000'000;
+constexpr std::int64_t MostMoves = 1'000'000;
+constexpr std::int64_t MostCentiseconds = 0x7FFFFFFF;
+
+std::uint32_t numberUpTo(const std::string& word, std::int64_t most) {
+    return static_cast<std::uint32_t>(std::clamp<std::int64_t>(parseInteger(word), 0, most));
+}
+
+/// The interface's clocks come in centiseconds.
+void setClock(std::uint32_t& clock, const std::string* word) {
+    if (word != nullptr) clock = numberUpTo(*word, MostCentiseconds);
+}
+
+/// A move is told as "usermove e2e4", or bare; with a second word that one is the move.
+bool isMove(const std::vector<std::string>& words) {
+    return words[0] == "usermove" || IsMoveText(words[0]);
+}
+
+}  // namespace
+
+const std::string* WinBoardHandler::Line::word(std::size_t index) const {
+    return index < words.size() && !words[index].empty() ? &words[index] : nullptr;
+}
+
+WinBoardHandler::WinBoardHandler(Application& application) : ProtocolHandler(application) {
+    Print(app, "feature done=0\n");
+    ReadConfiguration();
+    app.logger.OpenLog();
+    allocateTables();
+    LogOnly(app, "WB support started\n");
+    logConnection(app);
+    theBoard.NewGame();
+}
+
+WinBoardHandler::~WinBoardHandler() { LogOnly(app, "WB support closed\n"); }
+
+const WinBoardHandler::Command WinBoardHandler::AnalysisCommands[] = {
+    {"exit", [](WinBoardHandler&, const Line&) { theSearcher.stopSearch = true; }},
+    {"quit", [](WinBoardHandler& self, const Line&) { self.quit(); }},
+    {".", [](WinBoardHandler&, const Line&) { theSearcher.printAnalysisStatus(); }},
+    {"ping", [](WinBoardHandler& self, const Line& line) { self.ping(line); }},
+};
+
+const WinBoardHandler::Command WinBoardHandler::PonderCommands[] = {
+    {"quit", [](WinBoardHandler& self, const Line&) { self.quit(); }},
+    {"time",
+     [](WinBoardHandler&, const Line& line) { setClock(timeControl.ownTime, line.word(1)); }},
+    {"force", [](WinBoardHandler& self, const Line&) { self.forceAndStop(); }},
+    {"otim",
+     [](WinBoardHandler&, const Line& line) { setClock(timeControl.oppTime, line.word(1)); }},
+    {"ping", [](WinBoardHandler& self, const Line& line) { self.ping(line); }},
+};
+
+const WinBoardHandler::Command WinBoardHandler::ThinkCommands[] = {
+    {"?", [](WinBoardHandler&, const Line&) { theSearcher.stopSearch = true; }},
+    {"quit", [](WinBoardHandler& self, const Line&) { self.quit(); }},
+    {".", [](WinBoardHandler&, const Line&) { theSearcher.printAnalysisStatus(); }},
+    {"force", [](WinBoardHandler& self, const Line&) { self.forceAndStop(); }},
+    {"ping", [](WinBoardHandler& self, const Line& line) { self.ping(line); }},
+};
+
+const WinBoardHandler::Command WinBoardHandler::IdleCommands[] = {
+    {"uci",
+     [](WinBoardHandler& self, const Line&) {
+         self.done = true;
+         self.app.requestedProtocol = Protocol::Uci;
+     }},
+    {"clearh",
+     [](WinBoardHandler&, const Line&) {
+         transpositionTable.clear();
+         evalHashTable.Clear();
+     }},
+    {"eval",
+     [](WinBoardHandler& self, const Line&) {
+         Print(self.app, "Eval: %d\n", Evaluate(theBoard, -MateScore, MateScore));
+     }},
+    {"protover", [](WinBoardHandler& self, const Line& line) { self.protover(line); }},
+    {"time",
+     [](WinBoardHandler&, const Line& line) { setClock(timeControl.ownTime, line.word(1)); }},
+    {"otim",
+     [](WinBoardHandler&, const Line& line) { setClock(timeControl.oppTime, line.word(1)); }},
+    {"accepted", [](WinBoardHandler&, const Line&) {}},
+    {"rejected", [](WinBoardHandler&, const Line&) {}},
+    {"variant", [](WinBoardHandler& self, const Line& line) { self.chooseVariant(line); }},
+    {"random", [](WinBoardHandler&, const Line&) {}},
+    {"level", [](WinBoardHandler& self, const Line& line) { self.level(line); }},
+    {"st", [](WinBoardHandler& self, const Line& line) { self.fixedTime(line); }},
+    {"sd", [](WinBoardHandler& self, const Line& line) { self.fixedDepth(line); }},
+    {"setboard", [](WinBoardHandler& self, const Line& line) { self.setBoard(line); }},
+    {"hard", [](WinBoardHandler&, const Line&) { theSearcher.ponderEnabled = true; }},
+    {"easy", [](WinBoardHandler&, const Line&) { theSearcher.ponderEnabled = false; }},
+    {"post", [](WinBoardHandler&, const Line&) { theSearcher.postThinking = true; }},
+    {"nopost", [](WinBoardHandler&, const Line&) { theSearcher.postThinking = false; }},
+    {"undo", [](WinBoardHandler& self, const Line&) { self.takeBack(1); }},
+    {"remove", [](WinBoardHandler& self, const Line&) { self.takeBack(2); }},
+    {"white",
+     [](WinBoardHandler& self, const Line&) {
+         self.engineSide = Black;
+         theBoard.giveMoveTo(White);
+     }},
+    {"black",
+     [](WinBoardHandler& self, const Line&) {
+         self.engineSide = White;
+         theBoard.giveMoveTo(Black);
+     }},
+    {"board", [](WinBoardHandler& self, const Line&) { PrintBoard(self.app, theBoard); }},
+    {"go",
+     [](WinBoardHandler& self, const Line&) {
+         self.forceMode = false;
+         self.engineSide = theBoard.us();
+     }},
+    {"analyze", [](WinBoardHandler& self, const Line&) { self.analyze(); }},
+    {"result", [](WinBoardHandler& self, const Line&) { self.gameOver = true; }},
+    {"new", [](WinBoardHandler& self, const Line&) { self.newGame(); }},
+    {"quit", [](WinBoardHandler& self, const Line&) { self.quit(); }},
+    {"force", [](WinBoardHandler& self, const Line&) { self.force(); }},
+    {"ping", [](WinBoardHandler& self, const Line& line) { self.ping(line); }},
+};
+
+bool WinBoardHandler::execute(std::span<const Command> commands, const Line& line) {
+    for (const Command& command : commands) {
+        if (line.words[0] != command.word) continue;
+        command.action(*this, line);
+        return true;
+    }
+    return false;
+}
+
+void WinBoardHandler::ProcessCommand(std::string_view text) {
+    const Line line{SplitWords(text), std::string(text)};
+    LogOnly(app, "WB Received: %s\n", line.text.c_str());
+    if (line.words.empty()) return;
+    switch (theSearcher.searchMode) {
+        case SearchMode::Analysing: (void)execute(AnalysisCommands, line); break;
+        case SearchMode::Pondering:
+            (void)execute(PonderCommands, line);
+            if (isMove(line.words)) takePonderedMove(line);
+            break;
+        case SearchMode::Thinking:
+            if (!execute(ThinkCommands, line)) unknown(line);
+            break;
+        case SearchMode::Idle:
+            if (execute(IdleCommands, line)) break;
+            if (isMove(line.words)) {
+                playUserMove(line);
+            } else if (line.words[0] != "perft") {
+                unknown(line);
+            } else if (const std::string* depth = line.word(1)) {
+                perft(theBoard, static_cast<int>(numberUpTo(*depth, MaxPerftDepth)));
+            }
+            break;
+    }
+}
+
+void WinBoardHandler::quit() { ExitProgram(0); }
+
+void WinBoardHandler::ping(const Line& line) {
+    if (const std::string* number = line.word(1)) Print(app, "pong %s\n", number->c_str());
+}
+
+void WinBoardHandler::force() { forceMode = true; }
+
+void WinBoardHandler::forceAndStop() {
+    forceMode = true;
+    theSearcher.stopSearch = true;
+}
+
+void WinBoardHandler::protover(const Line& line) {
+    const std::string* version = line.word(1);
+    if (version == nullptr) return;
+    protocolVersion = static_cast<int>(numberUpTo(*version, MostMoves));
+    if (protocolVersion != 2) return;
+    Print(app,
+          "feature ping=1 setboard=1 usermove=1 draw=0 ics=1 name=1 sigint=0 sigterm=0 "
+          "myname=\"%s\"",
+          EngineName);
+    Print(app, " variants=\"normal,fischerandom,nocastle\"");
+    Print(app, " done=1\n");
+}
+
+void WinBoardHandler::chooseVariant(const Line& line) {
+    const std::string* name = line.word(1);
+    if (name == nullptr) return;
+    if (*name == "nocastle") settings.variant = Variant::NoCastle;
+    if (*name == "fischerandom") settings.variant = Variant::Fischerandom;
+}
+
+void WinBoardHandler::level(const Line& line) {
+    const std::string* moves = line.word(1);
+    const std::string* base = line.word(2);  // its minutes; what follows a colon does not count
+    const std::string* increment = line.word(3);
+    if (moves == nullptr || base == nullptr || increment == nullptr) return;
+    theSearcher.nodeLimit = 0;
+    theSearcher.maxIteration = NoFixedDepth;
+    const std::uint32_t minutes = numberUpTo(*base, MostMinutes);
+    const std::uint32_t seconds = numberUpTo(*increment, MostSeconds);
+    if (const std::uint32_t session = numberUpTo(*moves, MostMoves); session != 0) {
+        timeControl.setConventional(session, minutes);
+    } else if (seconds != 0) {
+        timeControl.setIncrement(minutes, seconds);
+    } else {
+        timeControl.setSuddenDeath(minutes);
+    }
+}
+
+void WinBoardHandler::fixedTime(const Line& line) {
+    const std::string* seconds = line.word(1);
+    if (seconds == nullptr) return;
+    theSearcher.nodeLimit = 0;
+    theSearcher.maxIteration = NoFixedDepth;
+    timeControl.setFixedTime(numberUpTo(*seconds, MostSeconds) * 100);
+}
+
+void WinBoardHandler::fixedDepth(const Line& line) {
+    const std::string* depth = line.word(1);
+    if (depth == nullptr) return;
+    theSearcher.nodeLimit = 0;
+    theSearcher.maxIteration = static_cast<int>(
+        std::clamp<std::int64_t>(parseInteger(*depth), -DeepestIteration, DeepestIteration));
+}
+
+void WinBoardHandler::setBoard(const Line& line) {
+    std::string fen;
+    for (std::size_t i = 1; i < line.words.size(); ++i) fen += line.words[i] + " ";
+    theBoard.setPositionFromFen(fen);
+    forceMode = true;
+}
+
+void WinBoardHandler::analyze() {
+    forceMode = false;
+    theSearcher.maxIteration = NoFixedDepth;
+    theSearcher.searchMode = SearchMode::Analysing;
+}
+
+void WinBoardHandler::newGame() {
+    gameOver = false;
+    forceMode = false;
+    resignCounter = 0;
+    theSearcher.maxIteration = NoFixedDepth;
+    engineSide = Black;
+    theBoard.NewGame();
+}
+
+void WinBoardHandler::takeBack(int moves) {
+    for (; moves > 0; --moves) theBoard.unmakeMove();
+}
+
+void WinBoardHandler::unknown(const Line& line) {
+    Print(app, "Error (Unknown command): %s\n", line.text.c_str());
+}
+
+const std::string& WinBoardHandler::Line::moveText() const {
+    const std::string* second = word(1);
+    return second != nullptr ? *second : words[0];
+}
+
+void WinBoardHandler::playUserMove(const Line& line) {
+    const std::string& text = line.moveText();
+    const Move move = parseMove(theBoard, text);
+    if (isLegalMove(theBoard, move)) {
+        theBoard.playGameMove(move);
+    } else {
+        Print(app, "Illegal move: %s\n", text.c_str());
+    }
+}
+
+void WinBoardHandler::takePonderedMove(const Line& line) {
+    const std::string& text = line.moveText();
+    strMovDuranteBusqueda = text.substr(0, LongestMoveText);
+    if (strMovDuranteBusqueda != moveToCoordinate(theSearcher.ponderMove)) {
+        theSearcher.stopSearch = true;
+        return;
+    }
+    LogOnly(app, "Search mode switched to normal\n");
+    theSearcher.takePonderHit();
+    LogOnly(app, "Left time: %d Thinking time: %d\n", static_cast<int>(timeControl.ownTime),
+            static_cast<int>(timeControl.allocated));
+    strMovDuranteBusqueda.clear();
+}
+
+}  // namespace brivok

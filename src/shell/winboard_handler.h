@@ -1,0 +1,87 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "board/move.h"
+#include "shell/base/application.h"
+
+namespace brivok {
+
+/// Plays games under the WinBoard protocol, version 2: the handler keeps the game, thinks when it
+/// is the engine's turn, ponders, analyses, resigns and claims results.
+///
+/// ProcessCommand() is reached from Run() when the engine idles, and from deep inside a search when
+/// that polls the input; the mode of the search decides which commands are understood.
+class WinBoardHandler final : public ProtocolHandler {
+public:
+    explicit WinBoardHandler(Application& application);
+    ~WinBoardHandler() override;
+    void ProcessCommand(std::string_view line) override;
+
+    /// The flow of the game: after each line and each search decides whether to think, ponder,
+    /// analyse or read. Returns only for another protocol.
+    void Run() override;
+
+private:
+    /// A line that is being handled: its words, and the text as it came.
+    struct Line {
+        std::vector<std::string> words;
+        std::string text;
+
+        /// The word at the index; nothing if it is not there or empty.
+        [[nodiscard]] const std::string* word(std::size_t index) const;
+
+        /// The text of the move in a line that brings one.
+        [[nodiscard]] const std::string& moveText() const;
+    };
+
+    /// A command by its word. Commands of a table are tried in their order.
+    struct Command {
+        std::string_view word;
+        void (*action)(WinBoardHandler&, const Line&);
+    };
+    [[nodiscard]] bool execute(std::span<const Command> commands, const Line& line);
+
+    // What the commands do.
+    void quit();
+    void ping(const Line& line);
+    void force();
+    void forceAndStop();
+    void protover(const Line& line);
+    void chooseVariant(const Line& line);
+    void level(const Line& line);
+    void fixedTime(const Line& line);
+    void fixedDepth(const Line& line);
+    void setBoard(const Line& line);
+    void analyze();
+    void newGame();
+    void takeBack(int moves);
+    void unknown(const Line& line);
+    void playUserMove(const Line& line);
+    void takePonderedMove(const Line& line);
+
+    // The flow of the game.
+    [[nodiscard]] bool wantsSearch() const;
+    [[nodiscard]] bool runSearch();
+    void startSearch();
+    void playEngineMove(Move move);
+    void testGameEnd();
+    void endPondering();
+
+    static const Command AnalysisCommands[];
+    static const Command PonderCommands[];
+    static const Command ThinkCommands[];
+    static const Command IdleCommands[];
+
+    int protocolVersion = 1;  ///< of the last "protover"; only stored
+    Side engineSide = Black;
+    int resignCounter = 0;   ///< moves made with a hopeless score since "new"
+    bool forceMode = false;  ///< the engine makes no move of its own
+    bool gameOver = false;   ///< the engine starts no search but an analysis
+    /// Text of a move that came during pondering, until that search has ended.
+    std::string strMovDuranteBusqueda;
+};
+
+}  // namespace brivok
