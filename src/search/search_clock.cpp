@@ -19,7 +19,7 @@ constexpr int FirstTimedIteration = 3;
 /// What counts at the end of the input: pondering and analysis wait for a word that cannot come any
 /// more, whatever other limits they have.
 bool Searcher::endsByItself() const {
-    if (searchMode != SearchMode::Thinking) return false;
+    if (searchMode == SearchMode::Pondering || searchMode == SearchMode::Analysing) return false;
     if (nodeLimit != 0 || maxIteration < NoFixedDepth) return true;
     return maxIteration == NoFixedDepth && timeControl.allocated != 0;
 }
