@@ -137,8 +137,8 @@ struct Board {
     /// Carries out a pseudo-legal move of this position. The move is trusted.
     void makeMove(Move move);
 
-    /// Takes the last move back; does nothing where no move has been made, at ply 0 or in a position
-    /// that was set up further on in a game.
+    /// Takes the last move back; does nothing where no move has been made, at ply 0 or in a
+    /// position that was set up further on in a game.
     void unmakeMove();
 
     /// makeMove() for a move of the game: frees records of the undo stack first when a search

@@ -169,7 +169,7 @@ private:
     int rootMovesLeft = 0;
     Move bestRootMove = NoMove;
     std::string currentMoveText;
-    float branchingFactor = 0;  ///< nodes of the last iteration by those of the one before
+    float branchingFactor = 0;   ///< nodes of the last iteration by those of the one before
     bool mayExtendTime = false;  ///< the one extension of the budget is still available
     bool failingLow = false;     ///< the iteration in progress is below its window
     bool followPv = false;       ///< the node to be ordered still lies on the last line

@@ -2,9 +2,12 @@
 
 #include <string>
 
+#include "board/board.h"
 #include "shell/base/console.h"
 #include "shell/base/words.h"
 #include "shell/protocols.h"
+#include "tools/epd_runner.h"
+#include "tools/eval_test.h"
 
 namespace brivok {
 
@@ -28,6 +31,17 @@ void ExtraHandler::ProcessCommand(std::string_view line) {
         done = true;
         app.requestedProtocol = Protocol::Uci;
     }
+    if (words[0] == "evaltest") runTest(RunEvalTest);
+    if (words[0] == "epdtest") runTest(RunEpdTest);
+}
+
+void ExtraHandler::runTest(void (*test)(Application&)) {
+    // A line that a search of a test has met cannot start another: the board is in use.
+    if (testing) return;
+    testing = true;
+    test(app);
+    testing = false;
+    theBoard.NewGame();
 }
 
 void ExtraHandler::Run() { RunReadLoop(*this); }

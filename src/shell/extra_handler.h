@@ -11,6 +11,11 @@ public:
     ~ExtraHandler() override;
     void ProcessCommand(std::string_view line) override;
     void Run() override;
+
+private:
+    void runTest(void (*test)(Application&));
+
+    bool testing = false;  ///< a test runs, and lines come in from its searches
 };
 
 }  // namespace brivok
