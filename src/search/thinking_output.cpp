@@ -184,7 +184,9 @@ std::string Searcher::renderPv(PvStyle style) {
             b.unmakeMove();
             break;
         }
-        text += san ? number + " <" + name + "> " : name + " ";
+        if (san) text += number + " <";
+        text += name;
+        text += san ? "> " : " ";
     }
     while (b.ply > plyBefore) b.unmakeMove();
     return text;

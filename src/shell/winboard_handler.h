@@ -18,7 +18,7 @@ class WinBoardHandler final : public ProtocolHandler {
 public:
     explicit WinBoardHandler(Application& application);
     ~WinBoardHandler() override;
-    void ProcessCommand(std::string_view line) override;
+    void ProcessCommand(std::string_view text) override;
 
     /// The flow of the game: after each line and each search decides whether to think, ponder,
     /// analyse or read. Returns only for another protocol.
