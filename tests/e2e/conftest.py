@@ -11,8 +11,8 @@ def start(tmp_path, request):
     """Starts engines in an empty folder; all must quit cleanly when the test is over."""
     engines = []
 
-    def make(**arguments):
-        engines.append(Brivok(folder=tmp_path, **arguments))
+    def make(kind=Brivok, **arguments):
+        engines.append(kind(folder=tmp_path, **arguments))
         return engines[-1]
 
     yield make

@@ -6,18 +6,17 @@ import re
 import pytest
 
 from uci_engine import ROOT, SLOW
+from winboard_engine import WinBoard
 
 
 def records():
     for name in ("game", "search"):
         for record in json.loads((ROOT / f"tests/data/{name}.json").read_text()):
             steps = record.get("searches") or record.get("steps") or [record]
-            if record.get("config"):
-                continue  # settings that only the settings file reaches
             if SLOW and sum(s.get("nodes", 0) for s in steps) > 150000:
                 continue
             label = f"{name}-{record.get('id', record.get('name'))}".replace(" ", "-")
-            yield pytest.param(record.get("setoption", []), steps, id=label)
+            yield pytest.param(record.get("config"), record.get("setoption", []), steps, id=label)
 
 
 def masked(lines):
@@ -25,8 +24,14 @@ def masked(lines):
     return [re.sub(r"\b(time|nps) \d+", r"\1 0", line).rstrip() for line in lines]
 
 
-@pytest.mark.parametrize("options, steps", records())
-def test_record(engine, options, steps):
+@pytest.mark.parametrize("config, options, steps", records())
+def test_record(start, config, options, steps):
+    if config:  # settings that only the settings file reaches, and only WinBoard reads that
+        engine = start(WinBoard, ini="\n".join(config))
+        engine.send("uci")
+        engine.wait("uciok")
+    else:
+        engine = start()
     engine.send(*options)
     for step in steps:
         if "go" not in step:
