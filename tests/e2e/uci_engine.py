@@ -142,8 +142,8 @@ class Brivok(Process):
 
     def go(self, go, position=None, limit=None):
         """Searches. With `limit`, in seconds, the search must be over by then; a late answer gets
-        two more tries, since a busy machine is not the engine's fault."""
-        for _ in range(3):
+        four more tries, since a busy machine is not the engine's fault."""
+        for _ in range(5):
             self.start(go, position)
             reply = self.best()
             if limit is None or reply.seconds <= limit + SLACK:
