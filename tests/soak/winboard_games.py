@@ -21,7 +21,7 @@ from pathlib import Path
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "e2e"))
 
 from test_games import Game  # noqa: E402
-from test_protocol import diagram  # noqa: E402
+from test_winboard import shown  # noqa: E402
 from uci_engine import BRIVOK, Referee  # noqa: E402
 from winboard_engine import CLAIMS, OTHER, RESULTS, THINKING, WinBoard  # noqa: E402
 
@@ -32,7 +32,7 @@ GROWTH = 4096  # kilobytes of memory that a process may gain after its first gam
 
 
 class Trouble(Exception):
-    """What went wrong, in a word or two, and the particulars."""
+    """Holds what went wrong, in a word or two, and the particulars."""
 
 
 def check(lines):
@@ -49,23 +49,24 @@ def memory(engine):
 def play(engines, referee, chance, ponder, control, base):
     """One game; the reason of its end, and its result. `engines` are White's and Black's."""
     game, clocks, playing = Game(referee), [base, base], [False, False]
+    opening = chance.randrange(4, 10)
+    while len(game.moves) < opening:
+        game.push(chance.choice(sorted(game.legal)))
+        if game.end:
+            game = Game(referee)
     for engine in engines:
         engine.send("new", "force", "hard" if ponder else "easy", *control)
-    for _ in range(chance.randrange(4, 10)):
-        game.push(chance.choice(sorted(game.legal)))
-        for engine in engines:
-            engine.send("usermove " + game.moves[-1])
-    check(line for engine in engines for line in engine.ask(timeout=PATIENCE))
+        check(engine.ask(*(f"usermove {move}" for move in game.moves), timeout=PATIENCE))
 
     while not game.end and len(game.moves) < MOST_PLIES:
         side = 0 if game.white else 1
         mover = engines[side]
         lines = [f"time {int(clocks[side])}", f"otim {int(clocks[1 - side])}"]
+        if len(game.moves) > opening:
+            lines.append("usermove " + game.moves[-1])
         if not playing[side]:
             playing[side] = True
             lines.append("go")
-        else:
-            lines.append("usermove " + game.moves[-1])
         begin = time.monotonic()
         mover.send(*lines)
         said = mover.wait(("move ", *RESULTS, "Illegal"), PATIENCE)
@@ -77,24 +78,22 @@ def play(engines, referee, chance, ponder, control, base):
             raise Trouble("loss on time", f"{clocks[side]:.0f} at ply {len(game.moves)}")
         clocks[side] = max(1, clocks[side])
         game.push(said[-1][5:])
-        if not playing[1 - side]:
-            engines[1 - side].send("usermove " + game.moves[-1])
 
-    end, result = ("unfinished", "*") if not game.end else close(game, engines)
+    if game.end:
+        end, result = close(game, engines, playing)
+    else:
+        end, result = "unfinished", "*"
+        engines[0 if game.white else 1].send("force", "usermove " + game.moves[-1])
     for engine in engines:
         engine.send("result " + result, "force")
         check(engine.ask(timeout=PATIENCE))
-        rights = game.fen.split()[2]
-        black, white = ({"-": "", "q": "ae", "k": "eh", "kq": "aeh"}[
-            "".join(x.lower() for x in rights if x == change(x)) or "-"]
-            for change in (str.lower, str.upper))
-        board = "\n".join(engine.ask("board", timeout=PATIENCE))
-        if board != "\n".join(diagram(game.fen, black, white)):
-            raise Trouble("board drift", f"{game.fen} after {' '.join(game.moves)}, not {board}")
+        board = engine.ask("board", timeout=PATIENCE)
+        if board != shown(game.fen):
+            raise Trouble("board drift", f"{game.fen} after {game.moves}, not\n" + "\n".join(board))
     return end, result
 
 
-def close(game, engines):
+def close(game, engines, playing):
     """The claim of the side that has moved or, of a mate or a stalemate, of the other one."""
     loser = 0 if game.white else 1
     said = engines[1 - loser].ask(timeout=PATIENCE)
@@ -102,7 +101,7 @@ def close(game, engines):
         check(said)
         if game.end not in ("mate", "stalemate"):
             raise Trouble("no claim", f"{game.end}: {game.fen}")
-        engines[loser].send("usermove " + game.moves[-1])
+        engines[loser].send("usermove " + game.moves[-1], *([] if playing[loser] else ["go"]))
         said = engines[loser].wait(RESULTS, PATIENCE)
     else:
         engines[loser].send("force", "usermove " + game.moves[-1])
