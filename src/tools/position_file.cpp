@@ -27,6 +27,10 @@ bool PositionFile::next(std::string& line) {
     if (file.fail()) {
         if (file.gcount() == 0) return false;
         file.clear();
+        // Of a line that just fits, the end alone may have been left behind.
+        while (file.peek() == '\r') file.get();
+        if (file.peek() == '\n') file.get();
+        file.clear();
     }
     line = piece.data();
     while (line.ends_with('\r')) line.pop_back();
