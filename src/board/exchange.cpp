@@ -5,9 +5,6 @@ namespace brivok {
 
 namespace {
 
-/// Steps by direction code; the walk away from the target goes on along the line.
-constexpr int StepOf[9] = {0, NorthEast, East, SouthEast, South, SouthWest, West, NorthWest, North};
-
 /// The kinds in the order in which they are spent, cheapest first.
 constexpr Kind ByValue[] = {Kind::Pawn, Kind::Knight, Kind::Bishop, Kind::Rook, Kind::Queen};
 
@@ -16,7 +13,7 @@ constexpr Kind ByValue[] = {Kind::Pawn, Kind::Knight, Kind::Bishop, Kind::Rook, 
 Bitboard Board::addXray(Bitboard attackers, Square sq, Square to) const {
     const std::uint32_t line = direction[to][sq];
     if (line == 0) return attackers;
-    const int step = StepOf[line];
+    const int step = StepOfDirection[line];
     const Kind slider = line % 2 == 1 ? Kind::Bishop : Kind::Rook;
     // One step further is a neighbour, unless the board ends in between.
     for (Square behind = sq; (kingAttacks[behind] & bit[(behind + step) & 63]) != 0;) {

@@ -42,10 +42,6 @@ Bitboard castleXorDiagSE[4];
 
 namespace {
 
-/// Steps by direction code.
-constexpr int StepOfDirection[9] = {0,         NorthEast, East,      SouthEast, South,
-                                    SouthWest, West,      NorthWest, North};
-
 /// A diagonal as it lies in its rotated board: number, length, first bit, and the squares in
 /// rising file order.
 struct Diagonal {

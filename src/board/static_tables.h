@@ -25,6 +25,10 @@ extern Bitboard outpostGuardMask[2][Squares];
 /// 2 east, 3 south-east, 4 south, 5 south-west, 6 west, 7 north-west, 8 north; 0 without a line.
 extern std::uint32_t direction[Squares][Squares];
 
+/// The step of each direction code.
+inline constexpr int StepOfDirection[9] = {0,         NorthEast, East,      SouthEast, South,
+                                           SouthWest, West,      NorthWest, North};
+
 /// Squares strictly between two squares of a line; empty if adjacent or on no common line.
 extern Bitboard between[Squares][Squares];
 

@@ -39,7 +39,7 @@ private:
             const Square checker = takeNext<White>(checkers);
             const std::uint32_t line = direction[checker][king];
             if (line == 0 || isPawn(board.squares[checker])) continue;
-            const Square away = king + StepOf[line];
+            const Square away = king + StepOfDirection[line];
             if (away >= 0 && away < Squares && direction[king][away] == line) behind |= bit[away];
         }
         for (Bitboard targets = kingAttacks[king] & ~own & ~behind; targets != 0;) {
@@ -89,9 +89,6 @@ private:
             if (!board.isPinned(to - step, S)) writer.addPawn(to - step, to);
         }
     }
-
-    static constexpr int StepOf[9] = {0,         NorthEast, East,      SouthEast, South,
-                                      SouthWest, West,      NorthWest, North};
 
     Board& board;
     const Square king;

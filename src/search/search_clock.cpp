@@ -11,9 +11,6 @@ namespace {
 constexpr std::uint32_t PollInterval = 20000;
 constexpr std::uint32_t PonderPollInterval = 5000;
 
-/// The first two iterations always finish.
-constexpr int FirstTimedIteration = 3;
-
 }  // namespace
 
 /// What counts at the end of the input: pondering and analysis wait for a word that cannot come any

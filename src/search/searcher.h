@@ -25,6 +25,10 @@ inline constexpr std::uint32_t FiftyMoveLimit = 100;
 /// `maxIteration` when no fixed depth is set.
 inline constexpr int NoFixedDepth = 40;
 
+/// The iterations before this one always finish. From here on the clock may end the deepening, and
+/// a ponder move is trusted.
+inline constexpr int FirstTimedIteration = 3;
+
 /// No fixed depth is larger: the depth of such an iteration, in units, still fits an int.
 inline constexpr std::int64_t DeepestIteration = 100'000'000;
 

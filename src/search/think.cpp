@@ -26,9 +26,6 @@ constexpr int SurelyWon = 9000;
 /// Score of a mate with the very next move.
 constexpr int MateInOne = MateScore - 2;
 
-/// From here on the clock may end the deepening, and a ponder move is trusted.
-constexpr int FirstTimedIteration = 3;
-
 /// Kept back from the clock on the last of the moves to go: that move may claim nearly all of it,
 /// and the clock is looked at only every so many nodes. Centiseconds.
 constexpr std::uint32_t ClockReserve = 5;
