@@ -33,6 +33,7 @@ enum CastlingBits : std::uint32_t {
 inline constexpr int UndoRecords = 1024;  ///< half-moves of a game and of a search on top of it
 inline constexpr int UndoReserve = 256;   ///< records that setting up and playing leave free
 inline constexpr int MaxSearchPly = 128;  ///< length of the per-ply tables
+inline constexpr std::uint32_t OpenBookGate = 60;  ///< the book is asked below this `bookGate`
 inline constexpr std::uint32_t FullBookGate = 70;  ///< `bookGate` that keeps the book closed
 
 /// What one half-move changes beyond what the Move itself can reverse: the state before it.
@@ -85,7 +86,7 @@ struct Board {
     Square blackRookStart[2]{};
     std::uint32_t ply = 0;       ///< half-moves of the game, and index of the next undo record
     Square kingSquare[2]{};      ///< [0] White, [1] Black
-    std::uint32_t bookGate = 0;  ///< the book is open below 60
+    std::uint32_t bookGate = 0;  ///< the book is open below OpenBookGate
     int moveCount = 0;           ///< length of the list that a generator last wrote
 
     // Tables of the search, by search ply (the root is 1).

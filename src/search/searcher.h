@@ -73,6 +73,7 @@ public:
     GameOutcome gameOutcome = GameOutcome::None;
     Move ponderMove = NoMove;      ///< reply expected from the opponent
     std::uint64_t hashPonder = 0;  ///< key of the position before the ponder move
+    bool bookMove = false;         ///< the move returned came from the opening book
     int iterationScore = 0;        ///< score of the last finished iteration
     int iteration = 0;             ///< the iteration in progress, from 1
     int selDepth = 0;              ///< deepest ply that quiescence has reached in this pass
@@ -144,6 +145,7 @@ private:
     void beginSearch();
     void allocateBudget();
     void setBudget();
+    Move askBook();
     void makePonderMove();
     [[nodiscard]] bool isBudgetNearlySpent() const;
     [[nodiscard]] GameOutcome outcomeWithoutMoves() const;

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "board/coordinate.h"
+#include "book/opening_book.h"
 #include "eval/evaluate.h"
 #include "hash/search_stats.h"
 #include "movegen/legal_moves.h"
@@ -34,12 +35,14 @@ constexpr std::uint32_t ClockReserve = 5;
 
 Move Searcher::think() {
     searchStats = {};
+    bookMove = false;
     lazyMargin = 0;
     mayExtendTime = true;
     stopSearch = false;
     Move bestMove = NoMove;
 
     Board& b = *board;
+    if (const Move fromBook = askBook(); fromBook != NoMove) return fromBook;
     makePonderMove();
 
     // Root list
@@ -124,6 +127,22 @@ Move Searcher::think() {
     }
     if (theApplication->currentProtocol != Protocol::Uci) printStatistics();
     return bestMove;
+}
+
+/// A move from the opening book, if one is wanted and known; 0 otherwise.
+Move Searcher::askBook() {
+    const bool wanted = settings.bookEnabled && searchMode != SearchMode::Analysing &&
+                        searchMode != SearchMode::Pondering && board->bookGate < OpenBookGate;
+    if (!wanted) return NoMove;
+    const Move move = OpeningBook(settings.bookFileName).SelectMove(*board);
+    if (move == NoMove) return NoMove;
+    if (theApplication->currentProtocol == Protocol::WinBoard) {
+        Print(*theApplication, "0 1 0 0 %s (Book move)\n", moveToSan(*board, move).c_str());
+    }
+    bookMove = true;
+    ponderMove = NoMove;
+    iterationScore = 0;
+    return move;
 }
 
 /// Under UCI the interface has placed the position already.
