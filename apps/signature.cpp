@@ -9,6 +9,7 @@
 
 #include "board/board.h"
 #include "board/piece_values.h"
+#include "egtb/tablebase_probe.h"
 #include "hash/search_stats.h"
 #include "search/searcher.h"
 #include "search/time_control.h"
@@ -75,6 +76,7 @@ constexpr Position Positions[] = {
 std::uint32_t searchNodes(const Position& position) {
     settings.variant = position.variant;
     allocateTables();
+    tablebases.tbMaxMen = 0;  // whatever lies in the current directory
     theBoard.setPositionFromFen(position.fen);
     timeControl = {};
     theSearcher.searchMode = SearchMode::Thinking;

@@ -2,6 +2,7 @@
 #include <cstdlib>
 
 #include "board/piece_values.h"
+#include "egtb/tablebase_probe.h"
 #include "hash/eval_hash.h"
 #include "hash/search_stats.h"
 #include "search/searcher.h"
@@ -44,6 +45,21 @@ int Searcher::searchChild(int alpha, int beta, int newDepth, int childPly, bool 
 bool Searcher::isRepetitionDraw(int searchPly) const {
     const Board::Repetitions found = board->countRepetitions(searchPly);
     return found.inTree + found.inGame >= (searchPly >= 3 ? 2 : 3);
+}
+
+/// Next to the root always, further on only when the side to move captured or promoted with the
+/// last move of its own.
+bool Searcher::mayProbeTablebases(int searchPly) const {
+    if (searchPly < 3) return true;
+    const Move own = board->undo[board->ply - 2].move;
+    return moveCapture(own) != Empty || movePromotion(own) != Empty;
+}
+
+/// Of draws by the tables the search prefers those in which it has more material.
+int Searcher::tableDrawScore() const {
+    const Side us = board->us();
+    const int balance = board->material[us] - board->material[opposite(us)];
+    return balance > 0 ? 1 : balance < 0 ? -1 : 0;
 }
 
 bool Searcher::isSeventhRankPush(Move m) const {
@@ -115,6 +131,14 @@ int Searcher::search(int alpha, int beta, int depth, int searchPly, bool allowNu
 
     // Draws
     if (isRepetitionDraw(searchPly)) return DrawScore;
+
+    // Endgame tables
+    if (searchPly <= iteration && b.totalMen() <= tablebases.tbMaxMen) {
+        if (int score = 0; mayProbeTablebases(searchPly) && TablebaseProbe(b, searchPly, score)) {
+            return score != 0 ? score : tableDrawScore();
+        }
+    }
+
     if (b.totalMen() < 4 && b.isInsufficientMaterial()) return DrawScore;
 
     // Transposition table; it cuts off at every node

@@ -115,6 +115,8 @@ private:
 
     int searchChild(int alpha, int beta, int newDepth, int childPly, bool recaptured);
     [[nodiscard]] bool isRepetitionDraw(int searchPly) const;
+    [[nodiscard]] bool mayProbeTablebases(int searchPly) const;
+    [[nodiscard]] int tableDrawScore() const;
     [[nodiscard]] int limitExtension(int extension, int searchPly) const;
 
     /// What the extensions of a move depend on besides the move.

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "board/coordinate.h"
+#include "egtb/tablebase_probe.h"
 #include "hash/search_stats.h"
 #include "movegen/move_text.h"
 #include "search/searcher.h"
@@ -47,6 +48,12 @@ std::string scoreText(int score) {
     return "cp " + std::to_string(score) + " ";
 }
 
+/// The hits in endgame tables since the program started; empty when there is none.
+std::string tableHits(const char* before = "", const char* behind = "") {
+    if (tablebases.tbHits == 0) return "";
+    return before + ("tbhits " + std::to_string(tablebases.tbHits)) + behind;
+}
+
 /// The mood of the engine by its score.
 const char* face(int score) {
     if (score <= -500) return " X-(";
@@ -87,17 +94,18 @@ void Searcher::printUciInfo(int score, Event event) {
     const std::uint32_t ms = elapsed() * 10;
     const auto hashfull = static_cast<unsigned>(transpositionTable.fillPermille());
     Print(*theApplication,
-          "info depth %d seldepth %d time %u hashfull %u score %snodes %lu nps %u hashfull %u pv "
+          "info depth %d seldepth %d time %u hashfull %u score %snodes %lu nps %u hashfull %u %spv "
           "%s\n",
           iteration, selDepth, ms, hashfull, scoreField.c_str(), nodeCount(), nodesPerSecond(ms),
-          hashfull, line.c_str());
+          hashfull, tableHits("", " ").c_str(), line.c_str());
 }
 
 void Searcher::printPeriodic() {
     if ((searchStats.nodes & PeriodicMask) != 0 || searchMode != SearchMode::Analysing) return;
     if (iteration < FirstPrintedIteration || !speaksUci()) return;
-    Print(*theApplication, "info nodes %lu nps %u hashfull %u \n", nodeCount(),
-          nodesPerSecond(elapsed() * 10), static_cast<unsigned>(transpositionTable.fillPermille()));
+    Print(*theApplication, "info nodes %lu nps %u hashfull %u %s\n", nodeCount(),
+          nodesPerSecond(elapsed() * 10), static_cast<unsigned>(transpositionTable.fillPermille()),
+          tableHits(" ").c_str());
 }
 
 void Searcher::printRootMove(bool firstOfPass) {
@@ -119,12 +127,12 @@ void Searcher::printUciRootMove(bool firstOfPass) {
     if (firstOfPass) {
         Print(*theApplication,
               "info currmovenumber %d currmove %s depth %d seldepth %d time %u nodes %lu nps %u "
-              "hashfull %u \n",
+              "hashfull %u %s\n",
               number, currentMoveText.c_str(), iteration, selDepth, used * 10, nodeCount(),
-              nodesPerSecond(used * 10), hashfull);
+              nodesPerSecond(used * 10), hashfull, tableHits().c_str());
     } else {
-        Print(*theApplication, "info currmove %s currmovenumber %d nodes %lu hashfull %u \n",
-              currentMoveText.c_str(), number, nodeCount(), hashfull);
+        Print(*theApplication, "info currmove %s currmovenumber %d nodes %lu hashfull %u %s\n",
+              currentMoveText.c_str(), number, nodeCount(), hashfull, tableHits(" ").c_str());
     }
 }
 
@@ -146,6 +154,7 @@ void Searcher::printThinking(int score, Event event) {
         const int nps = searchStats.nodes == 0 ? 1 : static_cast<int>(searchStats.nodes / seconds);
         Print(app, "[nps:%d|depth:%d/%d", nps, iteration, selDepth);
         if (finished && branchingFactor != 0) Print(app, "|BF:%.2f", branchingFactor);
+        if (tablebases.tbHits != 0) Print(app, "|tbhits:%d", static_cast<int>(tablebases.tbHits));
         Print(app, "]");
     }
     Print(app, "\n");
@@ -211,8 +220,9 @@ void Searcher::printStatistics() const {
     LogOnly(app, "Evaluation Hash: (S/P/H): %lu/%lu/%lu (%3.3f%%)\n", count(s.evalHashStores),
             count(s.evalHashProbes), count(s.evalHashHits),
             percent(s.evalHashHits, s.evalHashProbes));
-    // No endgame table is probed yet.
-    LogOnly(app, "EGTB: (P/H): %ld/%ld (%3.3f%%)\n", 0L, 0L, 0.0);
+    const TablebaseState& tables = tablebases;
+    LogOnly(app, "EGTB: (P/H): %ld/%ld (%3.3f%%)\n", static_cast<long>(tables.tbProbes),
+            static_cast<long>(tables.tbHits), percent(tables.tbHits, tables.tbProbes));
     LogOnly(app, "Null-Move: (TMin/TMax/CMin/CMax): %lu/%lu/%lu/%lu\n", count(s.nullTriesMin),
             count(s.nullTriesMax), count(s.nullCutsMin), count(s.nullCutsMax));
     LogOnly(app, "Extensions: (C/OR/RC/T/PP/EC): %lu/%lu/%lu/%lu/%lu/%lu\n", count(s.extCheck),

@@ -1,10 +1,12 @@
 #include "shell/protocols.h"
 
+#include "egtb/registration.h"
 #include "hash/eval_hash.h"
 #include "hash/pawn_hash.h"
 #include "hash/transposition_table.h"
 #include "platform/platform.h"
 #include "shell/base/console.h"
+#include "shell/base/settings.h"
 #include "shell/extra_handler.h"
 #include "shell/uci_handler.h"
 #include "shell/winboard_handler.h"
@@ -44,6 +46,7 @@ void allocateTables() {
     transpositionTable.resize();
     evalHashTable.Allocate();
     pawnHashTable.Allocate();
+    InitTablebases(settings.egtbDir, settings.EGTBCacheBytes);
 }
 
 void logConnection(Application& app) {

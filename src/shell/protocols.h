@@ -8,7 +8,8 @@ namespace brivok {
 /// ExitProgram().
 [[noreturn]] void RunProtocols(Application& app);
 
-/// Makes all hash tables anew by the settings, empty; every handler does so when it starts.
+/// Makes all hash tables anew by the settings, empty, and looks for the endgame tables; every
+/// handler does so when it starts.
 void allocateTables();
 
 /// Notes in the log what standard input is.

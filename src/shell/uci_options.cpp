@@ -5,6 +5,7 @@
 
 #include "board/board.h"
 #include "board/piece_values.h"
+#include "egtb/registration.h"
 #include "hash/eval_hash.h"
 #include "hash/pawn_hash.h"
 #include "hash/transposition_table.h"
@@ -125,6 +126,7 @@ void setNalimovCache(const Option& option, const Words& words) {
     const std::int64_t value = parseInteger(valueOf(words));
     if (inRange(option, value))
         settings.EGTBCacheBytes = static_cast<std::uint32_t>(value) * Megabyte;
+    SetCacheSize(settings.EGTBCacheBytes);
 }
 
 /// All words from the value on, in lower case, joined by one space.
@@ -134,7 +136,10 @@ void setNalimovPath(const Option&, const Words& words) {
         if (i > ValueWord) path += " ";
         path += words[i];
     }
-    settings.egtbDir = lowerCase(path);
+    path = lowerCase(path);
+    if (path == settings.egtbDir) return;
+    settings.egtbDir = path;
+    InitTablebases(settings.egtbDir, settings.EGTBCacheBytes);
 }
 
 /// Opens or closes the log, unless it is so already.

@@ -5,6 +5,7 @@
 
 #include "board/board.h"
 #include "board/coordinate.h"
+#include "egtb/tablebase_probe.h"
 #include "eval/evaluate.h"
 #include "hash/eval_hash.h"
 #include "hash/transposition_table.h"
@@ -45,6 +46,23 @@ void setClock(std::uint32_t& clock, const std::string* word) {
 /// A move is told as "usermove e2e4", or bare; with a second word that one is the move.
 bool isMove(const std::vector<std::string>& words) {
     return words[0] == "usermove" || IsMoveText(words[0]);
+}
+
+/// The value of the position that each legal move leads to, for the side to move there and as at
+/// the root of a search; 0 when no table has it.
+void reportTablebases(Application& app, Board& board) {
+    constexpr int RootPly = 1;
+    MoveList moves;
+    generateForPosition(board, moves);
+    for (int i = 0, count = board.moveCount; i < count; ++i) {
+        board.makeMove(moves[i]);
+        if (!board.moverInCheck()) {
+            std::int32_t score = 0;
+            (void)TablebaseProbe(board, RootPly, score);
+            Print(app, "%s -> %d\n", moveToCoordinate(moves[i]).c_str(), score);
+        }
+        board.unmakeMove();
+    }
 }
 
 }  // namespace
@@ -105,6 +123,7 @@ const WinBoardHandler::Command WinBoardHandler::IdleCommands[] = {
      [](WinBoardHandler& self, const Line&) {
          Print(self.app, "Eval: %d\n", Evaluate(theBoard, -MateScore, MateScore));
      }},
+    {"tbrep", [](WinBoardHandler& self, const Line&) { reportTablebases(self.app, theBoard); }},
     {"protover", [](WinBoardHandler& self, const Line& line) { self.protover(line); }},
     {"time",
      [](WinBoardHandler&, const Line& line) { setClock(timeControl.ownTime, line.word(1)); }},

@@ -11,6 +11,8 @@ SETTINGS = "CreateLog: true\nOpeningsBook: false\n"
 STARTED = """## Allocated 65536 hash entries = 1048576 bytes
 ## Allocated 65536 ehash entries = 1048576 bytes
 ## Allocated 8192 phash entries = 589824 bytes
+## Checking for endgame tablebases in 
+## The Endgames Tablebases were don't found
 ## WB support started
 ## Conected with pipe
 """

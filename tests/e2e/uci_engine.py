@@ -21,11 +21,11 @@ SEARCH_OUTPUT = re.compile(
     rf"""|readyok|\#\#\ \(Think\)\ Left\ time:\ -?\d+\ Thinking\ time:\ \d+
     |info\ depth\ \d+\ seldepth\ \d+\ time\ \d+\ hashfull\ \d+\ score
         \ (?:mate\ -?\d+|cp\ -?\d+(?:\ (?:lower|upper)bound)?)
-        \ nodes\ \d+\ nps\ \d+\ hashfull\ \d+\ pv\ (?:{MOVE}\ )*{MOVE}?
-    |info\ currmove\ {MOVE}\ currmovenumber\ \d+\ nodes\ \d+\ hashfull\ \d+\ 
+        \ nodes\ \d+\ nps\ \d+\ hashfull\ \d+\ (?:tbhits\ \d+\ )?pv\ (?:{MOVE}\ )*{MOVE}?
+    |info\ currmove\ {MOVE}\ currmovenumber\ \d+\ nodes\ \d+\ hashfull\ \d+\ (?:\ tbhits\ \d+)?
     |info\ currmovenumber\ \d+\ currmove\ {MOVE}\ depth\ \d+\ seldepth\ \d+\ time\ \d+
-        \ nodes\ \d+\ nps\ \d+\ hashfull\ \d+\ 
-    |info\ nodes\ \d+\ nps\ \d+\ hashfull\ \d+\ 
+        \ nodes\ \d+\ nps\ \d+\ hashfull\ \d+\ (?:tbhits\ \d+)?
+    |info\ nodes\ \d+\ nps\ \d+\ hashfull\ \d+\ (?:\ tbhits\ \d+)?
     |\ \ \ \+(?:---\+){{8}}|\ [1-8]\ \|.*|\ {{5}}(?:[a-h#]\ {{3}}){{8}}""", re.X)
 
 

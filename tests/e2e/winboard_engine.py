@@ -11,7 +11,7 @@ LINE = rf"\d+\.\ (?:\.\.\.\ )?{SAN}\ (?:(?:\d+\.\ )?{SAN}\ )*(?:(?:\d+\.)?\ <{SA
 THINKING = re.compile(
     rf"""(?P<depth>[\s\d]\d)(?P<final>[ .])\ (?P<score>[\s\d-]{{4,5}}\d)\ [\s\d]{{6}}\d
     \ (?P<nodes>[\s\d]{{9}}\d)\ \ (?P<face>\ X-\(|:'-\(|\ :-\(|\ :-\||\ :-\)|:-\)\)|\ :-D)\ 
-    (?:(?P<pv>{LINE})(?P<extra>\[nps:\d+\|depth:\d+/\d+(?:\|BF:\d+\.\d\d)?\])
+    (?:(?P<pv>{LINE})(?P<extra>\[nps:\d+\|depth:\d+/\d+(?:\|BF:\d+\.\d\d)?(?:\|tbhits:\d+)?\])
     |\d+\.\ (?:\.\.\.\ )?(?P<first>{SAN})\ (?P<mark>\+\+|--))""", re.X)
 STATUS = re.compile(rf"stat01: \d+ \d+ \d+ \d+ \d+ ({SAN})?")
 # All that may come before "move" beside thinking lines.

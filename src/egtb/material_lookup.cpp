@@ -1,0 +1,87 @@
+#include "egtb/material_lookup.h"
+
+#include <cstdint>
+#include <string_view>
+#include <utility>
+
+#include "egtb/descriptors.h"
+
+namespace brivok {
+
+namespace {
+
+constexpr std::size_t Levels = std::tuple_size_v<PieceCounts>;  // one for each kind of man
+constexpr std::size_t LevelsOfSide = Levels / 2;
+constexpr std::size_t MostMen = 4;  // besides the kings
+
+/// How many ways there are to share out up to `men` men over `levels` counts.
+constexpr std::size_t waysToShare(std::size_t levels, std::size_t men) {
+    std::size_t ways = 1;
+    for (std::size_t i = 1; i <= men; ++i) ways = ways * (levels + i) / i;
+    return ways;
+}
+
+/// The counts are numbered level by level, and each man counted leaves a smaller table to the
+/// levels behind: entry [level][left][count] is the number of cases that come before `count` when
+/// `left` men may still be placed.
+constexpr auto Skipped = [] {
+    std::array<std::array<std::array<std::uint16_t, MostMen + 1>, MostMen + 1>, Levels> skipped{};
+    for (std::size_t level = 0; level < Levels; ++level) {
+        for (std::size_t left = 0; left <= MostMen; ++left) {
+            std::size_t before = 0;
+            for (std::size_t count = 0; count <= left; ++count) {
+                skipped[level][left][count] = static_cast<std::uint16_t>(before);
+                before += waysToShare(Levels - 1 - level, left - count);
+            }
+        }
+    }
+    return skipped;
+}();
+
+constexpr std::size_t Places = waysToShare(Levels, MostMen);
+std::array<std::int16_t, Places> tableIds{};
+
+/// The number of these counts, `Places` when there are too many men.
+std::size_t placeOf(const PieceCounts& counts) {
+    std::size_t place = 0;
+    std::size_t left = MostMen;
+    for (std::size_t level = 0; level < Levels; ++level) {
+        const auto count = static_cast<std::size_t>(counts[level]);
+        if (count > left) return Places;
+        place += Skipped[level][left][count];
+        left -= count;
+    }
+    return place;
+}
+
+PieceCounts countsOf(std::string_view signature) {
+    constexpr std::string_view Letters = "pnbrq";  // in the order of the counts
+    PieceCounts counts{};
+    std::size_t sidesBegun = 0;
+    for (const char letter : signature) {
+        if (letter == 'k') {
+            ++sidesBegun;
+        } else {
+            ++counts[(sidesBegun - 1) * LevelsOfSide + Letters.find(letter)];
+        }
+    }
+    return counts;
+}
+
+}  // namespace
+
+int TableIdFromCounts(const PieceCounts& counts) {
+    const std::size_t place = placeOf(counts);
+    return place < Places ? tableIds[place] : 0;
+}
+
+void addToMaterialLookup(int id) {
+    const TablebaseDescriptor& table = tablebaseDescriptors[static_cast<std::size_t>(id)];
+    PieceCounts counts = countsOf(table.signature());
+    tableIds[placeOf(counts)] = static_cast<std::int16_t>(id);
+    if ((table.flags & SameForBoth) != 0) return;
+    std::swap_ranges(counts.begin(), counts.begin() + LevelsOfSide, counts.begin() + LevelsOfSide);
+    tableIds[placeOf(counts)] = static_cast<std::int16_t>(-id);
+}
+
+}  // namespace brivok

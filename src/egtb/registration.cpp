@@ -1,0 +1,252 @@
+#include "egtb/registration.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <new>
+#include <utility>
+
+#include "egtb/block_cache.h"
+#include "egtb/material_lookup.h"
+#include "egtb/table_files.h"
+#include "egtb/table_index.h"
+#include "egtb/tablebase_probe.h"
+#include "shell/base/application.h"
+#include "shell/base/console.h"
+
+namespace brivok {
+
+namespace {
+
+constexpr std::size_t LongestDirectory = 1023;  // characters
+
+/// The last tables of so many men.
+constexpr int LastOf3Men = 5;
+constexpr int LastOf4Men = 35;
+constexpr int LastOf5Men = 145;
+
+/// Compressed files of tables up to here may have names of eight letters plus three.
+constexpr int LastShortName = 110;
+
+/// Files found since the start of the program; never reset.
+int compressedFiles = 0;
+
+/// A damaged table must not be mistaken for a missing one. The process ends on the spot, with all
+/// streams flushed, and nothing above is told.
+[[noreturn]] void endWith(const std::string& text) {
+    PrintUnlogged("*** " + text + "\n");
+    std::fflush(nullptr);
+    std::_Exit(1);
+}
+
+template <class Object>
+std::unique_ptr<Object> makeOrNone() {
+    try {
+        return std::make_unique<Object>();
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+std::string wordsFor(DatacompFailure failure) {
+    switch (failure) {
+        case DatacompFailure::Read: return "read error";
+        case DatacompFailure::OutOfMemory: return "out of memory";
+        case DatacompFailure::Broken: return "file broken";
+        default: return "error " + std::to_string(static_cast<int>(failure));
+    }
+}
+
+/// One file that a table can have, and the names that it can go by.
+struct FileSlot {
+    const TablebaseDescriptor& table;
+    std::size_t side;
+    std::size_t part;
+
+    [[nodiscard]] bool isSplit() const { return (table.flags & Split) != 0; }
+    [[nodiscard]] std::uint64_t size() const { return table.size[side]; }
+    [[nodiscard]] std::uint64_t entryBytes() const { return (table.flags & TwoByte) != 0 ? 2 : 1; }
+
+    /// Without a separator before it.
+    [[nodiscard]] std::string extension() const { return side == 0 ? "nbw" : "nbb"; }
+
+    [[nodiscard]] std::string stem(std::string_view dir) const {
+        constexpr std::string_view PartLetters = "0123456789abcdefgh";
+        std::string path(dir);
+        if (!path.empty() && path.back() != '/') path += '/';
+        path += table.signature();
+        if (isSplit()) path += std::string(".") + PartLetters[part];
+        return path;
+    }
+};
+
+/// The decoded length of a compressed file, in entries.
+std::uint64_t entriesIn(const DatacompFile& decoder, const FileSlot& slot) {
+    const auto blocks = static_cast<std::uint64_t>(decoder.blockCount);
+    const auto last = static_cast<std::uint64_t>(decoder.lastBlockSize);
+    return (blocks - 1) * (ChunkBytes / slot.entryBytes()) + last / slot.entryBytes();
+}
+
+/// The file must hold all entries of its side or, of a split table, a whole part or the rest.
+void checkLength(const std::string& path, const FileSlot& slot, std::uint64_t length) {
+    std::uint64_t whole = slot.size();
+    std::uint64_t rest = slot.size();
+    if (whole == 0) return;
+    if (slot.isSplit()) {
+        whole = (std::uint64_t{1} << PartBytesLog) / slot.entryBytes();
+        rest %= whole;
+    }
+    if (length == whole || length == rest) return;
+    endWith(path + " corrupted " + std::to_string(whole) + " " + std::to_string(rest) + " " +
+            std::to_string(length));
+}
+
+void checkPlainFile(const std::string& path, const FileSlot& slot, std::FILE* file) {
+    // Larger files are believed: their length need not fit a long.
+    if (slot.entryBytes() != 1 || slot.size() >= std::uint64_t{1} << 31U) return;
+    const long length = std::fseek(file, 0, SEEK_END) == 0 ? std::ftell(file) : -1;
+    if (length < 0) endWith("Seek in " + path + " failed");
+    checkLength(path, slot, static_cast<std::uint64_t>(length));
+}
+
+std::unique_ptr<DatacompFile> readHeader(const std::string& path, const FileSlot& slot,
+                                         std::FILE* file) {
+    std::unique_ptr<DatacompFile> decoder;
+    const DatacompFailure failure = OpenDatacompFile(file, decoder);
+    if (failure != DatacompFailure::None) {
+        endWith("Unable to read " + path + " - " + wordsFor(failure));
+    }
+    if (decoder->blockSize != static_cast<std::int32_t>(ChunkBytes)) {
+        endWith(path + ": Unsupported block size " + std::to_string(decoder->blockSize));
+    }
+    checkLength(path, slot, entriesIn(*decoder, slot));
+    return decoder;
+}
+
+/// Opens the compressed file under the first of its names; none if there is none.
+TableFile openCompressed(const FileSlot& slot, std::string_view dir, std::string& path) {
+    const std::string stem = slot.stem(dir);
+    const std::string extension = slot.extension();
+    const std::pair<bool, std::string> names[] = {
+        {true, stem + "." + extension + ".emd"},
+        {!slot.isSplit(), stem + "_" + extension + ".emd"},
+        {!slot.isSplit(), stem + "_" + extension + "_emd"},
+        {slot.table.id <= LastShortName, stem + extension + ".emd"}};
+    for (const auto& [allowed, name] : names) {
+        if (!allowed) continue;
+        if (TableFile file = openTableFile(name)) {
+            path = name;
+            return file;
+        }
+    }
+    return nullptr;
+}
+
+bool RegisterFile(const FileSlot& slot, std::string_view dir) {
+    std::unique_ptr<TableSide>& files = tableSides[static_cast<unsigned>(slot.table.id)][slot.side];
+    if (files != nullptr && !files->parts[slot.part].fileName.empty()) return true;
+
+    std::string path = slot.stem(dir) + "." + slot.extension();
+    std::unique_ptr<DatacompFile> decoder;
+    if (const TableFile plain = openTableFile(path)) {
+        checkPlainFile(path, slot, plain.get());
+    } else if (const TableFile packed = openCompressed(slot, dir, path)) {
+        ++compressedFiles;
+        decoder = readHeader(path, slot, packed.get());
+    } else {
+        return false;
+    }
+
+    addToMaterialLookup(slot.table.id);
+    if (files == nullptr) files = makeOrNone<TableSide>();
+    if (files == nullptr) {
+        endWith("Cannot allocate " + std::to_string(sizeof(TableSide)) + " bytes of memory");
+    }
+    TablePart& part = files->parts[slot.part];
+    part.fileName = std::move(path);
+    part.decoder = std::move(decoder);
+    return true;
+}
+
+bool RegisterTableSide(const TablebaseDescriptor& table, std::size_t side, std::string_view dir) {
+    const std::size_t parts = partCount(table, static_cast<int>(side));
+    std::size_t part = 0;
+    while (part < parts && RegisterFile({table, side, part}, dir)) ++part;
+    return part > 0;
+}
+
+/// Returns the largest id that has a file.
+int registerDirectory(std::string_view dir) {
+    int largest = 0;
+    for (const TablebaseDescriptor& table : tablebaseDescriptors) {
+        if (table.id == 0) continue;
+        const std::size_t sides = (table.flags & SameForBoth) != 0 ? 1 : 2;
+        for (std::size_t side = 0; side < sides; ++side) {
+            if (RegisterTableSide(table, side, dir)) largest = table.id;
+        }
+    }
+    return largest;
+}
+
+int menOf(int id) {
+    if (id > LastOf5Men) return 6;
+    if (id > LastOf4Men) return 5;
+    if (id > LastOf3Men) return 4;
+    return id > 0 ? 3 : 0;
+}
+
+}  // namespace
+
+void InitTablebases(const std::string& dir, std::uint32_t cacheBytes) {
+    TablebaseState& state = tablebases;
+    if (!state.tbDirectories.empty() && state.tbDirectories == dir) return;
+    state.tbDirectories = dir;
+    LogOnly(*theApplication, "Checking for endgame tablebases in %s\n", dir.c_str());
+    state.tbMaxMen = RegisterTables(dir);
+    if (state.tbMaxMen != 0) {
+        LogOnly(*theApplication, "Using %d-men Nalimov's Endgame Tablebases\n", state.tbMaxMen);
+        SetCacheSize(cacheBytes);
+    } else {
+        LogOnly(*theApplication, "The Endgames Tablebases were don't found\n");
+    }
+}
+
+void SetCacheSize(std::uint32_t bytes) {
+    if (tablebases.tbMaxMen == 0) return;
+    tablebases.tbCacheBytes = bytes;
+    if (!blockCache.InitCache(bytes) && bytes != 0) {
+        LogOnly(*theApplication, "I couldn't allocate EGTB cache\n");
+        ExitProgram(1);
+    }
+    if (theApplication->currentProtocol != Protocol::Uci) {
+        LogOnly(*theApplication, "Allocated %u bytes for EGTB cache\n", bytes);
+    }
+}
+
+int RegisterTables(std::string_view dir) {
+    blockCache.ResetCache();
+    CloseTableFiles();
+    for (TableSides& sides : tableSides) sides = {};
+    decodeScratch.reset();
+
+    int largest = 0;
+    for (bool more = true; more;) {
+        const std::size_t end = dir.find_first_of(",;");
+        largest =
+            std::max(largest, registerDirectory(dir.substr(0, std::min(end, LongestDirectory))));
+        more = end != std::string_view::npos;
+        if (more) dir.remove_prefix(end + 1);
+    }
+
+    if (largest != 0) prepareTableIndex();
+    if (compressedFiles != 0) {
+        decodeScratch = makeOrNone<DecodeScratch>();
+        if (decodeScratch == nullptr) {
+            endWith("Cannot allocate decode block: error code " +
+                    std::to_string(static_cast<int>(DatacompFailure::OutOfMemory)));
+        }
+    }
+    return menOf(largest);
+}
+
+}  // namespace brivok

@@ -1,0 +1,37 @@
+#include "egtb/table_files.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+namespace brivok {
+
+std::array<TableSides, TableCount> tableSides;
+std::unique_ptr<DecodeScratch> decodeScratch;
+
+std::size_t partCount(const TablebaseDescriptor& table, int side) {
+    if ((table.flags & Split) == 0) return 1;
+    const std::uint64_t entries = table.size[static_cast<unsigned>(side)];
+    const std::uint64_t bytes = (table.flags & TwoByte) != 0 ? entries * 2 : entries;
+    return std::min<std::size_t>((bytes >> PartBytesLog) + 1, MaxParts);
+}
+
+TableFile openTableFile(const std::string& path) {
+    // A folder can be opened as well, and a named pipe would block.
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) return nullptr;
+    TableFile file(std::fopen(path.c_str(), "rb"));
+    if (file != nullptr) std::setvbuf(file.get(), nullptr, _IONBF, 0);
+    return file;
+}
+
+void CloseTableFiles() {
+    for (TableSides& sides : tableSides) {
+        for (const std::unique_ptr<TableSide>& side : sides) {
+            if (side == nullptr) continue;
+            for (TablePart& part : side->parts) part.file.reset();
+        }
+    }
+}
+
+}  // namespace brivok
