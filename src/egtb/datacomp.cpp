@@ -6,6 +6,7 @@
 #include <limits>
 #include <new>
 #include <span>
+#include <utility>
 
 #include "egtb/seek.h"
 
@@ -147,11 +148,12 @@ constexpr std::size_t PlainLengthCodes = 128;
     return complete ? DatacompFailure::None : DatacompFailure::Broken;
 }
 
-/// Copies `length` (1 or more) bytes from `distance` back, where source and destination may
-/// overlap, in groups: up to 16 bytes for a length of 16, otherwise up to 7 more than the length.
+/// Copies `length` bytes, at least one, from `distance` back, where source and destination may
+/// overlap. Works in groups and so writes up to seven bytes more.
 void copyMatch(std::uint8_t* to, std::size_t distance, std::size_t length) {
     constexpr std::size_t Group = 8;
-    /// The smallest multiples of the distances below a group that make up a group.
+    static_assert(datacomp::LooseMatch + Group <= DecodeSlack);
+    // For distances below a group: the smallest multiple that is not below it.
     constexpr std::array<std::uint8_t, Group> repeated = {0, 8, 8, 9, 8, 10, 12, 14};
     std::uint8_t* const end = to + length;
     if (distance < Group) {

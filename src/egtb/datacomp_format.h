@@ -16,10 +16,8 @@
 /// and the blocks follow. A size of 0 stands for the full block.
 namespace brivok::datacomp {
 
-using namespace std::string_view_literals;
-inline constexpr std::string_view Signature =
-    "Compressed by DATACOMP v 1.0 (c) 1991--1998 Tomasz Velbrin\r\n\0\0\0\0"sv;
-static_assert(Signature.size() == 64);
+inline constexpr std::string_view Signature{
+    "Compressed by DATACOMP v 1.0 (c) 1991--1998 Tomasz Velbrin\r\n\0\0\0\0", 64};
 
 inline constexpr std::size_t HeaderSizeOffset = 64;  ///< 32 bits, the checksum at the end included
 inline constexpr std::size_t BlockLogOffset = 70;    ///< a byte, log2 of the block size
