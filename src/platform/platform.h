@@ -11,6 +11,9 @@ namespace brivok::platform {
 /// True when standard input is a terminal, false for a pipe or a file.
 [[nodiscard]] bool inputIsTerminal();
 
+/// True when standard error is a terminal.
+[[nodiscard]] bool errorIsTerminal();
+
 /// True when a read of standard input would not block: bytes wait, or the other end is closed.
 [[nodiscard]] bool inputReady();
 

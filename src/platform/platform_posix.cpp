@@ -12,6 +12,8 @@ namespace brivok::platform {
 
 bool inputIsTerminal() { return ::isatty(STDIN_FILENO) == 1; }
 
+bool errorIsTerminal() { return ::isatty(STDERR_FILENO) == 1; }
+
 bool inputReady() {
     pollfd input{STDIN_FILENO, POLLIN, 0};
     return ::poll(&input, 1, 0) > 0;

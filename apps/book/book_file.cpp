@@ -1,0 +1,94 @@
+#include "book_file.h"
+
+#include <array>
+
+#include "annotation.h"
+#include "book_error.h"
+
+namespace brivok {
+
+namespace {
+
+using RecordImage = std::array<unsigned char, BookRecord::Bytes>;
+
+/// The bytes of a record as recordFromBytes() reads them.
+RecordImage imageOf(const BookRecord& record) {
+    RecordImage image;
+    std::size_t at = 0;
+    const auto append = [&](std::uint64_t value, int bytes) {
+        for (; bytes > 0; --bytes, value >>= 8U) {
+            image[at++] = static_cast<unsigned char>(value & 0xFFU);
+        }
+    };
+    append(record.key, 8);
+    for (const std::uint32_t word :
+         {record.whiteWins, record.blackWins, record.draws, record.annotation}) {
+        append(word, 4);
+    }
+    return image;
+}
+
+}  // namespace
+
+std::filesystem::path bookTarget(const std::string& name) {
+    std::error_code unknown;
+    if (!std::filesystem::exists(name, unknown)) return name;
+    if (!std::filesystem::is_regular_file(name, unknown)) {
+        throw BookError(name + " is there and no plain file");
+    }
+    return std::filesystem::canonical(name);
+}
+
+BookWriter::BookWriter(const std::string& name)
+    : target(bookTarget(name)), fresh(makeFileBeside(target)) {}
+
+BookWriter::~BookWriter() {
+    if (fresh.path.empty()) return;
+    fresh.file.reset();
+    std::error_code unknown;
+    std::filesystem::remove(fresh.path, unknown);
+}
+
+void BookWriter::add(const BookRecord& record) {
+    interrupt.check();
+    const RecordImage image = imageOf(record);
+    if (std::fwrite(image.data(), 1, image.size(), fresh.file.get()) != image.size()) {
+        failWithErrno("cannot write " + target.string());
+    }
+    ++records;
+}
+
+void BookWriter::commit() {
+    // Closing writes what still waits in the buffer, and may fail at that.
+    if (std::fclose(fresh.file.release()) != 0) failWithErrno("cannot write " + target.string());
+    interrupt.check();
+    std::filesystem::rename(fresh.path, target);
+    fresh.path.clear();
+}
+
+BookReader::BookReader(const std::string& name) : fileName(name), file(openForReading(name)) {}
+
+bool BookReader::next(BookRecord& record) {
+    RecordImage image;
+    const std::size_t count = std::fread(image.data(), 1, image.size(), file.get());
+    if (std::ferror(file.get()) != 0) failWithErrno("cannot read " + fileName);
+    if (count == 0) return false;
+    if (count < image.size()) fault("the file ends within it");
+    record = recordFromBytes(image);
+    if (records > 0 && record.key == lastKey) fault("its key is that of the one before");
+    if (records > 0 && record.key < lastKey) fault("its key is below that of the one before");
+    if (gamesOf(record) == 0) fault("it has no games");
+    if (record.annotation != NoAnnotation && AnnotationText(record.annotation).empty()) {
+        fault("its annotation " + std::to_string(record.annotation) + " is unknown");
+    }
+    lastKey = record.key;
+    ++records;
+    return true;
+}
+
+void BookReader::fault(const std::string& text) const {
+    throw BookError(fileName + ": record " + std::to_string(records + 1) + " (byte " +
+                    std::to_string(records * BookRecord::Bytes) + "): " + text);
+}
+
+}  // namespace brivok

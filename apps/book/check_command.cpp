@@ -1,0 +1,103 @@
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+#include "board/board.h"
+#include "book_file.h"
+#include "commands.h"
+#include "movegen/generate.h"
+#include "movegen/legal_moves.h"
+
+namespace brivok {
+
+namespace {
+
+/// The records that moves of the book lead to, from the start position on. Goes through them by
+/// rising distance and keeps for each the move that has found it, so that the way to any of them
+/// can be played again.
+class Reach {
+public:
+    explicit Reach(std::vector<std::uint64_t> sortedKeys)
+        : keys(std::move(sortedKeys)), steps(keys.size()) {}
+
+    /// Returns the number of records found. The board ends in the start position.
+    std::uint64_t walk(Board& board) {
+        board.NewGame();
+        lookAround(board, Start);
+        // What is found on the way is looked at in its turn: the list grows meanwhile.
+        for (std::size_t next = 0; next < found.size(); ++next) {
+            playWayTo(board, found[next]);
+            if (board.ply < MaxBookPlies) lookAround(board, found[next]);
+            while (board.ply > 0) board.unmakeMove();
+        }
+        return found.size();
+    }
+
+private:
+    using Index = std::uint32_t;
+    static constexpr Index Start = ~Index{0};
+
+    struct Step {
+        Index from = Start;
+        Move move = NoMove;  ///< none as long as the record is not found
+    };
+
+    void playWayTo(Board& board, Index record) {
+        way.clear();
+        for (Index at = record; at != Start; at = steps[at].from) way.push_back(steps[at].move);
+        for (; !way.empty(); way.pop_back()) board.makeMove(way.back());
+    }
+
+    /// Finds the records behind the position at hand, which is that of a record or the start.
+    void lookAround(Board& board, Index from) {
+        MoveList list;
+        generateForPosition(board, list);
+        for (int i = 0, moves = board.moveCount; i < moves; ++i) {
+            board.makeMove(list[i]);
+            if (!board.moverInCheck()) enter(board.hashKey, {from, list[i]});
+            board.unmakeMove();
+        }
+    }
+
+    void enter(std::uint64_t key, Step step) {
+        const auto place = std::ranges::lower_bound(keys, key);
+        if (place == keys.end() || *place != key) return;
+        const auto index = static_cast<Index>(place - keys.begin());
+        if (steps[index].move != NoMove) return;
+        steps[index] = step;
+        found.push_back(index);
+    }
+
+    std::vector<std::uint64_t> keys;
+    std::vector<Step> steps;   ///< by record
+    std::vector<Index> found;  ///< in the order of finding
+    std::vector<Move> way;     ///< backwards
+};
+
+}  // namespace
+
+void checkBook(const std::string& book, bool walk) {
+    BookReader reader(book);
+    std::vector<std::uint64_t> keys;
+    std::uint64_t games = 0;
+    std::uint64_t most = 0;
+    for (BookRecord record; reader.next(record);) {
+        keys.push_back(record.key);
+        games += gamesOf(record);
+        most = std::max(most, gamesOf(record));
+    }
+
+    const auto print = [](std::uint64_t value, const char* text) {
+        std::printf("%12llu %s\n", static_cast<unsigned long long>(value), text);
+    };
+    std::printf("%s is a sound book\n", book.c_str());
+    print(reader.recordCount(), "records");
+    if (walk) {
+        print(Reach(std::move(keys)).walk(theBoard),
+              "of them reached from the start position by moves of the book alone");
+    }
+    print(games, "games in all records together");
+    print(most, "games in the record with the most");
+}
+
+}  // namespace brivok

@@ -1,0 +1,140 @@
+#include "san_reader.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "movegen/generate.h"
+#include "movegen/legal_moves.h"
+
+namespace brivok {
+
+namespace {
+
+/// What a move must look like; what is not set is left open.
+struct Pattern {
+    std::optional<Kind> kind;
+    std::optional<int> fromFile, fromRow;
+    std::optional<Square> to;
+    std::optional<Kind> promotion;
+    std::uint32_t castle = NoCastling;
+
+    [[nodiscard]] bool fits(Move move) const {
+        const Square from = moveFrom(move);
+        if (castle != NoCastling) return moveCastle(move) == castle;
+        if (moveTo(move) != to) return false;
+        if (kind && kindOf(movePiece(move)) != kind) return false;
+        if (fromFile && fileOf(from) != fromFile) return false;
+        if (fromRow && rowOf(from) != fromRow) return false;
+        // A castling by its squares names both.
+        if (moveCastle(move) != NoCastling && !(fromFile && fromRow)) return false;
+        if (movePromotion(move) == Empty) return !promotion;
+        return kindOf(movePromotion(move)) == promotion.value_or(Kind::Queen);
+    }
+};
+
+std::optional<Kind> kindOfLetter(char letter) {
+    switch (letter) {
+        case 'P': return Kind::Pawn;
+        case 'N': return Kind::Knight;
+        case 'B': return Kind::Bishop;
+        case 'R': return Kind::Rook;
+        case 'Q': return Kind::Queen;
+        case 'K': return Kind::King;
+        default: return std::nullopt;
+    }
+}
+
+constexpr bool isFile(char c) { return c >= 'a' && c <= 'h'; }
+constexpr bool isRank(char c) { return c >= '1' && c <= '8'; }
+
+/// Signs that may stand behind a move and tell nothing about it.
+constexpr std::string_view Trailing = "+#=-/:@.";
+
+std::string_view withoutTail(std::string_view text) {
+    for (const std::string_view tail : {"e.p.", "e.p", "ep"}) {
+        if (text.ends_with(tail)) text.remove_suffix(tail.size());
+    }
+    return text.substr(0, text.find_last_not_of(Trailing) + 1);
+}
+
+std::uint32_t castleOf(std::string_view text) {
+    std::string_view shape = "O-O-O";
+    if (text.size() == 3) shape = shape.substr(0, 3);
+    const bool fits = std::ranges::equal(text, shape, [](char c, char wanted) {
+        return c == wanted || (wanted == 'O' && (c == '0' || c == 'o'));
+    });
+    if (!fits) return NoCastling;
+    return text.size() == 3 ? KingSide : QueenSide;
+}
+
+/// Cuts the piece promoted to off the end of a pawn's move. False for a letter that is no piece.
+bool takePromotion(std::string_view& text, std::optional<Kind>& promotion) {
+    if (text.ends_with(')')) text.remove_suffix(1);
+    if (text.empty() || isRank(text.back())) return true;
+    const char letter = text.back();
+    promotion = kindOfLetter(letter >= 'a' ? static_cast<char>(letter - 'a' + 'A') : letter);
+    text.remove_suffix(1);
+    if (!text.empty() && std::string_view("=(/").find(text.back()) != std::string_view::npos) {
+        text.remove_suffix(1);
+    }
+    return promotion.has_value();
+}
+
+std::optional<Pattern> parse(std::string_view text) {
+    Pattern pattern;
+    text = withoutTail(text);
+    pattern.castle = castleOf(text);
+    if (pattern.castle != NoCastling) return pattern;
+    if (text.empty()) return std::nullopt;
+
+    pattern.kind = kindOfLetter(text.front());
+    if (pattern.kind) text.remove_prefix(1);
+    if (!takePromotion(text, pattern.promotion)) return std::nullopt;
+
+    // What is left are squares or parts of them, with a sign between the two or before the one.
+    if (text.size() < 2 || !isRank(text.back()) || !isFile(text[text.size() - 2])) {
+        return std::nullopt;
+    }
+    pattern.to = squareAt(text[text.size() - 2] - 'a', '8' - text.back());
+    text.remove_suffix(2);
+    bool capture = false;
+    if (!text.empty() && std::string_view("x:-").find(text.back()) != std::string_view::npos) {
+        capture = text.back() != '-';
+        text.remove_suffix(1);
+    }
+    if (!text.empty() && isFile(text.front())) {
+        pattern.fromFile = text.front() - 'a';
+        text.remove_prefix(1);
+    }
+    if (!text.empty() && isRank(text.front())) {
+        pattern.fromRow = '8' - text.front();
+        text.remove_prefix(1);
+    }
+    if (!text.empty()) return std::nullopt;
+
+    // Without a letter it is a pawn, unless the whole square of departure is there; a pawn that
+    // takes nothing stays on its file.
+    if (!pattern.kind && !(pattern.fromFile && pattern.fromRow)) pattern.kind = Kind::Pawn;
+    if (pattern.kind == Kind::Pawn && !pattern.fromFile && !capture) {
+        pattern.fromFile = fileOf(*pattern.to);
+    }
+    return pattern;
+}
+
+}  // namespace
+
+SanReading readSan(Board& board, std::string_view text) {
+    const std::optional<Pattern> pattern = parse(text);
+    if (!pattern) return {NoMove, "no move text"};
+    MoveList list;
+    generateForPosition(board, list);
+    Move found = NoMove;
+    for (int i = 0, count = board.moveCount; i < count; ++i) {
+        if (!pattern->fits(list[i]) || !leavesKingSafe(board, list[i])) continue;
+        if (found != NoMove) return {NoMove, "ambiguous move"};
+        found = list[i];
+    }
+    return {found, found == NoMove ? "illegal move" : ""};
+}
+
+}  // namespace brivok
