@@ -1,0 +1,168 @@
+// Endgame tables: the index of a position, probes through the cache, the decoding of packed files.
+// BRIVOK_TABLES names a folder of plain tables, BRIVOK_PACKED one of compressed tables; a benchmark
+// without its folder is skipped.
+
+#include <benchmark/benchmark.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "board/board.h"
+#include "board/piece_values.h"
+#include "egtb/block_cache.h"
+#include "egtb/registration.h"
+#include "egtb/table_files.h"
+#include "egtb/table_index.h"
+#include "egtb/tablebase_probe.h"
+#include "shell/base/application.h"
+#include "shell/base/settings.h"
+
+namespace brivok {
+namespace {
+
+constexpr std::size_t PositionCount = 20'000;
+constexpr int FirstFourMen = 6;
+constexpr int LastFourMen = 35;
+constexpr std::uint32_t WholeSet = 256 * Megabyte;  ///< holds every chunk of the set
+constexpr std::uint32_t SmallCache = Megabyte;
+
+void prepareEngine() {
+    static const bool done = [] {
+        buildStaticTables();
+        RefreshPieceValues();
+        theApplication = std::make_unique<Application>();
+        prepareTableIndex();
+        return true;
+    }();
+    benchmark::DoNotOptimize(done);
+}
+
+struct Sample {
+    int id;
+    int side;
+    TablePosition position;
+};
+
+/// Positions drawn from all tables of these ids; each has an entry in its table.
+std::vector<Sample> samples(int firstId, int lastId) {
+    std::mt19937_64 generator(1);
+    std::vector<Sample> drawn;
+    while (drawn.size() < PositionCount) {
+        Sample sample{};
+        sample.id = std::uniform_int_distribution<int>(firstId, lastId)(generator);
+        sample.side = static_cast<int>(generator() % 2);
+        const std::uint64_t index = generator() % tableIndexCount(sample.id, sample.side);
+        if (tablePosition(sample.id, sample.side, index, sample.position)) drawn.push_back(sample);
+    }
+    return drawn;
+}
+
+/// The position as the search has it.
+std::string fenOf(const Sample& sample) {
+    std::array<char, 64> men;
+    men.fill('1');
+    const TablebaseDescriptor& table = tablebaseDescriptors[static_cast<std::size_t>(sample.id)];
+    const std::string signature(table.signature());
+    const std::size_t secondKing = signature.rfind('k');
+    std::array<std::size_t, 10> used{};
+    for (std::size_t i = 0; i < signature.size(); ++i) {
+        const bool first = i < secondKing;
+        const PieceList& list = first ? sample.position.first : sample.position.second;
+        const std::size_t type = std::string("pnbrqk").find(signature[i]);
+        const std::size_t slot =
+            type * SlotsPerType + (type < 5 ? used[type + (first ? 0 : 5)]++ : 0);
+        men[list[slot]] = first ? static_cast<char>(std::toupper(signature[i])) : signature[i];
+    }
+    std::string fen;
+    for (std::size_t rank = 8; rank-- > 0;) {
+        fen.append(&men[rank * 8], 8);
+        fen += rank > 0 ? "/" : sample.side == 0 ? " w - - 0 1" : " b - - 0 1";
+    }
+    return fen;
+}
+
+/// False, with the state told, when the environment names no folder or there is nothing in it.
+bool openTables(benchmark::State& state, const char* variable, std::uint32_t cacheBytes) {
+    prepareEngine();
+    const char* const folder = std::getenv(variable);
+    if (folder == nullptr) {
+        state.SkipWithError((std::string(variable) + " names no folder").c_str());
+        return false;
+    }
+    InitTablebases("", 0);
+    InitTablebases(folder, cacheBytes);
+    if (tablebases.tbMaxMen < 4) state.SkipWithError("no tables of four men");
+    return tablebases.tbMaxMen >= 4;
+}
+
+void indexes(benchmark::State& state, int firstId, int lastId) {
+    prepareEngine();
+    const std::vector<Sample> drawn = samples(firstId, lastId);
+    std::size_t next = 0;
+    for (auto _ : state) {
+        const Sample& s = drawn[next];
+        next = next + 1 == drawn.size() ? 0 : next + 1;
+        benchmark::DoNotOptimize(
+            tableIndex(s.id, s.side, s.position.first, s.position.second, s.position.ep, 0));
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK_CAPTURE(indexes, FourMen, FirstFourMen, LastFourMen);
+BENCHMARK_CAPTURE(indexes, FiveMen, 36, 145);
+BENCHMARK_CAPTURE(indexes, SixMen, 146, 440);
+
+/// Whole probes, from boards, in random order over the four-men set.
+void probes(benchmark::State& state, const char* variable, std::uint32_t cacheBytes) {
+    if (!openTables(state, variable, cacheBytes)) return;
+    static std::vector<Board> boards = [] {
+        std::vector<Board> made;
+        made.reserve(PositionCount / 10);
+        for (const Sample& sample : samples(FirstFourMen, LastFourMen)) {
+            if (made.size() == made.capacity()) break;
+            theBoard.setPositionFromFen(fenOf(sample));
+            made.push_back(theBoard);
+        }
+        return made;
+    }();
+    std::int32_t score = 0;
+    for (const Board& board : boards) benchmark::DoNotOptimize(TablebaseProbe(board, 1, score));
+    std::size_t next = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(TablebaseProbe(boards[next], 1, score));
+        next = next + 1 == boards.size() ? 0 : next + 1;
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK_CAPTURE(probes, PlainWarm, "BRIVOK_TABLES", WholeSet);
+BENCHMARK_CAPTURE(probes, PlainSmallCache, "BRIVOK_TABLES", SmallCache);
+BENCHMARK_CAPTURE(probes, PackedWarm, "BRIVOK_PACKED", WholeSet);
+BENCHMARK_CAPTURE(probes, PackedSmallCache, "BRIVOK_PACKED", SmallCache);
+
+/// Every chunk of every table of the folder once, through a cache that keeps none of them.
+void decoding(benchmark::State& state) {
+    if (!openTables(state, "BRIVOK_PACKED", SmallCache)) return;
+    std::int64_t bytes = 0;
+    for (auto _ : state) {
+        for (const TablebaseDescriptor& table : tablebaseDescriptors) {
+            for (int side = 0; side < 2; ++side) {
+                const auto id = static_cast<std::size_t>(table.id);
+                if (tableSides[id][static_cast<std::size_t>(side)] == nullptr) continue;
+                const std::uint64_t size = table.size[static_cast<std::size_t>(side)];
+                for (std::uint64_t at = 0; at < size; at += ChunkBytes) {
+                    benchmark::DoNotOptimize(blockCache.ReadCacheByte(
+                        table.id, side, static_cast<std::uint32_t>(at / ChunkBytes), 0));
+                }
+                bytes += static_cast<std::int64_t>(size);
+            }
+        }
+    }
+    state.SetBytesProcessed(bytes);
+}
+BENCHMARK(decoding)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace brivok
