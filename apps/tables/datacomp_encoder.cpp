@@ -1,0 +1,234 @@
+#include "datacomp_encoder.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <mutex>
+#include <string_view>
+
+#include "bit_writer.h"
+#include "parallel.h"
+
+namespace brivok::tables {
+namespace {
+
+constexpr std::string_view Signature =
+    "Compressed by DATACOMP v 1.0 (c) 1991--1998 Tomasz Velbrin\r\n";
+constexpr std::size_t SignatureSize = 64;  // zeros after the text
+constexpr std::uint32_t FormatMark = 0x004001F5;
+
+/// The format allows 31. At 15 a decoder that refills 16 bits at a time always has a whole code,
+/// and the loss is some thousandths of a percent.
+constexpr unsigned LongestCode = 15;
+
+constexpr unsigned LearningRounds = 5;
+
+constexpr auto checksumTable = [] {
+    std::array<std::uint32_t, 256> table{};
+    for (std::uint32_t byte = 0; byte < table.size(); ++byte) {
+        std::uint32_t entry = byte;
+        // The usual check of a low bit, the other way round.
+        for (int bit = 0; bit < 8; ++bit) entry = entry >> 1 ^ ((entry & 1) != 0 ? 0 : 0xEDB88320);
+        table[byte] = entry;
+    }
+    return table;
+}();
+
+void putBigEndian(Bytes& bytes, std::uint32_t value) {
+    for (int shift = 24; shift >= 0; shift -= 8) {
+        bytes.push_back(static_cast<std::uint8_t>(value >> shift));
+    }
+}
+
+/// Cost of a block as it is.
+std::int32_t plainCost(ByteSpan block) {
+    return static_cast<std::int32_t>(block.size() * 8 * CostUnit);
+}
+
+/// Costs to begin with: about what a table's symbols have.
+SymbolCosts firstCosts() {
+    SymbolCosts costs{};
+    std::fill_n(costs.begin(), LiteralCount, std::uint16_t{6 * CostUnit});
+    std::fill(costs.begin() + LiteralCount, costs.end(), std::uint16_t{8 * CostUnit});
+    return costs;
+}
+
+// The lengths of the code for the symbols are written as runs, with one code for the run's length
+// of code and one for the size of the run. The lengths of these two stand in front, as numbers of
+// fixed width.
+namespace run_lengths {
+
+constexpr std::size_t CodeSize = 64;
+constexpr unsigned LongestCode = 8;  // those that decode in one look
+constexpr std::uint32_t RunFlag = 32;
+constexpr std::uint32_t ShortestRun = 2;
+constexpr unsigned WidthBits = 5;
+constexpr unsigned ZerosBits = 4;
+
+/// A length of code, for one symbol or for a run.
+struct Run {
+    std::uint32_t length = 0;
+    std::uint32_t size = 0;
+};
+
+std::vector<Run> runsOf(const std::vector<std::uint8_t>& lengths) {
+    std::vector<Run> runs;
+    for (const std::uint8_t length : lengths) {
+        if (runs.empty() || runs.back().length != length) runs.push_back({length, 0});
+        ++runs.back().size;
+    }
+    return runs;
+}
+
+/// The symbol of a run's size, and its extra bits.
+Token sizeToken(std::uint32_t size) {
+    constexpr std::uint32_t Exact = 32;
+    const std::uint32_t value = size - ShortestRun;
+    if (value < Exact) return {.symbol = static_cast<std::uint16_t>(value)};
+    const std::uint32_t rest = value - (Exact - 1);
+    const auto width = static_cast<std::uint32_t>(std::bit_width(rest) - 1);
+    return {.symbol = static_cast<std::uint16_t>(Exact + width),
+            .extra = static_cast<std::uint16_t>(rest - (1U << width)),
+            .extraBits = static_cast<std::uint8_t>(width)};
+}
+
+void putPlainLengths(BitWriter& writer, const std::vector<std::uint8_t>& lengths) {
+    const auto width = static_cast<unsigned>(
+        std::bit_width(unsigned{*std::max_element(lengths.begin(), lengths.end())}));
+    writer.put(0, 1);
+    writer.put(width, WidthBits);
+    for (auto length = lengths.begin(); length != lengths.end();) {
+        writer.put(*length, width);
+        if (*length++ != 0) continue;
+        constexpr std::ptrdiff_t MostZeros = (1 << ZerosBits) - 1;
+        const auto last = length + std::min(MostZeros, lengths.end() - length);
+        const auto zeros =
+            std::find_if(length, last, [](std::uint8_t l) { return l != 0; }) - length;
+        writer.put(static_cast<std::uint32_t>(zeros), ZerosBits);
+        length += zeros;
+    }
+}
+
+void put(BitWriter& writer, const std::vector<std::uint8_t>& lengths) {
+    const std::vector<Run> runs = runsOf(lengths);
+    if (runs.size() == 1 && runs[0].length == 0) {
+        writer.put(1, 1);
+        return;
+    }
+
+    std::array<std::uint64_t, CodeSize> lengthCounts{};
+    std::array<std::uint64_t, CodeSize> sizeCounts{};
+    for (const Run& run : runs) {
+        const bool single = run.size < ShortestRun;
+        ++lengthCounts[run.length + (single ? 0 : RunFlag)];
+        if (!single) ++sizeCounts[sizeToken(run.size).symbol];
+    }
+    const PrefixCode lengthCode(codeLengths(lengthCounts, LongestCode));
+    const PrefixCode sizeCode(codeLengths(sizeCounts, LongestCode));
+
+    std::vector<std::uint8_t> both = lengthCode.lengths();
+    both.insert(both.end(), sizeCode.lengths().begin(), sizeCode.lengths().end());
+    writer.put(0, 1);
+    putPlainLengths(writer, both);
+    for (const Run& run : runs) {
+        const bool single = run.size < ShortestRun;
+        lengthCode.put(writer, run.length + (single ? 0 : RunFlag));
+        if (single) continue;
+        const Token size = sizeToken(run.size);
+        sizeCode.put(writer, size.symbol);
+        writer.put(size.extra, size.extraBits);
+    }
+}
+
+}  // namespace run_lengths
+
+}  // namespace
+
+std::uint32_t datacompChecksum(ByteSpan bytes) {
+    std::uint32_t sum = 0;
+    for (const std::uint8_t byte : bytes) sum = sum >> 8 ^ checksumTable[(sum ^ byte) & 0xFF];
+    return sum;
+}
+
+SymbolCounts countSymbols(ByteSpan blocks, const ParseModel& model, unsigned threads) {
+    SymbolCounts counts{};
+    std::mutex merging;
+    const auto countSome = [&](std::uint64_t begin, std::uint64_t end) {
+        SymbolCounts own{};
+        BlockParser parser(model);
+        for (std::uint64_t number = begin; number < end; ++number) {
+            const ByteSpan block = blockOf(blocks, number);
+            if (parser.parse(block) >= plainCost(block)) continue;
+            parser.forEachToken([&](const Token& token) { ++own[token.symbol]; });
+        }
+        const std::lock_guard lock(merging);
+        for (std::size_t symbol = 0; symbol < SymbolCount; ++symbol) counts[symbol] += own[symbol];
+    };
+    inParallel(threads, blocksIn(blocks.size()), countSome, BlocksAtOnce);
+    return counts;
+}
+
+SymbolCosts learnCosts(ByteSpan sample, const Distances& distances, unsigned threads) {
+    SymbolCosts costs = firstCosts();
+    for (unsigned round = 0; round < LearningRounds; ++round) {
+        const SymbolCounts counts = countSymbols(sample, ParseModel(distances, costs), threads);
+        if (counts == SymbolCounts{}) break;
+        costs = costsOf(counts);
+    }
+    return costs;
+}
+
+PrefixCode makeCode(const SymbolCounts& counts) {
+    return PrefixCode(codeLengths(counts, LongestCode));
+}
+
+BlockRecord BlockEncoder::encode(ByteSpan block, Bytes& packed) {
+    packed.clear();
+    if (parser.parse(block) < plainCost(block)) {
+        BitWriter writer(packed);
+        parser.forEachToken([&](const Token& token) {
+            coding.code.put(writer, token.symbol);
+            writer.put(token.extra, token.extraBits);
+        });
+        writer.finish();
+        // The size 0 means a full block, so a block of a lone symbol takes a byte all the same.
+        if (packed.empty()) packed.push_back(0);
+    }
+    if (packed.empty() || packed.size() >= block.size()) packed.assign(block.begin(), block.end());
+    return {.packedSize = static_cast<std::uint32_t>(packed.size()),
+            .plainSum = datacompChecksum(block),
+            .packedSum = datacompChecksum(packed)};
+}
+
+Bytes makeHeader(std::span<const BlockRecord> blocks, std::uint32_t lastBlockSize,
+                 const Coding& coding) {
+    Bytes tables;
+    BitWriter blockTable(tables);
+    // A full block is 0 in its BlockLog bits.
+    for (const BlockRecord& block : blocks) blockTable.put(block.packedSize % BlockSize, BlockLog);
+    blockTable.put(lastBlockSize % BlockSize, BlockLog);
+    for (const std::uint16_t distance : coding.distances) blockTable.put(distance, BlockLog);
+    blockTable.finish();
+    BitWriter code(tables);
+    run_lengths::put(code, coding.code.lengths());
+    code.finish();
+
+    constexpr std::size_t FixedSize = SignatureSize + 16;
+    constexpr std::size_t SumSize = 4;
+    const std::size_t size = FixedSize + 2 * SumSize * blocks.size() + tables.size() + SumSize;
+    Bytes header(SignatureSize, 0);
+    std::copy(Signature.begin(), Signature.end(), header.begin());
+    putBigEndian(header, static_cast<std::uint32_t>(size));
+    putBigEndian(header, BlockLog << 8 | std::uint32_t{SlotCount});
+    putBigEndian(header, static_cast<std::uint32_t>(blocks.size()));
+    putBigEndian(header, FormatMark);
+    for (const BlockRecord& block : blocks) {
+        putBigEndian(header, block.plainSum);
+        putBigEndian(header, block.packedSum);
+    }
+    header.insert(header.end(), tables.begin(), tables.end());
+    putBigEndian(header, datacompChecksum(header));
+    return header;
+}
+
+}  // namespace brivok::tables

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "material.h"
+#include "moves.h"
+
+namespace brivok::tables {
+
+/// A numbering of the positions of a table that is made for quick steps to neighbours: the pair of
+/// kings up to symmetry, then 64 squares for every other man. Both sides to move share it.
+/// Positions with an en-passant square follow: the pair, 16 cases of the capture, and the men that
+/// have no part in it.
+///
+/// Of all numbers that mean the same position up to symmetry and exchange of like men, one is used:
+/// the one that index() gives.
+class Layout {
+public:
+    explicit Layout(const Material& itsMaterial);
+
+    [[nodiscard]] std::uint64_t size() const { return total; }
+
+    /// Any number below size(); the position may be illegal or without sense.
+    [[nodiscard]] Position position(std::uint64_t index, unsigned mover) const;
+
+    /// The kings must be apart.
+    [[nodiscard]] std::uint64_t index(const Position& position) const;
+
+    /// A reflection in the a1-h8 diagonal gives the position itself, as index() reduces it. Then
+    /// its moves, and those that lead to it, come in pairs of reflections that are the same move.
+    [[nodiscard]] bool isItsOwnMirror(const Position& position) const;
+
+private:
+    struct Reduction {
+        std::int16_t pair;
+        std::uint8_t symmetry;
+    };
+
+    void sortLikeMen(Squares& squares) const;
+    [[nodiscard]] std::uint64_t plainIndex(unsigned pair, const Squares& squares) const;
+    [[nodiscard]] std::uint64_t epIndex(unsigned pair, unsigned mover, const Squares& squares,
+                                        int ep) const;
+    [[nodiscard]] Position epPosition(std::uint64_t index, unsigned mover) const;
+
+    Material material;
+    bool hasLikeMen = false;
+    unsigned plainBits = 0;  ///< of the men besides the kings
+    unsigned epBits = 0;     ///< of the men besides kings, capturing and captured pawn
+    std::uint64_t plainSize = 0;
+    std::uint64_t total = 0;
+    std::array<std::size_t, 2> lastPawn{};  ///< of each side
+    std::array<std::array<std::uint8_t, 64>, 8> symmetries{};
+    std::array<std::array<Reduction, 64>, 64> reductions{};
+    std::vector<std::array<std::uint8_t, 2>> kings;  ///< by pair
+};
+
+}  // namespace brivok::tables

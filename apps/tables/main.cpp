@@ -1,0 +1,215 @@
+// Makes, checks, packs and describes endgame tables.
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "board/static_tables.h"
+#include "egtb/table_index.h"
+#include "moves.h"
+#include "pack.h"
+#include "platform/platform.h"
+#include "table_info.h"
+#include "table_maker.h"
+#include "table_store.h"
+#include "verify.h"
+
+namespace {
+
+using namespace brivok;
+using namespace brivok::tables;
+
+/// Entries of a file that is there already which make() looks at before it trusts it.
+constexpr std::uint64_t TrustedSample = 1000;
+
+struct Options {
+    std::vector<std::string> names;  ///< of tables or files
+    std::filesystem::path folder = ".";
+    unsigned threads = std::max(1U, std::thread::hardware_concurrency());
+    std::uint64_t sample = 0;
+    bool compress = false;
+};
+
+/// The last line on standard error, for a reader at a terminal only: what is being done to a table
+/// or a file.
+class ProgressLine {
+public:
+    explicit ProgressLine(std::string itsName) : name(std::move(itsName)) {}
+    ProgressLine(const ProgressLine&) = delete;
+    ProgressLine& operator=(const ProgressLine&) = delete;
+    ~ProgressLine() { clear(); }
+
+    void show(const std::string& step) {
+        if (!isShown) return;
+        clear();
+        std::fprintf(stderr, "%s: %s", name.c_str(), step.c_str());
+        std::fflush(stderr);
+    }
+
+    /// Prints the outcome as a line of standard output.
+    void report(const std::string& outcome) {
+        clear();
+        std::printf("%s: %s\n", name.c_str(), outcome.c_str());
+        std::fflush(stdout);
+    }
+
+private:
+    void clear() const {
+        if (isShown) std::fprintf(stderr, "\r%-70s\r", "");
+    }
+
+    std::string name;
+    bool isShown = platform::errorIsTerminal();
+};
+
+std::string nameOf(int id) { return std::string(descriptorOf(id).signature()); }
+
+/// The table is there and a sample of its entries agrees.
+bool isFinished(int id, TableStore& store, ProgressLine& progress) {
+    if (!store.has(id)) return false;
+    try {
+        progress.show("looked at");
+        const auto finding = contradictionInSample(id, store, TrustedSample);
+        if (!finding) return true;
+        progress.report(*finding);
+    } catch (const TableError& error) {
+        progress.report(error.what());
+    }
+    return false;
+}
+
+int make(const Options& options) {
+    std::filesystem::create_directories(options.folder);
+    TableStore store(options.folder);
+    for (const int id : tablesToMake(options.names)) {
+        ProgressLine progress(nameOf(id));
+        store.keepOnly(tablesBelow(id));
+        if (isFinished(id, store, progress)) {
+            progress.report("there already");
+        } else {
+            store.put(id, makeTable(id, store, options.threads,
+                                    [&](const std::string& step) { progress.show(step); }));
+            store.save(id);
+            progress.report("made");
+        }
+        if (options.compress) {
+            progress.show("packing");
+            store.pack(id, options.threads);
+        }
+    }
+    return 0;
+}
+
+int verify(const Options& options) {
+    TableStore store(options.folder);
+    bool foundTables = false;
+    for (int id = 1; id < TableCount && descriptorOf(id).signature().size() <= MaxMen; ++id) {
+        if (!store.hasAny(id)) continue;
+        foundTables = true;
+        ProgressLine progress(nameOf(id));
+        progress.show("being verified");
+        std::vector<int> used = tablesBelow(id);
+        used.push_back(id);
+        store.keepOnly(used);
+        const auto finding = options.sample != 0 ? contradictionInSample(id, store, options.sample)
+                                                 : contradiction(id, store, options.threads);
+        progress.report(finding.value_or("right"));
+        if (finding) return 1;
+    }
+    if (!foundTables) fail(options.folder, "no tables there");
+    return 0;
+}
+
+PackProgress percentage(ProgressLine& progress) {
+    return [&progress](std::uint64_t done, std::uint64_t total) {
+        progress.show(std::to_string(done * 100 / total) + " %");
+    };
+}
+
+int pack(const Options& options) {
+    for (const std::string& file : options.names) {
+        const std::filesystem::path packed = packedName(file);
+        ProgressLine progress(packed.string());
+        const PackResult result =
+            packFile(file, packed, {.threads = options.threads, .progress = percentage(progress)});
+        progress.report(std::to_string(result.packedSize) + " of " +
+                        std::to_string(result.plainSize) + " bytes");
+    }
+    return 0;
+}
+
+int unpack(const Options& options) {
+    for (const std::string& file : options.names) {
+        const std::filesystem::path plain = plainName(file);
+        ProgressLine progress(plain.string());
+        const std::uint64_t size = unpackFile(file, plain, percentage(progress));
+        progress.report(std::to_string(size) + " bytes");
+    }
+    return 0;
+}
+
+int info(const Options& options) {
+    for (const std::string& file : options.names) std::printf("%s", tableInfo(file).c_str());
+    return 0;
+}
+
+int run(int argc, char** argv) {
+    CLI::App app{"Makes, checks, packs and describes Nalimov endgame tables of 3 to 5 men"};
+    app.require_subcommand(1);
+    Options options;
+
+    CLI::App* const making = app.add_subcommand(
+        "make", "Make tables and all that they depend on; those that are there are kept");
+    making->add_option("TABLES", options.names, "3men, 4men, all4, or names such as kqk or krkbn")
+        ->required();
+    making->add_option("-o,--output", options.folder, "Folder of the tables")
+        ->capture_default_str();
+    making->add_flag("--compress", options.compress, "Pack the files and remove the plain ones");
+
+    CLI::App* const verifying = app.add_subcommand(
+        "verify", "Compare the entries of all tables of a folder with those of their successors");
+    verifying->add_option("FOLDER", options.folder, "Folder of the tables")->required();
+    verifying->add_option("--sample", options.sample,
+                          "Only so many entries of each file, by the engine's own moves");
+
+    CLI::App* const describing = app.add_subcommand("info", "Describe table files");
+    CLI::App* const packing = app.add_subcommand("pack", "Write FILE.emd for each file");
+    CLI::App* const unpacking = app.add_subcommand("unpack", "Write FILE for each FILE.emd");
+    for (CLI::App* const filing : {describing, packing, unpacking}) {
+        filing->add_option("FILES", options.names, "Table files")->required();
+    }
+    for (CLI::App* const heavy : {making, verifying, packing}) {
+        heavy->add_option("--threads", options.threads, "Threads to use")
+            ->check(CLI::Range(1, 256))
+            ->capture_default_str();
+    }
+    CLI11_PARSE(app, argc, argv);
+
+    buildStaticTables();
+    prepareTableIndex();
+    prepareMoves();
+    if (making->parsed()) return make(options);
+    if (verifying->parsed()) return verify(options);
+    if (packing->parsed()) return pack(options);
+    if (unpacking->parsed()) return unpack(options);
+    return info(options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
+    }
+}

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+
+/// Values of positions from the side to move, by the distance to mate in moves.
+namespace brivok::tables {
+
+/// 0 a draw, 1 .. 127 a win in that many moves, 128 + n a loss in n (0: mated now).
+using Outcome = std::uint8_t;
+
+inline constexpr Outcome Draw = 0;
+/// Of illegal positions, and of those that are lost in 127 moves: a file cannot tell that either.
+inline constexpr Outcome NoValue = 255;
+inline constexpr unsigned LongestWin = 127;
+inline constexpr unsigned LongestLoss = 126;
+
+[[nodiscard]] constexpr Outcome winIn(unsigned moves) { return static_cast<Outcome>(moves); }
+[[nodiscard]] constexpr Outcome lossIn(unsigned moves) { return static_cast<Outcome>(128 + moves); }
+[[nodiscard]] constexpr bool isWin(Outcome outcome) { return outcome - 1U < LongestWin; }
+[[nodiscard]] constexpr bool isLoss(Outcome outcome) {
+    return outcome >= lossIn(0) && outcome != NoValue;
+}
+/// Moves to the mate of a win or loss.
+[[nodiscard]] constexpr unsigned movesToMate(Outcome outcome) { return outcome & 127U; }
+
+/// Bytes of a table file are signed: 127 - n for a win in n, -126 + n for a loss, 127 for no
+/// value; -127 and -128 carry on from -1 and 1, which are a loss in 125 and a win in 126.
+inline constexpr std::uint8_t BrokenByte = 127;
+
+[[nodiscard]] constexpr std::uint8_t byteOf(Outcome outcome) {
+    const auto moves = static_cast<int>(movesToMate(outcome));
+    if (outcome == Draw) return 0;
+    if (outcome == NoValue) return BrokenByte;
+    if (isWin(outcome)) return static_cast<std::uint8_t>(moves == 127 ? -128 : 127 - moves);
+    return static_cast<std::uint8_t>(moves == 126 ? -127 : moves - 126);
+}
+
+[[nodiscard]] constexpr Outcome outcomeOf(std::uint8_t byte) {
+    const int value = byte < 128 ? byte : byte - 256;
+    if (value == 0) return Draw;
+    if (value == BrokenByte) return NoValue;
+    if (value == -128) return winIn(127);
+    if (value == -127) return lossIn(126);
+    return value > 0 ? winIn(static_cast<unsigned>(127 - value))
+                     : lossIn(static_cast<unsigned>(value + 126));
+}
+
+/// The best of a mover's choices, by the outcomes for the opponent that they lead to.
+class BestReply {
+public:
+    /// An outcome without a value does not count.
+    void add(Outcome opponents) {
+        if (opponents == NoValue) return;
+        if (opponents == Draw) {
+            draws = true;
+        } else if (isLoss(opponents)) {
+            win = std::min(win, movesToMate(opponents) + 1);
+        } else {
+            loss = std::max(loss, movesToMate(opponents));
+        }
+    }
+
+    [[nodiscard]] bool wins() const { return win <= LongestWin; }
+    [[nodiscard]] bool holds() const { return wins() || draws; }
+    /// Every choice so far loses, and there is one: an answer to a mate in one loses in one.
+    [[nodiscard]] bool loses() const { return !holds() && loss > 0; }
+    /// Draw without any choice.
+    [[nodiscard]] Outcome outcome() const {
+        if (wins()) return winIn(win);
+        return loses() ? lossIn(loss) : Draw;
+    }
+
+private:
+    unsigned win = LongestWin + 1;
+    unsigned loss = 0;
+    bool draws = false;
+};
+
+}  // namespace brivok::tables

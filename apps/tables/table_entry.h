@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "material.h"
+#include "moves.h"
+
+namespace brivok::tables {
+
+/// The position of an entry of a table's file; false if it is none, or not a legal one.
+[[nodiscard]] bool legalPosition(int id, const Material& material, unsigned side,
+                                 std::uint64_t index, Position& position);
+
+[[nodiscard]] std::string fenOf(const Material& material, const Position& position);
+
+}  // namespace brivok::tables

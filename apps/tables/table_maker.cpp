@@ -1,0 +1,73 @@
+#include "table_maker.h"
+
+#include <algorithm>
+
+#include "parallel.h"
+#include "retrograde.h"
+#include "table_entry.h"
+#include "table_reader.h"
+
+namespace brivok::tables {
+namespace {
+
+void addWithTablesBelow(int id, std::vector<int>& ids) {
+    if (std::find(ids.begin(), ids.end(), id) != ids.end()) return;
+    for (const int below : tablesBelow(id)) addWithTablesBelow(below, ids);
+    ids.push_back(id);
+}
+
+/// The target of the command line asks for the table.
+bool namesTable(std::string_view target, std::string_view signature) {
+    if (target == "3men") return signature.size() == 3;
+    if (target == "4men") return signature.size() == 4;
+    if (target == "all4") return signature.size() == 3 || signature.size() == 4;
+    return target == signature;
+}
+
+}  // namespace
+
+std::vector<int> tablesToMake(const std::vector<std::string>& targets) {
+    std::vector<int> ids;
+    for (const std::string& target : targets) {
+        bool known = false;
+        for (int id = 1; id < TableCount; ++id) {
+            const std::string_view signature = descriptorOf(id).signature();
+            if (!namesTable(target, signature)) continue;
+            if (signature.size() > MaxMen) {
+                throw TableError(target + ": tables of six men cannot be made");
+            }
+            known = true;
+            addWithTablesBelow(id, ids);
+        }
+        if (!known) throw TableError(target + ": no such table");
+    }
+    return ids;
+}
+
+TableBytes makeTable(int id, TableStore& store, unsigned threads,
+                     const std::function<void(const std::string&)>& progress) {
+    const Material material = materialOf(descriptorOf(id).signature());
+    const ConversionReader conversions(material, store);
+    progress("captures and promotions");
+    Retrograde retrograde(material, conversions, threads);
+    retrograde.solve([&](unsigned distance, std::uint64_t found) {
+        progress("distance " + std::to_string(distance) + ", " + std::to_string(found) +
+                 " positions");
+    });
+    progress("entries");
+    TableBytes bytes;
+    for (unsigned side = 0; side < filesOf(id); ++side) {
+        bytes[side].resize(descriptorOf(id).size[side]);
+        inParallel(threads, bytes[side].size(), [&](std::uint64_t begin, std::uint64_t end) {
+            Position position;
+            for (std::uint64_t index = begin; index < end; ++index) {
+                bytes[side][index] = legalPosition(id, material, side, index, position)
+                                         ? byteOf(retrograde.outcome(position))
+                                         : BrokenByte;
+            }
+        });
+    }
+    return bytes;
+}
+
+}  // namespace brivok::tables

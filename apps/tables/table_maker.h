@@ -1,0 +1,21 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "table_store.h"
+
+namespace brivok::tables {
+
+/// The ids of the tables that the targets name, each after all that it depends on. Targets are
+/// signatures of up to five men and "3men", "4men" and "all4". Throws TableError for other words.
+[[nodiscard]] std::vector<int> tablesToMake(const std::vector<std::string>& targets);
+
+/// Makes a table of up to five men; those that it depends on are in the store. `progress` gets a
+/// few words on each step.
+[[nodiscard]] TableBytes makeTable(int id, TableStore& store, unsigned threads,
+                                   const std::function<void(const std::string&)>& progress);
+
+}  // namespace brivok::tables

@@ -1,0 +1,30 @@
+#include "table_reader.h"
+
+namespace brivok::tables {
+
+EntryFinder::EntryFinder(const Material& material) {
+    const TableRef place = tableOf(material);
+    id = place.id;
+    swapped = place.swapped;
+    std::array<std::size_t, 2 * (KingSlot + 1)> filled{};
+    for (std::size_t i = 0; i < material.count; ++i) {
+        if (material.man[i] == Man::Gone) continue;
+        const auto list = static_cast<std::uint8_t>(material.side[i] ^ (swapped ? 1U : 0U));
+        const std::size_t slot = static_cast<std::size_t>(material.man[i]) * SlotsPerType;
+        const std::size_t ordinal = filled[list * (KingSlot + 1) + slot]++;
+        men[count++] = {static_cast<std::uint8_t>(i), list,
+                        static_cast<std::uint8_t>(slot + ordinal)};
+    }
+}
+
+TableReader::TableReader(const Material& material, TableStore& store) : finder(material) {
+    if (finder.table() != 0) entries = &store.table(finder.table());
+}
+
+ConversionReader::ConversionReader(const Material& material, TableStore& store) {
+    for (const Conversion& conversion : conversionsOf(material)) {
+        readers[placeOf(conversion)] = TableReader(convert(material, conversion), store);
+    }
+}
+
+}  // namespace brivok::tables

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "egtb/piece_list.h"
+#include "egtb/table_index.h"
+#include "material.h"
+#include "outcome.h"
+#include "table_store.h"
+
+namespace brivok::tables {
+
+/// Finds positions of some material, with the men that are gone left out, in the files.
+class EntryFinder {
+public:
+    struct Entry {
+        unsigned side = 0;  ///< of the file
+        std::uint64_t index = NoIndex;
+    };
+
+    EntryFinder() = default;
+    explicit EntryFinder(const Material& material);
+
+    /// The table; 0 for the bare kings, which have none.
+    [[nodiscard]] int table() const { return id; }
+
+    [[nodiscard]] Entry find(const Squares& squares, unsigned mover, int ep) const {
+        std::array<PieceList, 2> lists{};
+        for (std::size_t i = 0; i < count; ++i) {
+            lists[men[i].list][men[i].slot] = squares[men[i].man];
+        }
+        const unsigned side = swapped ? mover ^ 1U : mover;
+        const std::uint64_t index =
+            tableIndex(id, static_cast<int>(side), lists[0], lists[1], ep, swapped ? 1 : 0);
+        return {isSameForBoth(id) ? 0 : side, index};
+    }
+
+private:
+    /// Where the square of a man goes.
+    struct Slot {
+        std::uint8_t man = 0;
+        std::uint8_t list = 0;
+        std::uint8_t slot = 0;
+    };
+
+    int id = 0;
+    bool swapped = false;
+    std::array<Slot, MaxMen> men{};  ///< those on the board
+    std::size_t count = 0;
+};
+
+/// Looks up positions of some material in their table.
+class TableReader {
+public:
+    TableReader() = default;
+    TableReader(const Material& material, TableStore& store);
+
+    /// NoValue too for a position without an entry.
+    [[nodiscard]] Outcome outcome(const Squares& squares, unsigned mover, int ep) const {
+        if (finder.table() == 0) return Draw;
+        const auto [side, index] = finder.find(squares, mover, ep);
+        const std::vector<std::uint8_t>& bytes = (*entries)[side];
+        return index < bytes.size() ? outcomeOf(bytes[index]) : NoValue;
+    }
+
+private:
+    EntryFinder finder;
+    const TableBytes* entries = nullptr;
+};
+
+/// Looks up what the conversions of a material lead to.
+class ConversionReader {
+public:
+    ConversionReader(const Material& material, TableStore& store);
+
+    /// For the side that is to move afterwards.
+    [[nodiscard]] Outcome outcome(const Squares& squares, unsigned mover,
+                                  const Conversion& conversion) const {
+        return readers[placeOf(conversion)].outcome(squares, mover, NoEnPassant);
+    }
+
+private:
+    [[nodiscard]] static std::size_t placeOf(const Conversion& conversion) {
+        return (conversion.captured * MaxMen + conversion.promoted) * 8 +
+               static_cast<std::size_t>(conversion.into);
+    }
+
+    std::array<TableReader, MaxMen * MaxMen * 8> readers{};
+};
+
+}  // namespace brivok::tables

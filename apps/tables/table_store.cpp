@@ -1,0 +1,120 @@
+#include "table_store.h"
+
+#include <algorithm>
+#include <fstream>
+#include <string_view>
+#include <utility>
+
+#include "material.h"
+#include "new_file.h"
+#include "pack.h"
+
+namespace brivok::tables {
+namespace {
+
+constexpr std::string_view PackedSuffix = ".emd";
+
+}  // namespace
+
+std::string tableFileName(int id, unsigned side) {
+    return std::string(descriptorOf(id).signature()) + (side == 0 ? ".nbw" : ".nbb");
+}
+
+TableFileName parseTableFileName(std::string_view fileName) {
+    for (int id = 1; id < TableCount && descriptorOf(id).signature().size() <= MaxMen; ++id) {
+        for (unsigned side = 0; side < filesOf(id); ++side) {
+            const std::string plain = tableFileName(id, side);
+            if (fileName == plain || fileName == packedName(plain)) {
+                return {id, side};
+            }
+        }
+    }
+    fail(fileName, "not the name of a table of 3 to 5 men");
+}
+
+std::filesystem::path TableStore::find(int id, unsigned side) const {
+    std::filesystem::path path = folder / tableFileName(id, side);
+    if (std::filesystem::exists(path)) return path;
+    path = packedName(path);
+    return std::filesystem::exists(path) ? path : std::filesystem::path();
+}
+
+bool TableStore::has(int id) const {
+    for (unsigned side = 0; side < filesOf(id); ++side) {
+        if (find(id, side).empty()) return false;
+    }
+    return true;
+}
+
+bool TableStore::hasAny(int id) const { return !find(id, 0).empty() || !find(id, 1).empty(); }
+
+const TableBytes& TableStore::table(int id) {
+    if (const auto found = loaded.find(id); found != loaded.end()) return found->second;
+    TableBytes bytes;
+    for (unsigned side = 0; side < filesOf(id); ++side) {
+        const std::filesystem::path path = find(id, side);
+        if (path.empty()) {
+            fail(folder / tableFileName(id, side), "no such file");
+        }
+        bytes[side] = readTableFile(path);
+        if (bytes[side].size() != descriptorOf(id).size[side]) {
+            fail(path, std::to_string(bytes[side].size()) + " entries instead of " +
+                           std::to_string(descriptorOf(id).size[side]));
+        }
+    }
+    return loaded.emplace(id, std::move(bytes)).first->second;
+}
+
+void TableStore::save(int id) {
+    const TableBytes& bytes = table(id);
+    for (unsigned side = 0; side < filesOf(id); ++side) {
+        NewFile file(folder / tableFileName(id, side));
+        file.write(bytes[side]);
+        file.finish();
+        // One that was found wrong.
+        std::filesystem::remove(packedName(folder / tableFileName(id, side)));
+    }
+}
+
+void TableStore::pack(int id, unsigned threads) const {
+    for (unsigned side = 0; side < filesOf(id); ++side) {
+        const std::filesystem::path plain = folder / tableFileName(id, side);
+        if (!std::filesystem::exists(plain)) continue;
+        packFile(plain, packedName(plain), {.threads = threads});
+        std::filesystem::remove(plain);
+    }
+}
+
+void TableStore::keepOnly(const std::vector<int>& ids) {
+    std::erase_if(loaded, [&](const auto& entry) {
+        return std::find(ids.begin(), ids.end(), entry.first) == ids.end();
+    });
+}
+
+std::filesystem::path packedName(std::filesystem::path plain) { return plain += PackedSuffix; }
+
+std::filesystem::path plainName(const std::filesystem::path& packed) {
+    if (packed.extension() != PackedSuffix) fail(packed, "not the name of a packed table");
+    return std::filesystem::path(packed).replace_extension();
+}
+
+std::vector<std::uint8_t> readTableFile(const std::filesystem::path& path) {
+    if (path.extension() == PackedSuffix) {
+        std::vector<std::uint8_t> bytes;
+        forEachUnpackedBlock(path, [&](ByteSpan block, std::uint64_t, std::uint64_t) {
+            bytes.insert(bytes.end(), block.begin(), block.end());
+        });
+        return bytes;
+    }
+    std::ifstream file(path, std::ios::binary);
+    std::error_code failure;
+    const std::uintmax_t size = std::filesystem::file_size(path, failure);
+    std::vector<std::uint8_t> bytes(failure ? 0 : size);
+    if (failure || !file.read(reinterpret_cast<char*>(bytes.data()),
+                              static_cast<std::streamsize>(bytes.size()))) {
+        fail(path, "cannot be read");
+    }
+    return bytes;
+}
+
+}  // namespace brivok::tables

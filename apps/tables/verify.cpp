@@ -1,0 +1,167 @@
+#include "verify.h"
+
+#include <atomic>
+#include <memory>
+#include <random>
+
+#include "board/board.h"
+#include "board/static_tables.h"
+#include "movegen/legal_moves.h"
+#include "moves.h"
+#include "outcome.h"
+#include "parallel.h"
+#include "table_entry.h"
+#include "table_reader.h"
+
+namespace brivok::tables {
+namespace {
+
+Outcome withoutMoves(bool inCheck) { return inCheck ? lossIn(0) : Draw; }
+
+/// Works out entries by the generator's moves.
+class Successors {
+public:
+    Successors(const Material& itsMaterial, TableStore& store)
+        : material(itsMaterial), same(itsMaterial, store), conversions(itsMaterial, store) {}
+
+    [[nodiscard]] Outcome outcome(const Position& position) const {
+        const LegalMoves moves(material, position);
+        const unsigned other = position.mover ^ 1U;
+        BestReply best;
+        bool canMove = false;
+        moves.forEachConversion([&](const Squares& squares, const Conversion& conversion) {
+            canMove = true;
+            best.add(conversions.outcome(squares, other, conversion));
+        });
+        for (std::size_t man = 0; man < material.count; ++man) {
+            Bitboard quiet = moves.quiet(man);
+            while (quiet != 0) {
+                canMove = true;
+                const Position after =
+                    positionAfter(material, position, man, takeNext<White>(quiet));
+                best.add(same.outcome(after.squares, other, after.ep));
+            }
+        }
+        return canMove ? best.outcome() : withoutMoves(moves.inCheck());
+    }
+
+private:
+    const Material& material;
+    TableReader same;
+    ConversionReader conversions;
+};
+
+/// What the tables say of the position on the engine's board.
+Outcome outcomeOf(const Board& board, TableStore& store) {
+    Material material;
+    Squares squares{};
+    for (Square square = 0; square < brivok::Squares; ++square) {
+        const auto piece = static_cast<Piece>(board.squares[square]);
+        if (piece == Empty) continue;
+        const Man man = [&] {
+            switch (kindOf(piece)) {
+                case Kind::Pawn: return Man::Pawn;
+                case Kind::Knight: return Man::Knight;
+                case Kind::Bishop: return Man::Bishop;
+                case Kind::Rook: return Man::Rook;
+                case Kind::Queen: return Man::Queen;
+                default: return Man::King;
+            }
+        }();
+        squares[material.count] = static_cast<std::uint8_t>(mirrorSquare[square]);
+        material.side[material.count] = sideOf(piece) == White ? 0 : 1;
+        material.man[material.count++] = man;
+    }
+    const int ep =
+        board.epSquare == NoSquare ? NoEnPassant : static_cast<int>(mirrorSquare[board.epSquare]);
+    return TableReader(material, store).outcome(squares, board.us() == White ? 0 : 1, ep);
+}
+
+/// Works out the entry of a position by the engine's moves.
+Outcome outcomeByEngine(Board& board, TableStore& store) {
+    if (board.moverInCheck()) return NoValue;
+    // The list of evasions leaves out some captures in passing.
+    MoveList list;
+    generateMoves(board, list);
+    BestReply best;
+    bool canMove = false;
+    for (int i = 0, count = board.moveCount; i < count; ++i) {
+        if (!leavesKingSafe(board, list[i])) continue;
+        canMove = true;
+        board.makeMove(list[i]);
+        best.add(outcomeOf(board, store));
+        board.unmakeMove();
+    }
+    return canMove ? best.outcome() : withoutMoves(board.inCheck());
+}
+
+std::string describe(Outcome outcome) {
+    if (outcome == NoValue) return "broken";
+    if (outcome == Draw) return "draw";
+    return (isWin(outcome) ? "mate in " : "mated in ") + std::to_string(movesToMate(outcome));
+}
+
+std::string describeEntry(int id, const Material& material, unsigned side, std::uint64_t index,
+                          Outcome stored, Outcome expected) {
+    Position position;
+    const bool isLegalOne = legalPosition(id, material, side, index, position);
+    return tableFileName(id, side) + " entry " + std::to_string(index) + " says " +
+           describe(stored) + " instead of " + describe(expected) + ": " +
+           (isLegalOne ? fenOf(material, position) : "no legal position");
+}
+
+}  // namespace
+
+std::optional<std::string> contradiction(int id, TableStore& store, unsigned threads) {
+    const Material material = materialOf(descriptorOf(id).signature());
+    const Successors successors(material, store);
+    const TableBytes& table = store.table(id);
+    for (unsigned side = 0; side < filesOf(id); ++side) {
+        const std::vector<std::uint8_t>& bytes = table[side];
+        const auto expected = [&](std::uint64_t index) {
+            Position position;
+            return legalPosition(id, material, side, index, position) ? successors.outcome(position)
+                                                                      : NoValue;
+        };
+        std::atomic<std::uint64_t> first = bytes.size();
+        inParallel(threads, bytes.size(), [&](std::uint64_t begin, std::uint64_t end) {
+            for (std::uint64_t index = begin; index < end && index < first; ++index) {
+                if (byteOf(expected(index)) == bytes[index]) continue;
+                std::uint64_t known = first;
+                while (index < known && !first.compare_exchange_weak(known, index)) {
+                }
+                return;
+            }
+        });
+        if (first < bytes.size()) {
+            return describeEntry(id, material, side, first, outcomeOf(bytes[first]),
+                                 expected(first));
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> contradictionInSample(int id, TableStore& store, std::uint64_t samples) {
+    const Material material = materialOf(descriptorOf(id).signature());
+    const auto board = std::make_unique<Board>();
+    std::mt19937_64 random;
+    for (unsigned side = 0; side < filesOf(id); ++side) {
+        std::uniform_int_distribution<std::uint64_t> anyEntry(0, descriptorOf(id).size[side] - 1);
+        for (std::uint64_t i = 0; i < samples; ++i) {
+            const std::uint64_t index = anyEntry(random);
+            Outcome expected = NoValue;
+            Position position;
+            if (legalPosition(id, material, side, index, position)) {
+                board->setPositionFromFen(fenOf(material, position));
+                expected = outcomeByEngine(*board, store);
+            }
+            const Outcome stored = outcomeOf(store.table(id)[side][index]);
+            if (stored != expected) {
+                return describeEntry(id, material, side, index, stored, expected);
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace brivok::tables

@@ -1,0 +1,135 @@
+"""The table generator from its command line: making, verifying and describing tables."""
+
+import os
+import random
+import re
+import subprocess
+from pathlib import Path
+
+import pytest
+
+from uci_engine import BRIVOK, SLOW
+
+TOOL = os.environ.get("BRIVOK_TABLES_TOOL", BRIVOK + "-tables")
+FOLDER = Path(os.environ.get("BRIVOK_TABLES", "."))
+THREE = ("kpk", "knk", "kbk", "krk", "kqk")
+MORE = () if SLOW else ("krrk",)
+LONGEST = {  # moves to the longest mate, with the first and with the second side to move
+    "kqk": (10, 0), "krk": (16, 0), "kpk": (28, 0), "kbk": (0, 0), "knk": (0, 0), "krrk": (7, 0),
+}
+LONGEST_OF_FOUR = {
+    "kbnk": (33, 0), "kbbk": (19, 0), "kqkq": (13, 13), "krkr": (19, 19), "kqkr": (35, 19), "krkb": (29, 0), "krkn": (40, 1),
+    "kqkb": (17, 0), "kqkn": (21, 0), "kqkp": (28, 29), "krkp": (26, 43), "kpkp": (33, 33),
+}
+PASSANT = {  # entries of kpkp by side and index: captures in passing, then with the right gone
+    (0, 3856553): 127 - 9, (0, 3859781): 127 - 10, (1, 3839818): 127 - 12, (1, 3850788): 127 - 9,
+    (1, 3860152): 127 - 7, (0, 3862490): 0, (1, 3838430): 0, (0, 3843820): 0,
+    (0, 2832714): 127 - 10, (1, 2512731): 127 - 11,
+}
+
+
+def tool(*arguments, code=0):
+    """What the tool writes."""
+    done = subprocess.run([TOOL, *map(str, arguments)], capture_output=True, text=True, timeout=600)
+    assert done.returncode == code, done.stdout + done.stderr
+    return done.stdout + done.stderr
+
+
+def info(file):
+    return dict(re.split(r": +", line, maxsplit=1) for line in tool("info", file).splitlines())
+
+
+def longest_mate(file):
+    found = re.match(r"(\d+) moves, ", info(file)["Longest mate"])
+    return int(found[1]) if found else 0
+
+
+def check_longest(folder, longest):
+    for name, sides in longest.items():
+        for suffix, moves in zip(("nbw", "nbb"), sides):
+            if (folder / f"{name}.{suffix}").exists():
+                assert longest_mate(folder / f"{name}.{suffix}") == moves, name
+
+
+@pytest.fixture(scope="module")
+def small(tmp_path_factory):
+    folder = tmp_path_factory.mktemp("small tables")
+    made = tool("make", "3men", *MORE, "-o", folder)
+    assert made.splitlines() == [f"{n}: made" for n in ("knk", "kbk", "krk", "kqk", "kpk", *MORE)]
+    return folder
+
+
+def test_small_tables(small):
+    check_longest(small, LONGEST)
+    assert (small / "kqk.nbw").stat().st_size == 25629
+    assert sorted(f.name for f in small.iterdir()) == sorted(
+        f"{n}.{s}" for n in (*THREE, *MORE) for s in ("nbw", "nbb"))
+    counts = info(small / "krk.nbb")
+    parts = [int(counts[k].split()[0]) for k in ("Wins", "Draws", "Losses", "Broken")]
+    assert parts[0] == 0 and sum(parts) == int(counts["Entries"]) == 28644
+    assert tool("verify", small).splitlines() == [
+        f"{n}: right" for n in (*THREE, *MORE)]
+
+
+def test_damage_is_found_and_mended(small):
+    """A changed entry, a short file and one that an interrupted run has left."""
+    file = small / "krk.nbb"
+    right = file.read_bytes()
+    damaged = bytearray(right)
+    place = next(i for i, byte in enumerate(right) if byte == 256 - 126 + 7)  # mated in 7
+    damaged[place] += 1
+    file.write_bytes(damaged)
+    finding = tool("verify", small, code=1)
+    assert re.search(rf"^krk: krk.nbb entry {place} says mated in 8 instead of mated in 7: \S+ b - - 0 1$",
+                     finding, re.M), finding
+    (small / "krk.nbb.tmp").write_bytes(b"half")
+    file.write_bytes(bytes(random.Random(1).choices(right, k=len(right))))
+    tool("verify", small, "--sample", "200", code=1)
+    again = tool("make", "krk", "-o", small)
+    assert again.splitlines()[-1] == "krk: made" and file.read_bytes() == right
+    file.write_bytes(right[:-1])
+    assert "28643 entries instead of 28644" in tool("verify", small, code=1)
+    assert "krk: made" in tool("make", "kqk", "krk", "-o", small)
+    assert file.read_bytes() == right and not (small / "krk.nbb.tmp").exists()
+    assert tool("make", "3men", "-o", small).count("there already") == 5
+    tool("verify", small, "--sample", "200")
+
+
+def test_packed_tables(small, tmp_path):
+    """Packed tables serve like plain ones, are found to be there, and unpack to the same bytes."""
+    assert "krk: made" in tool("make", "krk", "kqk", "--compress", "-o", tmp_path)
+    names = [f"{n}.{s}.emd" for n in ("kqk", "krk") for s in ("nbb", "nbw")]
+    assert sorted(f.name for f in tmp_path.iterdir()) == names
+    assert tool("verify", tmp_path) == "krk: right\nkqk: right\n"
+    assert info(tmp_path / "krk.nbw.emd") == info(small / "krk.nbw")
+    tool("unpack", *tmp_path.iterdir())
+    for name in names:
+        assert (tmp_path / name[:-4]).read_bytes() == (small / name[:-4]).read_bytes()
+        (tmp_path / name[:-4]).unlink()
+    names = names[2:]
+    damaged = bytearray((tmp_path / names[0]).read_bytes())
+    damaged[-1] ^= 1
+    (tmp_path / names[0]).write_bytes(damaged)
+    assert "is damaged" in tool("verify", tmp_path, code=1)
+    assert "krk: made" in tool("make", "krk", "--compress", "-o", tmp_path)
+    tool("verify", tmp_path)
+
+
+@pytest.mark.parametrize("arguments, reason", [
+    (("make", "krkq"), "no such table"), (("make", "kqqkqq"), "six men"),
+    (("info", "kqqkqq.nbw"), "not the name"), (("info", "kqk.nbw"), "cannot be read"),
+    (("verify", "."), "no tables"),
+])
+def test_refusals(arguments, reason, tmp_path, monkeypatch):
+    monkeypatch.chdir(tmp_path)
+    assert reason in tool(*arguments, code=1)
+    assert not list(tmp_path.iterdir())
+
+
+@pytest.mark.skipif("BRIVOK_TABLES" not in os.environ, reason="no folder of tables of four men")
+def test_four_men():
+    """What needs en passant, promotions and tables with either side to win."""
+    check_longest(FOLDER, LONGEST_OF_FOUR)
+    tool("verify", FOLDER, "--sample", "1000")
+    tables = [(FOLDER / f"kpkp.{suffix}").read_bytes() for suffix in ("nbw", "nbb")]
+    assert {(side, index): tables[side][index] for side, index in PASSANT} == PASSANT

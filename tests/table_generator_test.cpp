@@ -1,0 +1,167 @@
+#include <cstdint>
+#include <filesystem>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "../apps/tables/layout.h"
+#include "../apps/tables/moves.h"
+#include "../apps/tables/outcome.h"
+#include "../apps/tables/table_entry.h"
+#include "../apps/tables/table_maker.h"
+#include "../apps/tables/table_reader.h"
+#include "../apps/tables/table_store.h"
+#include "../apps/tables/verify.h"
+#include "egtb/table_index.h"
+#include "engine_fixture.h"
+#include "movegen/legal_moves.h"
+
+namespace brivok::tables {
+namespace {
+
+class TableGeneratorTest : public EngineTest {
+protected:
+    TableGeneratorTest() { prepareMoves(); }
+
+    /// Calls check(material, index, position) for random legal entries of a table's files, a
+    /// good part of them with an en-passant square if there are such.
+    template <typename Check>
+    void forRandomEntries(const char* signature, Check check) {
+        const Material material = materialOf(signature);
+        const int id = tableOf(material).id;
+        for (unsigned side = 0; side < 2; ++side) {
+            const std::uint64_t size = descriptorOf(id).size[side];
+            const std::uint64_t last = material.hasEnPassant() ? size / 60 : size;
+            for (int i = 0; i < (SlowBuild ? 500 : 5000); ++i) {
+                const std::uint64_t index =
+                    i % 2 == 0 ? random() % size : size - 1 - random() % last;
+                Position position;
+                if (legalPosition(id, material, side, index, position)) {
+                    check(material, index, position);
+                }
+            }
+        }
+    }
+
+    std::mt19937_64 random;
+};
+
+bool isOnDiagonal(Square square) { return mirrored(square) == square; }
+
+constexpr const char* Signatures[] = {"kqk",   "krrk",  "knnk",  "kpkp",  "krkp",
+                                      "kqkr",  "kppk",  "kppkp", "kbpkp", "kqpkp",
+                                      "kpppk", "krbkq", "kqqkn", "kbbbk"};
+
+TEST_F(TableGeneratorTest, OutcomesAndBytesTellTheSame) {
+    EXPECT_EQ(byteOf(Draw), 0);
+    EXPECT_EQ(byteOf(NoValue), 127);
+    EXPECT_EQ(byteOf(winIn(1)), 126);
+    EXPECT_EQ(byteOf(winIn(126)), 1);
+    EXPECT_EQ(byteOf(winIn(127)), 0x80);
+    EXPECT_EQ(byteOf(lossIn(0)), 0x82);
+    EXPECT_EQ(byteOf(lossIn(125)), 0xFF);
+    EXPECT_EQ(byteOf(lossIn(126)), 0x81);
+    for (unsigned byte = 0; byte < 256; ++byte) {
+        EXPECT_EQ(byteOf(outcomeOf(static_cast<std::uint8_t>(byte))), byte);
+    }
+}
+
+TEST_F(TableGeneratorTest, LayoutAndFilesNumberTheSamePositions) {
+    for (const char* signature : Signatures) {
+        const Layout layout(materialOf(signature));
+        const EntryFinder finder(materialOf(signature));
+        forRandomEntries(signature, [&](const Material& material, std::uint64_t index,
+                                        const Position& position) {
+            SCOPED_TRACE(fenOf(material, position));
+            const std::uint64_t number = layout.index(position);
+            ASSERT_LT(number, layout.size());
+            const Position same = layout.position(number, position.mover);
+            EXPECT_TRUE(isLegal(material, same));
+            EXPECT_EQ(layout.index(same), number);
+            // With both kings on the diagonal a reflection may stand for the position.
+            if (!material.hasPawns() && isOnDiagonal(same.squares[0]) &&
+                isOnDiagonal(same.squares[1])) {
+                return;
+            }
+            const auto entry = finder.find(same.squares, same.mover, same.ep);
+            EXPECT_EQ(entry.side, position.mover);
+            EXPECT_EQ(entry.index, index);
+        });
+    }
+}
+
+TEST_F(TableGeneratorTest, MovesAreTheEnginesMoves) {
+    for (const char* signature : Signatures) {
+        forRandomEntries(
+            signature, [&](const Material& material, std::uint64_t, const Position& position) {
+                const std::string fen = fenOf(material, position);
+                SCOPED_TRACE(fen);
+                setPosition(fen);
+                MoveList list;
+                generateMoves(board, list);
+                std::multiset<Square> expected;
+                for (int i = 0, count = board.moveCount; i < count; ++i) {
+                    if (leavesKingSafe(board, list[i])) expected.insert(moveTo(list[i]) ^ 56);
+                }
+                const LegalMoves moves(material, position);
+                EXPECT_EQ(moves.inCheck(), board.inCheck());
+                std::multiset<Square> found;
+                for (std::size_t man = 0; man < material.count; ++man) {
+                    for (Bitboard quiet = moves.quiet(man); quiet != 0;) {
+                        const Square to = takeNext<White>(quiet);
+                        found.insert(to);
+                        const Position after = positionAfter(material, position, man, to);
+                        EXPECT_TRUE(isLegal(material, after));
+                        const Bitboard occupied = occupiedBy(material, after.squares);
+                        EXPECT_NE(retractions(material, after, man, occupied) &
+                                      bit[position.squares[man]],
+                                  0U);
+                    }
+                }
+                moves.forEachConversion([&](const Squares& squares, const Conversion&) {
+                    for (std::size_t man = 0; man < material.count; ++man) {
+                        if (squares[man] != position.squares[man]) found.insert(squares[man]);
+                    }
+                });
+                EXPECT_EQ(found, expected);
+            });
+    }
+}
+
+TEST_F(TableGeneratorTest, TargetsComeAfterWhatTheyDependOn) {
+    const auto names = [](const std::vector<std::string>& targets) {
+        std::string text;
+        for (const int id : tablesToMake(targets)) {
+            text += std::string(descriptorOf(id).signature()) + " ";
+        }
+        return text;
+    };
+    EXPECT_EQ(names({"kbnk", "krk"}), "knk kbk kbnk krk ");
+    EXPECT_EQ(names({"kpk"}), "knk kbk krk kqk kpk ");
+    EXPECT_EQ(tablesToMake({"3men"}).size(), 5U);
+    EXPECT_EQ(tablesToMake({"all4"}).size(), 35U);
+    for (const char* unknown : {"kk", "krkq", "5men", "kqqkqq", ""}) {
+        EXPECT_THROW((void)tablesToMake({unknown}), TableError) << unknown;
+    }
+}
+
+TEST_F(TableGeneratorTest, TablesAgreeWithTheirSuccessors) {
+    TableStore store("");
+    for (const int id : tablesToMake({"3men", "krrk"})) {
+        TableBytes bytes = makeTable(id, store, 2, [](const std::string&) {});
+        store.put(id, std::move(bytes));
+        EXPECT_EQ(contradiction(id, store, 2).value_or(""), "");
+        EXPECT_EQ(contradictionInSample(id, store, 500).value_or(""), "");
+    }
+    const int krk = tableOf(materialOf("krk")).id;
+    TableBytes damaged = store.table(krk);
+    damaged[1][1000] ^= 1;
+    store.put(krk, damaged);
+    EXPECT_NE(contradiction(krk, store, 2), std::nullopt);
+}
+
+}  // namespace
+}  // namespace brivok::tables
