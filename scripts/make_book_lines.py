@@ -199,7 +199,7 @@ def main():
     parser = argparse.ArgumentParser(description="Writes the opening lines of the default book.")
     parser.add_argument("eco_js", help="the package's table of named positions, eco.js")
     parser.add_argument("output", help="the file to write")
-    parser.add_argument("--lines", type=int, default=600, help="number of lines (600)")
+    parser.add_argument("--lines", type=int, default=585, help="number of lines (585)")
     parser.add_argument("--stockfish", default=STOCKFISH, help=f"program file ({STOCKFISH})")
     arguments = parser.parse_args()
 
