@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <new>
+#include <system_error>
 #include <utility>
 
 #include "egtb/block_cache.h"
@@ -37,6 +39,16 @@ int compressedFiles = 0;
     PrintUnlogged("*** " + text + "\n");
     std::fflush(nullptr);
     std::_Exit(1);
+}
+
+[[noreturn]] void endWithoutMemory(std::size_t bytes) {
+    endWith("Cannot allocate " + std::to_string(bytes) + " bytes of memory");
+}
+
+/// None also for a folder, which can be opened as well, and for a pipe, which would block.
+TableFile openRegularFile(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::is_regular_file(path, error) ? openTableFile(path) : nullptr;
 }
 
 template <class Object>
@@ -134,7 +146,7 @@ TableFile openCompressed(const FileSlot& slot, std::string_view dir, std::string
         {slot.table.id <= LastShortName, stem + extension + ".emd"}};
     for (const auto& [allowed, name] : names) {
         if (!allowed) continue;
-        if (TableFile file = openTableFile(name)) {
+        if (TableFile file = openRegularFile(name)) {
             path = name;
             return file;
         }
@@ -148,7 +160,7 @@ bool RegisterFile(const FileSlot& slot, std::string_view dir) {
 
     std::string path = slot.stem(dir) + "." + slot.extension();
     std::unique_ptr<DatacompFile> decoder;
-    if (const TableFile plain = openTableFile(path)) {
+    if (const TableFile plain = openRegularFile(path)) {
         checkPlainFile(path, slot, plain.get());
     } else if (const TableFile packed = openCompressed(slot, dir, path)) {
         ++compressedFiles;
@@ -159,9 +171,7 @@ bool RegisterFile(const FileSlot& slot, std::string_view dir) {
 
     addToMaterialLookup(slot.table.id);
     if (files == nullptr) files = makeOrNone<TableSide>();
-    if (files == nullptr) {
-        endWith("Cannot allocate " + std::to_string(sizeof(TableSide)) + " bytes of memory");
-    }
+    if (files == nullptr) endWithoutMemory(sizeof(TableSide));
     TablePart& part = files->parts[slot.part];
     part.fileName = std::move(path);
     part.decoder = std::move(decoder);
@@ -223,7 +233,7 @@ void SetCacheSize(std::uint32_t bytes) {
     }
 }
 
-int RegisterTables(std::string_view dir) {
+int RegisterTables(std::string_view dir) try {
     blockCache.ResetCache();
     CloseTableFiles();
     for (TableSides& sides : tableSides) sides = {};
@@ -247,6 +257,8 @@ int RegisterTables(std::string_view dir) {
         }
     }
     return menOf(largest);
+} catch (const std::bad_alloc&) {
+    endWithoutMemory(LargestIndexArrayBytes);
 }
 
 }  // namespace brivok

@@ -6,9 +6,9 @@
 
 namespace brivok {
 
-/// Finding the files of the endgame tables. A missing file is normal; a damaged one ends the
-/// process with code 1 and a line that begins with "*** " on standard output, and the log gets no
-/// closing line. Nothing here may run during a search.
+/// Finding the files of the endgame tables. A missing file is normal; a damaged one, or memory
+/// refused on the way, ends the process with code 1 and a line that begins with "*** " on standard
+/// output, and the log gets no closing line. Nothing here may run during a search.
 
 /// Looks for table files in the directories of `dir`, a list separated by "," or ";", unless the
 /// same list is in force already, and makes the cache when there are any. An empty list means the

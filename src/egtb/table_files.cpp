@@ -1,8 +1,6 @@
 #include "egtb/table_files.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <system_error>
 
 namespace brivok {
 
@@ -17,9 +15,6 @@ std::size_t partCount(const TablebaseDescriptor& table, int side) {
 }
 
 TableFile openTableFile(const std::string& path) {
-    // A folder can be opened as well, and a named pipe would block.
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(path, error)) return nullptr;
     TableFile file(std::fopen(path.c_str(), "rb"));
     if (file != nullptr) std::setvbuf(file.get(), nullptr, _IONBF, 0);
     return file;

@@ -52,8 +52,7 @@ extern std::unique_ptr<DecodeScratch> decodeScratch;
 /// How many files a side of the table consists of.
 [[nodiscard]] std::size_t partCount(const TablebaseDescriptor& table, int side);
 
-/// Opens a file for reading, without a buffer of its own. None when the path names no regular
-/// file or the file can't be opened.
+/// Opens a file for reading, without a buffer of its own. None when it can't be opened.
 [[nodiscard]] TableFile openTableFile(const std::string& path);
 
 /// Closes every open table file; each is opened again when it is needed.

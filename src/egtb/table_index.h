@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "egtb/piece_list.h"
@@ -38,6 +39,9 @@ struct TablePosition {
 /// may be an illegal one, with the side not to move in check; false when no placement of the men
 /// belongs to the index.
 [[nodiscard]] bool tablePosition(int id, int side, std::uint64_t index, TablePosition& position);
+
+/// The largest piece of memory that the tables of the numbering take.
+inline constexpr std::size_t LargestIndexArrayBytes = 1807 * sizeof(std::uint32_t);
 
 /// Makes the tables of the numbering, a few milliseconds' work, once. The first call of any of the
 /// others does it too, but a search should not have to.

@@ -88,7 +88,9 @@ bool TablebaseProbe(const Board& board, std::int32_t ply, std::int32_t& score) {
     const PieceCounts counts = countMen(board);
     int id = TableIdFromCounts(counts);
     if (id == 0) return false;
-    if (popCount(board.occupied()) != std::accumulate(counts.begin(), counts.end(), 2)) {
+    if (popCount(board.occupied()) != std::accumulate(counts.begin(), counts.end(), 2) ||
+        board.squares[board.kingSquare[0]] != WhiteKing ||
+        board.squares[board.kingSquare[1]] != BlackKing) {
         return false;
     }
     const bool whiteFirstSide = id > 0;

@@ -124,8 +124,9 @@ void remakeEvaluationHash() { evalHashTable.Allocate(); }
 
 void setNalimovCache(const Option& option, const Words& words) {
     const std::int64_t value = parseInteger(valueOf(words));
-    if (inRange(option, value))
+    if (inRange(option, value)) {
         settings.EGTBCacheBytes = static_cast<std::uint32_t>(value) * Megabyte;
+    }
     SetCacheSize(settings.EGTBCacheBytes);
 }
 
