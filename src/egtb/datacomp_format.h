@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <string_view>
 
 /// The numbers of a DATACOMP file (`.emd`) that its reader and its writer share. A header is
 ///   80 bytes of fixed fields, big-endian;
@@ -16,8 +15,11 @@
 /// and the blocks follow. A size of 0 stands for the full block.
 namespace brivok::datacomp {
 
-inline constexpr std::string_view Signature{
-    "Compressed by DATACOMP v 1.0 (c) 1991--1998 Tomasz Velbrin\r\n\0\0\0\0", 64};
+/// An array, not a view: of a literal in a header, each file may have a copy of its own, and its
+/// two ends need not come from the same one.
+inline constexpr auto Signature =
+    std::to_array("Compressed by DATACOMP v 1.0 (c) 1991--1998 Tomasz Velbrin\r\n\0\0\0");
+static_assert(Signature.size() == 64);
 
 inline constexpr std::size_t HeaderSizeOffset = 64;  ///< 32 bits, the checksum at the end included
 inline constexpr std::size_t BlockLogOffset = 70;    ///< a byte, log2 of the block size
