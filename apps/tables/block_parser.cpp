@@ -124,10 +124,12 @@ void BlockParser::findRepeats() {
         const std::size_t distance = model.distances[slot];
         if (distance >= size) continue;
         const auto bit = static_cast<std::uint8_t>(1U << slot % PlaneSlots);
+        const std::size_t count = size - distance;
+        const std::uint8_t* former = bytes;
         const std::uint8_t* later = bytes + distance;
         std::uint8_t* marks = repeats[slot / PlaneSlots].data() + distance;
-        for (std::size_t i = 0; i < size - distance; ++i) {
-            marks[i] = static_cast<std::uint8_t>(marks[i] | (later[i] == bytes[i] ? bit : 0));
+        for (std::size_t i = 0; i < count; ++i) {
+            marks[i] = static_cast<std::uint8_t>(marks[i] | (later[i] == former[i] ? bit : 0));
         }
     }
 }

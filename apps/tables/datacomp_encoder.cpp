@@ -4,35 +4,19 @@
 #include <array>
 #include <bit>
 #include <mutex>
-#include <string_view>
 
 #include "bit_writer.h"
+#include "egtb/datacomp_format.h"
 #include "parallel.h"
 
 namespace brivok::tables {
 namespace {
 
-constexpr std::string_view Signature =
-    "Compressed by DATACOMP v 1.0 (c) 1991--1998 Tomasz Velbrin\r\n";
-constexpr std::size_t SignatureSize = 64;  // zeros after the text
-constexpr std::uint32_t FormatMark = 0x004001F5;
-
 /// The format allows 31. At 15 a decoder that refills 16 bits at a time always has a whole code,
 /// and the loss is some thousandths of a percent.
 constexpr unsigned LongestCode = 15;
 
-constexpr unsigned LearningRounds = 5;
-
-constexpr auto checksumTable = [] {
-    std::array<std::uint32_t, 256> table{};
-    for (std::uint32_t byte = 0; byte < table.size(); ++byte) {
-        std::uint32_t entry = byte;
-        // The usual check of a low bit, the other way round.
-        for (int bit = 0; bit < 8; ++bit) entry = entry >> 1 ^ ((entry & 1) != 0 ? 0 : 0xEDB88320);
-        table[byte] = entry;
-    }
-    return table;
-}();
+constexpr unsigned LearningRounds = 8;
 
 void putBigEndian(Bytes& bytes, std::uint32_t value) {
     for (int shift = 24; shift >= 0; shift -= 8) {
@@ -144,12 +128,6 @@ void put(BitWriter& writer, const std::vector<std::uint8_t>& lengths) {
 
 }  // namespace
 
-std::uint32_t datacompChecksum(ByteSpan bytes) {
-    std::uint32_t sum = 0;
-    for (const std::uint8_t byte : bytes) sum = sum >> 8 ^ checksumTable[(sum ^ byte) & 0xFF];
-    return sum;
-}
-
 SymbolCounts countSymbols(ByteSpan blocks, const ParseModel& model, unsigned threads) {
     SymbolCounts counts{};
     std::mutex merging;
@@ -196,8 +174,8 @@ BlockRecord BlockEncoder::encode(ByteSpan block, Bytes& packed) {
     }
     if (packed.empty() || packed.size() >= block.size()) packed.assign(block.begin(), block.end());
     return {.packedSize = static_cast<std::uint32_t>(packed.size()),
-            .plainSum = datacompChecksum(block),
-            .packedSum = datacompChecksum(packed)};
+            .plainSum = datacomp::checksum(block),
+            .packedSum = datacomp::checksum(packed)};
 }
 
 Bytes makeHeader(std::span<const BlockRecord> blocks, std::uint32_t lastBlockSize,
@@ -213,21 +191,19 @@ Bytes makeHeader(std::span<const BlockRecord> blocks, std::uint32_t lastBlockSiz
     run_lengths::put(code, coding.code.lengths());
     code.finish();
 
-    constexpr std::size_t FixedSize = SignatureSize + 16;
-    constexpr std::size_t SumSize = 4;
-    const std::size_t size = FixedSize + 2 * SumSize * blocks.size() + tables.size() + SumSize;
-    Bytes header(SignatureSize, 0);
-    std::copy(Signature.begin(), Signature.end(), header.begin());
+    const std::size_t size = datacomp::BlockSumsOffset + datacomp::BlockSumsSize * blocks.size() +
+                             tables.size() + datacomp::ChecksumSize;
+    Bytes header(datacomp::Signature.begin(), datacomp::Signature.end());
     putBigEndian(header, static_cast<std::uint32_t>(size));
     putBigEndian(header, BlockLog << 8 | std::uint32_t{SlotCount});
     putBigEndian(header, static_cast<std::uint32_t>(blocks.size()));
-    putBigEndian(header, FormatMark);
+    putBigEndian(header, datacomp::Variant);
     for (const BlockRecord& block : blocks) {
         putBigEndian(header, block.plainSum);
         putBigEndian(header, block.packedSum);
     }
     header.insert(header.end(), tables.begin(), tables.end());
-    putBigEndian(header, datacompChecksum(header));
+    putBigEndian(header, datacomp::checksum(header));
     return header;
 }
 

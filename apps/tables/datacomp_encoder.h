@@ -20,15 +20,13 @@ struct Coding {
 /// Blocks that a thread takes at a time.
 inline constexpr std::uint64_t BlocksAtOnce = 8;
 
-/// What the header says of a block.
+/// What the header says of a block. Nobody reads the checksums; they are of the same form as that
+/// of the header.
 struct BlockRecord {
     std::uint32_t packedSize = 0;  ///< that of the block itself if it is stored
     std::uint32_t plainSum = 0;    ///< checksum of the decoded block
     std::uint32_t packedSum = 0;   ///< checksum of the block in the file
 };
-
-/// Checksum of the header, taken here for the blocks as well.
-[[nodiscard]] std::uint32_t datacompChecksum(ByteSpan bytes);
 
 /// How often each symbol serves in the cheapest parse of the blocks. Blocks that do not shrink are
 /// left out.

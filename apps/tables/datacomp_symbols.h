@@ -8,6 +8,8 @@
 #include <span>
 #include <vector>
 
+#include "egtb/datacomp_format.h"
+
 /// The alphabet of DATACOMP: a symbol is a byte, or a match that repeats what stands one of 24
 /// distances back. The distances are the file's; a match names its slot and the class of its
 /// length, and extra bits after the symbol tell the length within the class.
@@ -16,13 +18,13 @@ namespace brivok::tables {
 using Bytes = std::vector<std::uint8_t>;
 using ByteSpan = std::span<const std::uint8_t>;
 
-inline constexpr std::size_t LiteralCount = 256;
-inline constexpr std::size_t SlotCount = 24;
-inline constexpr std::size_t ClassCount = 32;
-inline constexpr std::size_t SymbolCount = LiteralCount + SlotCount * ClassCount;
+inline constexpr std::size_t LiteralCount = datacomp::FirstMatch;
+inline constexpr std::size_t SlotCount = datacomp::DistanceCount;
+inline constexpr std::size_t ClassCount = datacomp::LengthCodes;
+inline constexpr std::size_t SymbolCount = datacomp::SymbolCount;
 
 /// Classes 0 .. 14 are the lengths 1 .. 15. Above, a class has twice the lengths of the one before.
-inline constexpr unsigned ExactClasses = 15;
+inline constexpr unsigned ExactClasses = datacomp::PlainLengths;
 
 [[nodiscard]] constexpr unsigned lengthClass(unsigned length) {
     if (length <= ExactClasses) return length - 1;

@@ -1,59 +1,76 @@
 #include "distance_choice.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
-#include <functional>
-#include <limits>
 #include <vector>
 
+#include "block_parser.h"
 #include "parallel.h"
 
 namespace brivok::tables {
 namespace {
 
 /// Distances whose repetitions are looked at more closely.
-constexpr std::size_t CandidateCount = 512;
+constexpr std::size_t CandidateCount = 256;
+
+/// Candidates whose gains are found again at a time.
+constexpr std::size_t RefreshSize = 4;
 
 /// Shortest repetition that counts for a candidate.
 constexpr std::size_t Telling = 4;
 
-/// Estimates for a match, in bits: its symbol, and what each doubling of the length adds.
-constexpr float MatchBits = 4.5F;
-constexpr float DoublingBits = 1.0F;
+/// Estimates in bits: what a byte takes beyond its share in the sample, and a match beyond the
+/// logarithm of its length.
+constexpr double LiteralBits = 1.5;
+constexpr double MatchBits = 5;
 
-/// The most frequent distances of repetitions that are no runs of one byte, ascending.
+/// In how many places `Telling` bytes repeat those at a distance, except where `inRun` is set.
+unsigned repetitions(ByteSpan block, const std::uint8_t* inRun, std::size_t distance) {
+    static_assert(Telling == 4);
+    if (block.size() < distance + Telling) return 0;
+    const std::uint8_t* former = block.data();
+    const std::uint8_t* later = former + distance;
+    const std::uint8_t* idle = inRun + distance;
+    const std::size_t count = block.size() - distance - Telling + 1;
+    unsigned sum = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        // In a form that compilers turn into vector instructions.
+        const auto differences = static_cast<std::uint8_t>(
+            idle[i] | (later[i] ^ former[i]) | (later[i + 1] ^ former[i + 1]) |
+            (later[i + 2] ^ former[i + 2]) | (later[i + 3] ^ former[i + 3]));
+        sum += differences == 0 ? 1 : 0;
+    }
+    return sum;
+}
+
+/// The most frequent distances above 1 of repetitions that are no runs of one byte.
 std::vector<std::uint16_t> candidates(ByteSpan sample, unsigned threads) {
-    std::vector<std::uint8_t> isRun(sample.size(), 0);
-    for (std::size_t i = 1; i < sample.size(); ++i) isRun[i] = sample[i] == sample[i - 1] ? 1 : 0;
+    Bytes inRun(sample.size(), 0);
+    std::size_t run = 0;
+    for (std::size_t i = sample.size(); i-- > 1;) {
+        run = sample[i] == sample[i - 1] ? run + 1 : 0;
+        inRun[i] = run >= Telling ? 1 : 0;
+    }
 
     std::vector<std::uint64_t> found(BlockSize, 0);
     const auto countRepetitions = [&](std::uint64_t begin, std::uint64_t end) {
         for (std::size_t distance = std::max<std::size_t>(begin, 2); distance < end; ++distance) {
-            for (std::size_t start = 0; start < sample.size(); start += BlockSize) {
-                const ByteSpan block = blockOf(sample, start / BlockSize);
-                const std::uint8_t* run = isRun.data() + start;
-                unsigned sum = 0;
-                for (std::size_t i = distance; i + Telling <= block.size(); ++i) {
-                    const std::uint8_t* later = &block[i];
-                    const std::uint8_t* former = &block[i - distance];
-                    const bool same = (later[0] == former[0]) & (later[1] == former[1]) &
-                                      (later[2] == former[2]) & (later[3] == former[3]);
-                    const bool plain = (run[i] & run[i + 1] & run[i + 2] & run[i + 3]) != 0;
-                    sum += same && !plain ? 1U : 0U;
-                }
-                found[distance] += sum;
+            for (std::size_t number = 0; number < blocksIn(sample.size()); ++number) {
+                found[distance] += repetitions(blockOf(sample, number),
+                                               inRun.data() + number * BlockSize, distance);
             }
         }
     };
     inParallel(threads, BlockSize, countRepetitions, 64);
 
     std::vector<std::uint16_t> distances;
-    for (std::uint16_t distance = 1; distance < BlockSize; ++distance) {
+    for (std::uint16_t distance = 2; distance < BlockSize; ++distance) {
         distances.push_back(distance);
     }
     std::stable_sort(
-        distances.begin() + 1, distances.end(),
+        distances.begin(), distances.end(),
         [&](std::uint16_t left, std::uint16_t right) { return found[left] > found[right]; });
     distances.resize(CandidateCount);
     return distances;
@@ -63,46 +80,56 @@ std::vector<std::uint16_t> candidates(ByteSpan sample, unsigned threads) {
 class RoughParser {
 public:
     explicit RoughParser(ByteSpan itsSample) : sample(itsSample), longest(sample.size(), 0) {
-        std::array<float, LiteralCount> counts{};
+        std::array<double, LiteralCount> counts{};
         for (const std::uint8_t byte : sample) counts[byte] += 1;
         for (std::size_t byte = 0; byte < LiteralCount; ++byte) {
-            const float share = (counts[byte] + 0.5F) / (static_cast<float>(sample.size()) + 1);
-            literalBits[byte] = 1.5F - std::log2(share);
+            const double share = (counts[byte] + 0.5) / (static_cast<double>(sample.size()) + 1);
+            literalCosts[byte] = costOf(LiteralBits - std::log2(share));
         }
+        matchCosts[0] = NoMatch;
         for (unsigned length = 1; length <= BlockSize; ++length) {
-            matchBits[length] = MatchBits + DoublingBits * std::log2(static_cast<float>(length));
+            matchCosts[length] = costOf(MatchBits + std::log2(static_cast<double>(length)));
         }
     }
 
-    /// Bits of the sample with the distances so far and this one.
-    [[nodiscard]] double bitsWith(std::uint16_t distance) const {
-        double sum = 0;
-        std::array<float, BlockSize + 1> bits{};
-        for (std::size_t start = 0; start < sample.size(); start += BlockSize) {
-            const ByteSpan block = blockOf(sample, start / BlockSize);
-            bits[block.size()] = 0;
+    /// Cost of the sample with the distances so far and this one.
+    [[nodiscard]] std::int64_t costWith(std::uint16_t distance) const {
+        std::int64_t sum = 0;
+        std::array<std::int32_t, BlockSize + 1> costs{};
+        for (std::size_t number = 0; number < blocksIn(sample.size()); ++number) {
+            const ByteSpan block = blockOf(sample, number);
+            const std::uint16_t* former = &longest[number * BlockSize];
+            std::int32_t next = 0;
+            costs[block.size()] = 0;
             forEachRun(block, distance, [&](std::size_t place, unsigned run) {
-                const unsigned length = std::max<unsigned>(run, longest[start + place]);
-                float best = literalBits[block[place]] + bits[place + 1];
-                if (length != 0) best = std::min(best, matchBits[length] + bits[place + length]);
-                bits[place] = best;
+                const unsigned length = std::max<unsigned>(run, former[place]);
+                const std::int32_t literal = literalCosts[block[place]] + next;
+                const std::int32_t match = matchCosts[length] + costs[place + length];
+                next = std::min(literal, match);
+                costs[place] = next;
             });
-            sum += static_cast<double>(bits[0]);
+            sum += next;
         }
         return sum;
     }
 
     void add(std::uint16_t distance) {
-        for (std::size_t start = 0; start < sample.size(); start += BlockSize) {
-            forEachRun(blockOf(sample, start / BlockSize), distance,
-                       [&](std::size_t place, unsigned run) {
-                           std::uint16_t& length = longest[start + place];
-                           length = std::max(length, static_cast<std::uint16_t>(run));
-                       });
+        for (std::size_t number = 0; number < blocksIn(sample.size()); ++number) {
+            std::uint16_t* former = &longest[number * BlockSize];
+            forEachRun(blockOf(sample, number), distance, [&](std::size_t place, unsigned run) {
+                std::uint16_t& length = former[place];
+                length = std::max(length, static_cast<std::uint16_t>(run));
+            });
         }
     }
 
 private:
+    static constexpr std::int32_t NoMatch = 1 << 20;
+
+    [[nodiscard]] static std::int32_t costOf(double bits) {
+        return static_cast<std::int32_t>(std::lround(bits * CostUnit));
+    }
+
     /// From the end of the block: how many bytes repeat those at the distance.
     template <typename Visit>
     static void forEachRun(ByteSpan block, std::uint16_t distance, Visit visit) {
@@ -110,7 +137,8 @@ private:
         std::size_t place = block.size();
         while (place > distance) {
             --place;
-            run = block[place] == block[place - distance] ? run + 1 : 0;
+            const bool same = block[place] == block[place - distance];
+            run = (run + 1) * static_cast<unsigned>(same);
             visit(place, run);
         }
         while (place > 0) visit(--place, 0);
@@ -118,48 +146,54 @@ private:
 
     ByteSpan sample;
     std::vector<std::uint16_t> longest;  ///< match at each place, by the distances so far
-    std::array<float, LiteralCount> literalBits{};
-    std::array<float, BlockSize + 1> matchBits{};
+    std::array<std::int32_t, LiteralCount> literalCosts{};
+    std::array<std::int32_t, BlockSize + 1> matchCosts{};
 };
 
 }  // namespace
 
 Distances chooseDistances(ByteSpan sample, unsigned threads) {
     struct Candidate {
-        double bits = 0;  ///< of the sample with it
         std::uint16_t distance = 0;
-        std::size_t round = 0;  ///< in which `bits` was found
+        std::int64_t gain = 0;
+        std::size_t slot = 0;  ///< for which the gain was found
     };
-    std::vector<std::uint16_t> distances = candidates(sample, threads);
+    std::vector<Candidate> rest;
+    for (const std::uint16_t distance : candidates(sample, threads)) rest.push_back({distance});
+
     RoughParser parser(sample);
-    parser.add(distances[0]);
-    double bits = parser.bitsWith(distances[0]);
-
-    // Gains shrink as distances join, so that the stale gain of a candidate bounds its true one.
-    std::vector<double> gains(distances.size());
-    inParallel(
-        threads, distances.size(),
-        [&](std::uint64_t begin, std::uint64_t end) {
-            for (std::size_t i = begin; i < end; ++i) {
-                gains[i] = bits - parser.bitsWith(distances[i]);
-            }
-        },
-        1);
-
     Distances chosen{};
-    chosen.fill(distances[0]);
+    chosen.fill(1);
+    parser.add(1);
+    std::int64_t cost = parser.costWith(1);
+    const auto findGains = [&](std::size_t count, std::size_t slot) {
+        const auto findSome = [&](std::uint64_t begin, std::uint64_t end) {
+            for (std::size_t i = begin; i < end; ++i) {
+                if (rest[i].slot == slot) continue;
+                rest[i].gain = cost - parser.costWith(rest[i].distance);
+                rest[i].slot = slot;
+            }
+        };
+        inParallel(threads, count, findSome, 1);
+    };
+    // Gains shrink as distances join, so that a candidate's old gain bounds its new one. One that
+    // is still ahead after its gain is found again beats all; the others need not be looked at.
+    const auto sortByGain = [&] {
+        std::stable_sort(rest.begin(), rest.end(), [](const auto& left, const auto& right) {
+            return left.gain > right.gain;
+        });
+    };
+    findGains(rest.size(), 1);
+    sortByGain();
     for (std::size_t slot = 1; slot < SlotCount; ++slot) {
-        std::size_t best = 0;
-        for (std::vector<bool> fresh(distances.size(), false); !fresh[best];) {
-            fresh[best] = true;
-            gains[best] = bits - parser.bitsWith(distances[best]);
-            best = static_cast<std::size_t>(std::max_element(gains.begin(), gains.end()) -
-                                            gains.begin());
+        while (rest[0].slot != slot) {
+            findGains(RefreshSize, slot);
+            sortByGain();
         }
-        chosen[slot] = distances[best];
-        parser.add(distances[best]);
-        bits -= gains[best];
-        gains[best] = 0;
+        chosen[slot] = rest[0].distance;
+        cost -= rest[0].gain;
+        parser.add(rest[0].distance);
+        rest.erase(rest.begin());
     }
     std::sort(chosen.begin(), chosen.end());
     return chosen;

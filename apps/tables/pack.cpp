@@ -22,7 +22,7 @@ using std::filesystem::path;
 
 /// Blocks looked at for the distances, and for the first costs of the symbols.
 constexpr std::uint64_t DistanceSample = 48;
-constexpr std::uint64_t CostSample = 512;
+constexpr std::uint64_t CostSample = 128;
 
 /// Blocks in memory at a time.
 constexpr std::uint64_t BatchSize = 1024;
@@ -120,7 +120,7 @@ Coding chooseCoding(PlainFile& file, unsigned threads, ProgressReport& report) {
 std::string reasonOf(DatacompFailure failure) {
     switch (failure) {
         case DatacompFailure::Read: return "is no packed table, or is cut short";
-        case DatacompFailure::OutOfMemory: return "needs more memory than there is";
+        case DatacompFailure::OutOfMemory: return "is cut short, or needs too much memory";
         default: return "is damaged";
     }
 }
@@ -191,15 +191,14 @@ void forEachUnpackedBlock(const path& packed, const UnpackedBlockVisitor& visit)
 }
 
 std::uint64_t unpackFile(const path& packed, const path& plain, const PackProgress& progress) {
-    std::unique_ptr<NewFile> output;
+    NewFile output(plain);
     std::uint64_t size = 0;
     forEachUnpackedBlock(packed, [&](ByteSpan block, std::uint64_t number, std::uint64_t count) {
-        if (!output) output = std::make_unique<NewFile>(plain);
-        output->write(block);
+        output.write(block);
         size += block.size();
         if (progress) progress(number + 1, count);
     });
-    if (output) output->finish();
+    output.finish();
     return size;
 }
 
