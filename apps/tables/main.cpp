@@ -137,6 +137,7 @@ PackProgress percentage(ProgressLine& progress) {
 int pack(const Options& options) {
     for (const std::string& file : options.names) {
         const std::filesystem::path packed = packedName(file);
+        if (isPackedName(file)) fail(file, "packed already");
         ProgressLine progress(packed.string());
         const PackResult result =
             packFile(file, packed, {.threads = options.threads, .progress = percentage(progress)});
@@ -191,7 +192,11 @@ int run(int argc, char** argv) {
             ->check(CLI::Range(1, 256))
             ->capture_default_str();
     }
-    CLI11_PARSE(app, argc, argv);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : 1;
+    }
 
     buildStaticTables();
     prepareTableIndex();

@@ -93,13 +93,15 @@ void TableStore::keepOnly(const std::vector<int>& ids) {
 
 std::filesystem::path packedName(std::filesystem::path plain) { return plain += PackedSuffix; }
 
+bool isPackedName(const std::filesystem::path& file) { return file.extension() == PackedSuffix; }
+
 std::filesystem::path plainName(const std::filesystem::path& packed) {
-    if (packed.extension() != PackedSuffix) fail(packed, "not the name of a packed table");
+    if (!isPackedName(packed)) fail(packed, "not the name of a packed table");
     return std::filesystem::path(packed).replace_extension();
 }
 
 std::vector<std::uint8_t> readTableFile(const std::filesystem::path& path) {
-    if (path.extension() == PackedSuffix) {
+    if (isPackedName(path)) {
         std::vector<std::uint8_t> bytes;
         forEachUnpackedBlock(path, [&](ByteSpan block, std::uint64_t, std::uint64_t) {
             bytes.insert(bytes.end(), block.begin(), block.end());

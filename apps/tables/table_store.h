@@ -74,6 +74,9 @@ private:
 /// The name of a packed file: that of the plain one with ".emd".
 [[nodiscard]] std::filesystem::path packedName(std::filesystem::path plain);
 
+/// It ends in ".emd".
+[[nodiscard]] bool isPackedName(const std::filesystem::path& file);
+
 /// The name without ".emd". Throws TableError when it does not end so.
 [[nodiscard]] std::filesystem::path plainName(const std::filesystem::path& packed);
 

@@ -118,7 +118,7 @@ def test_packed_tables(small, tmp_path):
 @pytest.mark.parametrize("arguments, reason", [
     (("make", "krkq"), "no such table"), (("make", "kqqkqq"), "six men"),
     (("info", "kqqkqq.nbw"), "not the name"), (("info", "kqk.nbw"), "cannot be read"),
-    (("verify", "."), "no tables"),
+    (("verify", "."), "no tables"), (("pack", "kqk.nbw.emd"), "packed already"), ((), "subcommand"),
 ])
 def test_refusals(arguments, reason, tmp_path, monkeypatch):
     monkeypatch.chdir(tmp_path)
