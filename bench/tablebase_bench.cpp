@@ -12,13 +12,12 @@
 #include <vector>
 
 #include "board/board.h"
-#include "board/piece_values.h"
 #include "egtb/block_cache.h"
 #include "egtb/registration.h"
 #include "egtb/table_files.h"
 #include "egtb/table_index.h"
 #include "egtb/tablebase_probe.h"
-#include "shell/base/application.h"
+#include "engine_positions.h"
 #include "shell/base/settings.h"
 
 namespace brivok {
@@ -29,17 +28,6 @@ constexpr int FirstFourMen = 6;
 constexpr int LastFourMen = 35;
 constexpr std::uint32_t WholeSet = 256 * Megabyte;  ///< holds every chunk of the set
 constexpr std::uint32_t SmallCache = Megabyte;
-
-void prepareEngine() {
-    static const bool done = [] {
-        buildStaticTables();
-        RefreshPieceValues();
-        theApplication = std::make_unique<Application>();
-        prepareTableIndex();
-        return true;
-    }();
-    benchmark::DoNotOptimize(done);
-}
 
 struct Sample {
     int id;

@@ -107,7 +107,7 @@ public:
     void require(bool holds, std::string_view fault) {
         if (holds) return;
         any = true;
-        PrintUnlogged("FEN error: " + std::string(fault) + "\n");
+        PrintUnlogged(std::string("FEN error: ").append(fault).append("\n"));
     }
     bool any = false;
 };

@@ -1,0 +1,125 @@
+// brivok-bench: measures the engine. What it prints as JSON, bench/compare compares.
+
+#include <cstdio>
+#include <exception>
+#include <span>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "report.h"
+#include "runs.h"
+#include "shell/base/application.h"
+#include "start.h"
+
+namespace {
+
+using namespace brivok;
+
+constexpr int Failure = 1;
+constexpr int DefaultPerftDepth = 4;
+constexpr int DefaultTimedDepth = 8;
+
+struct CommandLine {
+    CLI::App app{
+        "Measures Brivok by processor time: the node rate over a fixed set of positions,\n"
+        "the counting of move trees, and the time to depth. All three without a command."};
+    bool json = false;
+    int signatureDepth = SignatureDepth;
+    int perftDepth = DefaultPerftDepth;
+    int timedDepth = DefaultTimedDepth;
+    std::string fen;
+    std::string variant{nameOf(Variant::Normal)};
+    CLI::App* const signature = app.add_subcommand(
+        "signature",
+        "Search each position with fresh tables; at the default depth the total of "
+        "nodes is known, and any other ends with code 1");
+    CLI::App* const perft = app.add_subcommand("perft", "Count the legal move trees");
+    CLI::App* const depth = app.add_subcommand("depth", "Measure the time until each depth");
+
+    CommandLine() {
+        app.require_subcommand(0, 1);
+        app.add_flag("--json", json, "Print JSON; seconds are there by both clocks");
+        addCommonOptions(*signature, signatureDepth, MaxBenchDepth);
+        addCommonOptions(*perft, perftDepth, MaxBenchPerftDepth);
+        addCommonOptions(*depth, timedDepth, MaxBenchDepth);
+        auto* const position =
+            perft->add_option("--fen", fen, "Only this position; all of the set without it");
+        perft->add_option("--variant", variant, "The rules of the position")
+            ->needs(position)
+            ->check(CLI::IsMember(
+                std::vector<std::string>(std::begin(VariantNames), std::end(VariantNames))))
+            ->capture_default_str();
+    }
+
+    [[nodiscard]] bool wants(const CLI::App& command) const {
+        return command.parsed() || app.get_subcommands().empty();
+    }
+
+private:
+    static void addCommonOptions(CLI::App& command, int& depthValue, int most) {
+        command.fallthrough();  // for --json
+        command.add_option("--depth", depthValue, "Half-moves")
+            ->check(CLI::Range(1, most))
+            ->capture_default_str();
+    }
+};
+
+/// Measures and reports; false when a total is wrong.
+bool carryOut(const CommandLine& line) {
+    JsonWriter json;
+    json.open('{');
+    json.member("engine", std::string_view(EngineName));
+    json.member("build", std::string_view(BRIVOK_BUILD));
+    bool right = true;
+    const auto report = [&](const CLI::App& command, const Run& done, auto print) {
+        right = right && done.isRight();
+        if (line.json) {
+            json.key(command.get_name());
+            writeRun(json, done);
+        } else {
+            print(done);
+            std::printf("\n");
+            std::fflush(stdout);
+        }
+    };
+
+    if (!line.json) std::printf("%s (%s)\n\n", EngineName, BRIVOK_BUILD);
+    if (line.wants(*line.signature)) {
+        report(*line.signature, runSignature(line.signatureDepth),
+               [](const Run& done) { printRun("Signature", done); });
+    }
+    if (line.wants(*line.perft)) {
+        const TestPosition own{*variantNamed(line.variant), line.fen.c_str()};
+        const auto positions = line.fen.empty() ? signaturePositions() : std::span(&own, 1);
+        report(*line.perft, runPerft(positions, line.perftDepth),
+               [](const Run& done) { printRun("Perft", done); });
+    }
+    if (line.wants(*line.depth)) report(*line.depth, runDepths(line.timedDepth), printDepths);
+    json.close('}');
+    if (line.json) std::printf("%s\n", json.text().c_str());
+    return right;
+}
+
+int run(int argc, char** argv) {
+    CommandLine line;
+    try {
+        line.app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return line.app.exit(error) == 0 ? 0 : Failure;
+    }
+    startEngine();
+    return carryOut(line) ? 0 : Failure;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "brivok-bench: %s\n", error.what());
+        return Failure;
+    }
+}

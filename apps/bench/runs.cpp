@@ -1,0 +1,75 @@
+#include "runs.h"
+
+#include "../book/position.h"
+#include "board/board.h"
+#include "movegen/legal_moves.h"
+#include "movegen/perft.h"
+
+namespace brivok {
+
+namespace {
+
+Measurement measureSearch(const TestPosition& position, int depth) {
+    prepareSearch(position, depth);
+    return measure(searchNodes);
+}
+
+/// Leaves of the move tree of the position on the board, counted apart below each root move.
+std::uint64_t perftLeaves(int depth) {
+    MoveList moves;
+    (void)generateForPosition(theBoard, moves);
+    const int count = theBoard.moveCount;
+    std::uint64_t leaves = 0;
+    for (int i = 0; i < count; ++i) {
+        if (!leavesKingSafe(theBoard, moves[i])) continue;
+        if (depth == 1) {
+            ++leaves;
+            continue;
+        }
+        theBoard.makeMove(moves[i]);
+        leaves += countPerft(theBoard, depth - 1)[static_cast<std::size_t>(depth - 1)];
+        theBoard.unmakeMove();
+    }
+    return leaves;
+}
+
+}  // namespace
+
+Measurement Run::total() const {
+    Measurement sum;
+    for (const PositionRun& run : positions) sum += run.measured;
+    return sum;
+}
+
+Run runSignature(int depth) {
+    Run run{depth, {}, {}};
+    if (depth == SignatureDepth) run.knownNodes = SignatureNodes;
+    for (const TestPosition& position : signaturePositions()) {
+        run.positions.push_back({position, measureSearch(position, depth), {}});
+    }
+    return run;
+}
+
+Run runPerft(std::span<const TestPosition> positions, int depth) {
+    Run run{depth, {}, {}};
+    for (const TestPosition& position : positions) {
+        settings.variant = position.variant;
+        setUpPosition(theBoard, position.fen);
+        run.positions.push_back({position, measure([depth] { return perftLeaves(depth); }), {}});
+    }
+    return run;
+}
+
+Run runDepths(int depth) {
+    Run run{depth, {}, {}};
+    const std::span<const TestPosition> all = signaturePositions();
+    for (std::size_t i = 0; i < all.size(); i += DepthPositionStep) {
+        PositionRun of{all[i], {}, {}};
+        for (int d = 1; d <= depth; ++d) of.depths.push_back(measureSearch(all[i], d));
+        of.measured = of.depths.back();
+        run.positions.push_back(of);
+    }
+    return run;
+}
+
+}  // namespace brivok

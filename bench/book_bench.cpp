@@ -1,0 +1,52 @@
+// Look-ups in the default book, whose file the system has in memory.
+
+#include <benchmark/benchmark.h>
+
+#include "book/opening_book.h"
+#include "engine_positions.h"
+
+namespace brivok {
+namespace {
+
+/// The start position after 1. e4 or the like is there; the positions of the set are not.
+void bookFind(benchmark::State& state, bool known) {
+    prepareEngine();
+    OpeningBook book(BRIVOK_DEFAULT_BOOK);
+    Board board = theBoard;
+    board.NewGame();
+    bool isOpen = book.Open();
+    if (known && isOpen) {
+        bool third = false;
+        const auto candidates = findBookCandidates(board, book, third);
+        isOpen = !candidates.empty();
+        if (isOpen) board.makeMove(candidates.front().move);
+    }
+    if (!known) board = positions().back();
+    BookRecord record;
+    if (!isOpen || book.Find(board, record) != known) {
+        state.SkipWithError("the book does not answer");
+        return;
+    }
+    for (auto _ : state) benchmark::DoNotOptimize(book.Find(board, record));
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK_CAPTURE(bookFind, Known, true);
+BENCHMARK_CAPTURE(bookFind, Unknown, false);
+
+/// All that the engine does for a move from the book, opening the file included.
+void bookSelectMove(benchmark::State& state) {
+    prepareEngine();
+    OpeningBook book(BRIVOK_DEFAULT_BOOK);
+    Board board = theBoard;
+    board.NewGame();
+    if (book.SelectMove(board) == NoMove) {
+        state.SkipWithError("the book does not answer");
+        return;
+    }
+    for (auto _ : state) benchmark::DoNotOptimize(book.SelectMove(board));
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(bookSelectMove);
+
+}  // namespace
+}  // namespace brivok

@@ -1,0 +1,50 @@
+// Move generation. Each iteration goes through the whole set; "each" is the time of one
+// position.
+
+#include <benchmark/benchmark.h>
+
+#include "engine_positions.h"
+#include "movegen/generate.h"
+#include "movegen/legal_moves.h"
+
+namespace brivok {
+namespace {
+
+/// Generates from each board of a set and tells the mean number of moves.
+void generate(benchmark::State& state, std::span<Board> (*set)(),
+              void (*generator)(Board&, Move*)) {
+    const auto boards = set();
+    const UnchangedBoards watch(state, boards);
+    MoveList list;
+    std::int64_t moves = 0;
+    for (auto _ : state) {
+        for (Board& board : boards) {
+            board.moveCount = 0;
+            generator(board, list);
+            benchmark::DoNotOptimize(list);
+            moves += board.moveCount;
+        }
+    }
+    tellTimeOfEach(state, boards.size());
+    state.counters["moves"] =
+        static_cast<double>(moves) /
+        (static_cast<double>(state.iterations()) * static_cast<double>(boards.size()));
+}
+BENCHMARK_CAPTURE(generate, Captures, quietPositions, generateCaptures);
+BENCHMARK_CAPTURE(generate, NonCaptures, quietPositions, generateNonCaptures);
+BENCHMARK_CAPTURE(generate, PseudoLegal, quietPositions, generateMoves);
+BENCHMARK_CAPTURE(generate, Evasions, checkedPositions, generateEvasions);
+
+/// Generation, and each move made, tested and unmade.
+void countLegal(benchmark::State& state) {
+    const auto boards = positions();
+    const UnchangedBoards watch(state, boards);
+    for (auto _ : state) {
+        for (Board& board : boards) benchmark::DoNotOptimize(countLegalMoves(board));
+    }
+    tellTimeOfEach(state, boards.size());
+}
+BENCHMARK(countLegal);
+
+}  // namespace
+}  // namespace brivok

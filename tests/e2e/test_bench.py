@@ -1,0 +1,119 @@
+"""brivok-bench and the scripts that compare with it, through their command lines."""
+
+import json
+import os
+import re
+import subprocess
+from pathlib import Path
+
+import pytest
+
+from uci_engine import BRIVOK, ROOT, SLOW
+
+TOOL = os.path.abspath(os.environ.get("BRIVOK_BENCH", BRIVOK + "-bench"))
+BUILD = Path(BRIVOK).parent.parent
+START = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1"
+
+
+def run(command, *arguments, code=0):
+    """What the program prints; its errors if it must fail."""
+    done = subprocess.run([command, *map(str, arguments)], capture_output=True, text=True,
+                          timeout=600)
+    assert done.returncode == code, done.stdout + done.stderr
+    return done.stderr if code else done.stdout
+
+
+def measured(*arguments):
+    return json.loads(run(TOOL, "--json", *arguments))
+
+
+def check_sums(result):
+    for key in ("nodes", "processorSeconds", "wallSeconds"):
+        assert result[key] == pytest.approx(sum(p[key] for p in result["positions"]), abs=1e-4)
+    assert result["nodes"] == sum(p["nodes"] for p in result["positions"])
+    if result["processorSeconds"] > 0.01:
+        assert result["nodesPerSecond"] == pytest.approx(
+            result["nodes"] / result["processorSeconds"], rel=1e-3)
+
+
+def test_signature_and_depths():
+    """The searches of one command are those of the other, and those of the text."""
+    signature = measured("signature", "--depth", 3)["signature"]
+    check_sums(signature)
+    assert len(signature["positions"]) == 41 and "knownNodes" not in signature
+    text = run(TOOL, "signature", "--depth", 3)
+    nodes = [p["nodes"] for p in signature["positions"]]
+    assert [int(n) for n in re.findall(r"^ +(\d+) +[\d.]+ ", text, re.M)] == [*nodes, sum(nodes)]
+
+    depth = measured("depth", "--depth", 3)["depth"]
+    check_sums(depth)
+    by_fen = {p["fen"]: p["nodes"] for p in signature["positions"]}
+    for position in depth["positions"]:
+        assert [d["depth"] for d in position["depths"]] == [1, 2, 3]
+        assert position["nodes"] == position["depths"][-1]["nodes"] == by_fen[position["fen"]]
+    assert re.search(rf"^ +3 .* {depth['nodes']}$", run(TOOL, "depth", "--depth", 3), re.M)
+
+
+@pytest.mark.skipif(SLOW, reason="takes minutes under the sanitizers")
+def test_all_commands():
+    everything = measured()
+    assert list(everything) == ["engine", "build", "signature", "perft", "depth"]
+    assert everything["signature"]["right"] is True
+    assert everything["signature"]["nodes"] == everything["signature"]["knownNodes"]
+    for name in ("signature", "perft", "depth"):
+        check_sums(everything[name])
+
+
+@pytest.mark.parametrize("variant, fen, depth, count", [
+    ("normal", START, 1, 20), ("normal", START, 4, 197281),
+    ("normal", "8/8/8/8/8/k7/p7/K7 w - - 0 1", 2, 0),
+    ("fischerandom", "qrkb1nbr/pppppppp/8/8/8/8/PPPPPPPP/QRKB1NBR w KQkq - 0 1", 1, None),
+])
+def test_perft(variant, fen, depth, count):
+    perft = measured("perft", "--depth", depth, "--variant", variant, "--fen", fen)["perft"]
+    assert [(p["fen"], p["variant"]) for p in perft["positions"]] == [(fen, variant)]
+    if count is None:
+        other = run(BRIVOK + "-perft", depth, fen, variant)
+        count = int(re.search(r"Nodes: (\d+)", other)[1])
+    assert perft["nodes"] == count
+
+
+@pytest.mark.parametrize("arguments, told", [
+    (["signature", "--depth", 0], "--depth"),
+    (["perft", "--depth", 7], "--depth"),
+    (["perft", "--fen", "8/8 w"], "no position to play from"),
+    (["perft", "--fen", START, "--variant", "chess"], "chess"),
+    (["perft", "--variant", "nocastle"], "--fen"),
+    (["speed"], "speed"),
+    (["signature", "--hash", 3], "--hash"),
+])
+def test_bad_arguments(arguments, told):
+    assert told in run(TOOL, *arguments, code=1)
+
+
+def test_compare():
+    compared = json.loads(run(ROOT / "bench/compare", BUILD, BUILD, "--rounds", 2, "--json",
+                              "--run", "signature --depth 2", "--run", "perft --depth 2"))
+    assert [m["command"] for m in compared["measures"]] == [
+        "signature --depth 2", "perft --depth 2"]
+    for m in compared["measures"]:
+        assert m["nodesA"] == m["nodesB"] > 0
+        assert 0 < m["lowest"] <= m["ratio"] <= m["highest"]
+    assert "not there" in run(ROOT / "bench/compare", BUILD, "/nowhere", code=1)
+    assert "not in range" in run(ROOT / "bench/compare", BUILD, BUILD, "--run", "perft --depth 9",
+                                 code=1)
+
+
+def test_engines(tmp_path, referee):
+    """The counts of both agree, and the table takes the place of the old one."""
+    page = tmp_path / "page.md"
+    page.write_text("before\n<!-- engines: begin -->\nold\n<!-- engines: end -->\nafter\n")
+    command = [ROOT / "bench/engines", BUILD, "--engines", "stockfish", "--rounds", 1, "--seconds",
+               0.05, "--perft-depth", 2, "--write"]
+    assert "not the same unit" in run(*command, page)
+    text = page.read_text()
+    assert text.startswith("before\n<!-- engines: begin -->\n| Engine ") and "old" not in text
+    assert text.endswith("\n<!-- engines: end -->\nafter\n")
+    assert len(re.findall(r"^\| (?:Brivok|Stockfish) .* \d+\.\d\d \|$", text, re.M)) == 2
+    page.write_text("no place for a table\n")
+    assert "engines: begin" in run(*command, page, code=1)
