@@ -1,8 +1,5 @@
 // A libFuzzer target: whatever the bytes of a compressed table are, to read its header and to
 // decode its blocks stays within all buffers and ends.
-//   clang++ -std=c++20 -g -O1 -fsanitize=fuzzer,address,undefined -Isrc -Itests
-//       fuzz/datacomp_fuzz.cpp src/egtb/datacomp.cpp src/egtb/huffman.cpp -o datacomp_fuzz
-//   ./datacomp_fuzz -malloc_limit_mb=64 CORPUS fuzz/corpus/datacomp
 
 #include <cstddef>
 #include <cstdint>

@@ -10,17 +10,10 @@
 #include <nlohmann/json.hpp>
 
 #include "board/coordinate.h"
-#include "board/piece_values.h"
-#include "eval/evaluate.h"
-#include "hash/eval_hash.h"
-#include "hash/pawn_hash.h"
-#include "hash/search_stats.h"
-#include "hash/transposition_table.h"
+#include "fresh_engine.h"
 #include "movegen/generate.h"
 #include "movegen/legal_moves.h"
 #include "movegen/move_text.h"
-#include "search/searcher.h"
-#include "search/time_control.h"
 #include "shell/base/application.h"
 
 namespace brivok {
@@ -28,39 +21,16 @@ namespace brivok {
 namespace {
 
 /// Once in a process. Searches look at the standard input while they run.
-bool prepareProcess() {
-    buildStaticTables();
-    return std::freopen("/dev/null", "r", stdin) != nullptr;
-}
+bool closeInput() { return std::freopen("/dev/null", "r", stdin) != nullptr; }
 
 }  // namespace
 
 EngineTest::EngineTest() : board(theBoard) {
-    static const bool prepared = prepareProcess();
-    EXPECT_TRUE(prepared);
-    static const Board emptyBoard;
-    theBoard = emptyBoard;
-
-    settings = Settings{};
-    RefreshPieceValues();
+    static const bool closed = closeInput();
+    EXPECT_TRUE(closed);
     if (theApplication == nullptr) theApplication = std::make_unique<Application>();
     theApplication->currentProtocol = Protocol::Uci;
-    transpositionTable = TranspositionTable{};
-    transpositionTable.resize();
-    evalHashTable.Allocate();
-    pawnHashTable.Allocate();
-    lazyMargin = 0;
-    searchStats = SearchStats{};
-
-    theSearcher.searchMode = SearchMode::Idle;
-    theSearcher.maxIteration = NoFixedDepth;
-    theSearcher.nodeLimit = 0;
-    theSearcher.ponderEnabled = true;
-    theSearcher.stopSearch = false;
-    theSearcher.ponderMove = NoMove;
-    theSearcher.iterationScore = theSearcher.iteration = theSearcher.selDepth = 0;
-    theSearcher.nodesAtIteration.fill(0);
-    theBoard.NewGame();
+    makeFresh();
 }
 
 void setPosition(std::string_view fen, Variant variant) {

@@ -214,6 +214,7 @@ TEST_F(BookGames, CountsGames) {
     };
     for (const auto& [text, verdict] : cases) {
         EXPECT_EQ(observe(text, options), verdict) << text;
+        EXPECT_TRUE(observations.empty() || verdict == Verdict::Counted) << text;
         EXPECT_EQ(board.ply, 0U);
     }
     EXPECT_EQ(observe("1. e4\ne5\n2. e4 1-0"), Verdict::Broken);

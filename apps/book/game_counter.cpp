@@ -31,6 +31,7 @@ Verdict GameCounter::observe(PgnGame& game, std::vector<Observation>& observatio
 
     const bool played = play(game, observations);
     while (board.ply > 0) board.unmakeMove();
+    if (!played) observations.clear();
     return played ? Verdict::Counted : Verdict::Broken;
 }
 

@@ -1,7 +1,6 @@
 #include "egtb/registration.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <new>
@@ -33,16 +32,8 @@ constexpr int LastShortName = 110;
 /// Files found since the start of the program; never reset.
 int compressedFiles = 0;
 
-/// A damaged table must not be mistaken for a missing one. The process ends on the spot, with all
-/// streams flushed, and nothing above is told.
-[[noreturn]] void endWith(const std::string& text) {
-    PrintUnlogged("*** " + text + "\n");
-    std::fflush(nullptr);
-    std::_Exit(1);
-}
-
 [[noreturn]] void endWithoutMemory(std::size_t bytes) {
-    endWith("Cannot allocate " + std::to_string(bytes) + " bytes of memory");
+    EndAtOnce("Cannot allocate " + std::to_string(bytes) + " bytes of memory");
 }
 
 /// None also for a folder, which can be opened as well, and for a pipe, which would block.
@@ -109,15 +100,15 @@ void checkLength(const std::string& path, const FileSlot& slot, std::uint64_t le
         rest %= whole;
     }
     if (length == whole || length == rest) return;
-    endWith(path + " corrupted " + std::to_string(whole) + " " + std::to_string(rest) + " " +
-            std::to_string(length));
+    EndAtOnce(path + " corrupted " + std::to_string(whole) + " " + std::to_string(rest) + " " +
+              std::to_string(length));
 }
 
 void checkPlainFile(const std::string& path, const FileSlot& slot, std::FILE* file) {
     // Larger files are believed: their length need not fit a long.
     if (slot.entryBytes() != 1 || slot.size() >= std::uint64_t{1} << 31U) return;
     const long length = std::fseek(file, 0, SEEK_END) == 0 ? std::ftell(file) : -1;
-    if (length < 0) endWith("Seek in " + path + " failed");
+    if (length < 0) EndAtOnce("Seek in " + path + " failed");
     checkLength(path, slot, static_cast<std::uint64_t>(length));
 }
 
@@ -126,10 +117,10 @@ std::unique_ptr<DatacompFile> readHeader(const std::string& path, const FileSlot
     std::unique_ptr<DatacompFile> decoder;
     const DatacompFailure failure = OpenDatacompFile(file, decoder);
     if (failure != DatacompFailure::None) {
-        endWith("Unable to read " + path + " - " + wordsFor(failure));
+        EndAtOnce("Unable to read " + path + " - " + wordsFor(failure));
     }
     if (decoder->blockSize != static_cast<std::int32_t>(ChunkBytes)) {
-        endWith(path + ": Unsupported block size " + std::to_string(decoder->blockSize));
+        EndAtOnce(path + ": Unsupported block size " + std::to_string(decoder->blockSize));
     }
     checkLength(path, slot, entriesIn(*decoder, slot));
     return decoder;
@@ -252,8 +243,8 @@ int RegisterTables(std::string_view dir) try {
     if (compressedFiles != 0) {
         decodeScratch = makeOrNone<DecodeScratch>();
         if (decodeScratch == nullptr) {
-            endWith("Cannot allocate decode block: error code " +
-                    std::to_string(static_cast<int>(DatacompFailure::OutOfMemory)));
+            EndAtOnce("Cannot allocate decode block: error code " +
+                      std::to_string(static_cast<int>(DatacompFailure::OutOfMemory)));
         }
     }
     return menOf(largest);

@@ -15,8 +15,13 @@ class ZeroedArray {
     static_assert(std::is_trivially_copyable_v<Record> && std::is_trivially_destructible_v<Record>);
 
 public:
-    /// Frees the old array and makes one of `count` zeroed records; false when refused.
+    /// Makes an array of `count` zeroed records in place of the old one, in its memory if it has
+    /// the size; false when refused.
     [[nodiscard]] bool allocate(std::size_t count) {
+        if (count == length) {
+            clear();
+            return true;
+        }
         records.reset();
         length = 0;
         const std::size_t bytes = (count * sizeof(Record) + CacheLine - 1) / CacheLine * CacheLine;

@@ -5,14 +5,6 @@
 
 namespace brivok {
 
-namespace {
-
-/// Nodes between two looks at the input and the clock.
-constexpr std::uint32_t PollInterval = 20000;
-constexpr std::uint32_t PonderPollInterval = 5000;
-
-}  // namespace
-
 /// What counts at the end of the input: pondering and analysis wait for a word that cannot come any
 /// more, whatever other limits they have.
 bool Searcher::endsByItself() const {

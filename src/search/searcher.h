@@ -32,6 +32,10 @@ inline constexpr int FirstTimedIteration = 3;
 /// No fixed depth is larger: the depth of such an iteration, in units, still fits an int.
 inline constexpr std::int64_t DeepestIteration = 100'000'000;
 
+/// Nodes between two looks at the input and the clock. The first look comes at the first node.
+inline constexpr std::uint32_t PollInterval = 20000;
+inline constexpr std::uint32_t PonderPollInterval = 5000;
+
 /// State of the search; odd values mean that one is running.
 enum class SearchMode : int { Idle = 0, Thinking = 1, Pondering = 3, Analysing = 5 };
 

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "platform/platform.h"
+#include "shell/base/console.h"
 
 namespace brivok {
 
@@ -22,6 +23,12 @@ void ExitProgram(int code) {
         theApplication.reset();
     }
     std::exit(code);
+}
+
+void EndAtOnce(const std::string& text) {
+    PrintUnlogged("*** " + text + "\n");
+    std::fflush(nullptr);
+    std::_Exit(1);
 }
 
 }  // namespace brivok

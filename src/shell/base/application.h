@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "shell/base/logger.h"
@@ -48,8 +49,12 @@ public:
 /// The one Application, made by the entry of the program.
 extern std::unique_ptr<Application> theApplication;
 
-/// The only way out of the process: deletes the handler, which may still be on the call stack,
+/// The usual way out of the process: deletes the handler, which may still be on the call stack,
 /// closes the log and ends with `code` (0 for "quit", 1 for every failure).
 [[noreturn]] void ExitProgram(int code);
+
+/// The other one, with code 1, where data are damaged and nothing above is to be told: prints
+/// "*** " and the text, flushes all streams and ends on the spot.
+[[noreturn]] void EndAtOnce(const std::string& text);
 
 }  // namespace brivok

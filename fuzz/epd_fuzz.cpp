@@ -1,0 +1,12 @@
+// A libFuzzer target: whatever a suite holds, "epdtest" and "evaltest" run through it.
+
+#include <cstddef>
+
+#include "outside.h"
+#include "session.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {
+    brivok::fuzz::writeFile("suite.epd", {data, size});
+    brivok::fuzz::runEngine("evaltest\nsuite.epd\nepdtest\nsuite.epd\n1\n");
+    return 0;
+}

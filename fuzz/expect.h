@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace brivok::fuzz {
+
+/// What must hold, whatever the input is.
+inline void expect(bool holds, const char* what) {
+    if (holds) return;
+    std::fprintf(stderr, "expected: %s\n", what);
+    std::abort();
+}
+
+}  // namespace brivok::fuzz

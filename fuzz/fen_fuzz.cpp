@@ -1,0 +1,78 @@
+// A libFuzzer target: whatever a line says, the position that comes of it is one to play on with.
+// The first character chooses the variant: 0, 1 or 2.
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "../apps/book/book_error.h"
+#include "../apps/book/position.h"
+#include "../apps/book/san_reader.h"
+#include "board/coordinate.h"
+#include "eval/evaluate.h"
+#include "expect.h"
+#include "movegen/legal_moves.h"
+#include "movegen/move_text.h"
+#include "search/searcher.h"
+#include "session.h"
+#include "shell/base/settings.h"
+
+namespace brivok {
+namespace {
+
+using fuzz::expect;
+
+/// One king a side, and the side that has moved not in check: what a game can come to, and no more
+/// than that is promised for.
+bool isPlayable(const Board& board) {
+    const auto kings = [&board](Piece king) { return std::ranges::count(board.squares, king); };
+    return kings(WhiteKing) == 1 && kings(BlackKing) == 1 && !board.moverInCheck();
+}
+
+/// A legal move is found again by its texts, and they leave the board alone.
+void readBack(Board& board, Move move) {
+    const std::uint64_t key = board.hashKey;
+    expect(isLegalMove(board, move), "a move that is safe is legal");
+    const std::string squares = moveToCoordinate(move);
+    expect(moveToCoordinate(parseMove(board, squares)) == squares,
+           "a move is found by its squares");
+    // The engine names no more than one rival.
+    const SanReading reading = readSan(board, moveToSan(board, move));
+    expect(reading.move == move || reading.fault == "ambiguous move",
+           "a move is found by its name");
+    expect(board.hashKey == key, "the board is as before");
+}
+
+void playEveryMove(Board& board) {
+    const bool playable = isPlayable(board);
+    MoveList moves;
+    generateForPosition(board, moves);
+    for (int i = 0, count = board.moveCount; i < count; ++i) {
+        expect(!playable || board.isMoveValid(moves[i]), "a generated move is valid");
+        if (leavesKingSafe(board, moves[i]) && playable) readBack(board, moves[i]);
+    }
+}
+
+void setUpForBook(Board& board, std::string_view line) try {
+    setUpPosition(board, line);
+} catch (const BookError&) {
+}
+
+}  // namespace
+}  // namespace brivok
+
+extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {
+    using namespace brivok;
+    if (size == 0) return 0;
+    fuzz::freshBoard();
+    settings.variant = static_cast<Variant>(static_cast<unsigned char>(data[0]) % 3);
+    const std::string_view line(data + 1, size - 1);
+    Board& board = theBoard;
+    board.setPositionFromFen(line);
+    (void)Evaluate(board, -MateScore, MateScore);
+    playEveryMove(board);
+    setUpForBook(board, line);
+    return 0;
+}

@@ -1,0 +1,40 @@
+#include "fresh_engine.h"
+
+#include "board/piece_values.h"
+#include "eval/evaluate.h"
+#include "hash/eval_hash.h"
+#include "hash/pawn_hash.h"
+#include "hash/search_stats.h"
+#include "hash/transposition_table.h"
+#include "search/searcher.h"
+#include "shell/base/settings.h"
+
+namespace brivok {
+
+void makeFresh() {
+    static const bool built = (buildStaticTables(), true);
+    static_cast<void>(built);
+    static const Board emptyBoard;
+    theBoard = emptyBoard;
+
+    settings = Settings{};
+    RefreshPieceValues();
+    transpositionTable = TranspositionTable{};
+    transpositionTable.resize();
+    evalHashTable.Allocate();
+    pawnHashTable.Allocate();
+    lazyMargin = 0;
+    searchStats = SearchStats{};
+
+    theSearcher.searchMode = SearchMode::Idle;
+    theSearcher.maxIteration = NoFixedDepth;
+    theSearcher.nodeLimit = 0;
+    theSearcher.ponderEnabled = true;
+    theSearcher.stopSearch = false;
+    theSearcher.ponderMove = NoMove;
+    theSearcher.iterationScore = theSearcher.iteration = theSearcher.selDepth = 0;
+    theSearcher.nodesAtIteration.fill(0);
+    theBoard.NewGame();
+}
+
+}  // namespace brivok
