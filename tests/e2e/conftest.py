@@ -1,9 +1,6 @@
-import os
-import shutil
-
 import pytest
 
-from uci_engine import Brivok, Referee
+from uci_engine import Brivok, Referee, installed
 
 
 @pytest.fixture
@@ -30,10 +27,9 @@ def engine(start):
 
 @pytest.fixture(scope="session")
 def referee():
-    command = shutil.which("stockfish", path=os.environ.get("PATH", "") + ":/usr/games")
-    if not command:
+    if not installed("stockfish"):
         pytest.skip("no stockfish to act as referee")
-    process = Referee(command)
+    process = Referee()
     yield process
     process.send("quit")
     process.p.wait(10)

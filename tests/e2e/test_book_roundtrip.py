@@ -2,7 +2,6 @@
 positions are told apart by their text, not by keys."""
 
 import os
-import shutil
 import subprocess
 from collections import defaultdict
 from pathlib import Path
@@ -10,7 +9,7 @@ from pathlib import Path
 import pytest
 
 from test_book_tool import RECORD, TOOL
-from uci_engine import ROOT, SLOW
+from uci_engine import ROOT, SLOW, installed
 
 GAMES = Path(os.environ.get("BRIVOK_GAMES", ROOT / "data/book/games.pgn"))
 PLIES = 40
@@ -52,7 +51,7 @@ def count_positions(lines):
 
 @pytest.mark.skipif(SLOW, reason="the same games would take minutes")
 def test_every_count_is_equal(tmp_path):
-    program = shutil.which("pgn-extract", path=os.environ.get("PATH", "") + ":/usr/games")
+    program = installed("pgn-extract")
     assert program, "Debian's pgn-extract is missing"
     replayed = subprocess.run([program, "-s", "-Wepd", GAMES], capture_output=True, text=True,
                               encoding="latin-1", check=True)

@@ -5,55 +5,11 @@ import time
 
 import pytest
 
+from game import Clocks, Game
 from uci_engine import SLACK, SLOW, squares
 
 PLIES = 24 if SLOW else 200
 TIME_UNIT = 5 if SLOW else 1  # clocks of a sanitizer build run longer
-
-
-class Game:
-    def __init__(self, referee, start="startpos", fischer=False):
-        self.referee, self.start, self.fischer = referee, start, fischer
-        self.moves, self.theirs, self.seen = [], [], []
-        self._look()
-
-    def _look(self):
-        self.legal, self.fen, self.check = self.referee.look(self.start, self.theirs, self.fischer)
-        self.seen.append(self.fen.split()[:4])
-
-    def line(self, *guess):
-        return f"position {self.start} moves {' '.join([*self.moves, *guess])}"
-
-    def play(self, reply):
-        assert reply.best in self.legal, (reply.best, self.line())
-        self.push(reply.best)
-        assert reply.ponder is None or reply.ponder in self.legal, (reply.ponder, self.line())
-
-    def push(self, move):
-        self.theirs.append(self.legal[move])
-        self.moves.append(move)
-        self._look()
-
-    @property
-    def white(self):
-        return self.fen.split()[1] == "w"
-
-    @property
-    def end(self):
-        if not self.legal:
-            return "mate" if self.check else "stalemate"
-        men = "".join(squares(self.fen).values()).lower()
-        if len(men) == 2 or len(men) == 3 and set(men) & set("bn"):
-            return "insufficient"
-        if int(self.fen.split()[4]) > 100:
-            return "fifty"
-        return "repetition" if self.seen.count(self.seen[-1]) >= 3 else None
-
-    def check_end(self, engine):
-        """With the game over by rule there is no move; repetition is the interface's to claim."""
-        best = engine.go("go depth 3", self.line()).best
-        over = self.end in ("mate", "stalemate") or self.end != "repetition" and len(self.legal) > 1
-        assert best == "a8a8" if over else best in self.legal, (best, self.end, self.line())
 
 
 def self_play(game, engines, go, plies=PLIES, limit=None, ends=None):
@@ -69,29 +25,14 @@ def self_play(game, engines, go, plies=PLIES, limit=None, ends=None):
         game.check_end(engines[0])
 
 
-class Clocks:
-    """Two clocks in milliseconds, of which no side may ever use more than it has."""
-
-    def __init__(self, base, increment=0, session=0):
-        self.left, self.base, self.increment = [base, base], base, increment
-        self.session = session  # moves per control, told to the engine as "movestogo"
-        self.done = [0, 0]
-
-    def text(self, side):
-        text = "wtime {} btime {}".format(*(int(x) for x in self.left))
-        if self.increment:
-            text += f" winc {self.increment} binc {self.increment}"
-        return text + (f" movestogo {self.session - self.done[side]}" if self.session else "")
+class Timed(Clocks):
+    """Clocks of which no side may ever use more than it has."""
 
     def spend(self, side, seconds):
-        assert seconds * 1000 <= self.left[side] + SLACK * 1000, (seconds, self.left)
-        self.left[side] = max(10, self.left[side] - seconds * 1000) + self.increment
-        self.done[side] += 1
-        if self.session and self.done[side] == self.session:
-            self.done[side], self.left[side] = 0, self.base
+        assert super().spend(side, seconds) <= SLACK * 1000, (seconds, self.left)
 
     def move(self, engine, game):
-        side = 0 if game.white else 1
+        side = game.side
         reply = engine.go("go " + self.text(side), game.line(), self.left[side] / 1000)
         self.spend(side, reply.seconds)
         game.play(reply)
@@ -100,7 +41,7 @@ class Clocks:
 @pytest.mark.parametrize("base, increment, session, plies", [
     (1500, 20, 0, 160), (1500, 0, 0, 120), (200, 0, 1, 30), (400, 0, 4, 60), (60, 10, 0, 60)])
 def test_clocks(start, referee, base, increment, session, plies):
-    clocks = Clocks(base * TIME_UNIT, increment * TIME_UNIT, session)
+    clocks = Timed(base * TIME_UNIT, increment * TIME_UNIT, session)
     self_play(Game(referee), [start()], clocks.move, min(plies, PLIES))
 
 
@@ -128,11 +69,11 @@ def test_infinite_and_stop(engine, referee):
 
 def test_pondering(start, referee):
     """Both sides think on each other's time, as an interface has it done."""
-    clocks, guesses, counts = Clocks(3000 * TIME_UNIT, 20 * TIME_UNIT), {}, {"hit": 0, "miss": 0}
+    clocks, guesses, counts = Timed(3000 * TIME_UNIT, 20 * TIME_UNIT), {}, {"hit": 0, "miss": 0}
     engines = [start(), start()]
 
     def go(engine, game):
-        side = 0 if game.white else 1
+        side = game.side
         guess = guesses.pop(engine, None)
         begin = time.monotonic()
         if guess == game.moves[-1:]:

@@ -6,7 +6,7 @@ import time
 
 import pytest
 
-from test_games import Game
+from game import Game
 from test_input import run
 from test_protocol import MIDDLE, START, diagram
 from uci_engine import ROOT, SLACK, SLOW

@@ -2,17 +2,15 @@
 
 import os
 import re
-import shutil
 import subprocess
 
 import pytest
 
-from test_games import Game
-from uci_engine import BRIVOK, PATIENCE, SLOW
+from game import Game
+from uci_engine import BRIVOK, PATH, PATIENCE, SLOW, installed
 from winboard_engine import CLAIMS, read_san
 
-PATH = os.environ.get("PATH", "") + ":/usr/games"
-XBOARD, XVFB = (shutil.which(name, path=PATH) for name in ("xboard", "xvfb-run"))
+XBOARD, XVFB = (installed(name) for name in ("xboard", "xvfb-run"))
 # All claims are left to the engines. xboard tests each of them, and counts a false one as a loss.
 QUIET = ["-noGUI", "-popupExitMessage", "false", "-popupMoveErrors", "false", "-soundProgram", "",
          "-saveSettingsOnExit", "false", "-matchPause", "20", "-testClaims", "true", "-checkMates",

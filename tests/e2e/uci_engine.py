@@ -3,6 +3,7 @@
 import os
 import queue
 import re
+import shutil
 import subprocess
 import tempfile
 import threading
@@ -11,6 +12,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 BRIVOK = os.path.abspath(os.environ.get("BRIVOK", ROOT / "build/release/bin/brivok"))
+PATH = os.environ.get("PATH", "") + ":/usr/games"  # where Debian keeps games
 SLOW = os.environ.get("BRIVOK_SLOW") == "1"  # a sanitizer build: shorter games, longer clocks
 PATIENCE = 120 if SLOW else 30  # seconds until an engine counts as hanging
 SLACK = 3.0 if SLOW else 0.03  # seconds between a limit and its "bestmove" at the other end
@@ -27,6 +29,11 @@ SEARCH_OUTPUT = re.compile(
         \ nodes\ \d+\ nps\ \d+\ hashfull\ \d+\ (?:tbhits\ \d+)?
     |info\ nodes\ \d+\ nps\ \d+\ hashfull\ \d+\ (?:\ tbhits\ \d+)?
     |\ \ \ \+(?:---\+){{8}}|\ [1-8]\ \|.*|\ {{5}}(?:[a-h#]\ {{3}}){{8}}""", re.X)
+
+
+def installed(name):
+    """The file of a program, or None."""
+    return shutil.which(name, path=PATH)
 
 
 class Process:
@@ -178,8 +185,8 @@ class Referee(Process):
     """Stockfish as the authority on the rules. It writes Fischer-random castling as king takes
     rook; here moves are in the tested engine's words, with its own behind them."""
 
-    def __init__(self, command):
-        super().__init__([command])
+    def __init__(self):
+        super().__init__([installed("stockfish")])
         self.fischer = False
         self.send("uci")
         self.wait("uciok")

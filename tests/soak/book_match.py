@@ -9,19 +9,17 @@ The engine is build/release/bin/brivok, or BRIVOK in the environment. BOOK may b
 sides play alike. Exit code 1 on an illegal move, a crash or a hang."""
 
 import argparse
-import math
-import os
 import shutil
 import sys
 import tempfile
-from collections import Counter
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 sys.path[:0] = [str(ROOT / "tests/e2e"), str(ROOT / "scripts")]
 
+from game import Game  # noqa: E402
 from make_book_games import DRAW, Adjudicator, last_score  # noqa: E402
-from test_games import Game  # noqa: E402
+from standing import Standing  # noqa: E402
 from uci_engine import Brivok, Referee  # noqa: E402
 
 BOOK_NAME = "libro.bin"
@@ -36,7 +34,7 @@ def play(engines, referee, go):
         engine.send("ucinewgame")
         engine.ready()
     while not game.end:
-        side = 0 if game.white else 1
+        side = game.side
         engines[side].send(game.line(), "go " + go)
         lines = engines[side].wait("bestmove")
         move = lines[-1].split()[1]
@@ -51,25 +49,15 @@ def play(engines, referee, go):
         if result or len(game.moves) == MOST_PLIES:
             return result or DRAW, game.moves, booked
         game.push(move)
-    if game.end == "mate":
-        return "0-1" if game.white else "1-0", game.moves, booked
-    return DRAW, game.moves, booked
+    return game.result, game.moves, booked
 
 
-def elo(share):
-    return -400 * math.log10(1 / min(max(share, 1e-3), 1 - 1e-3) - 1)
-
-
-def report(points, lines, booked):
-    """Points are those of the side with the book."""
-    games = len(points)
-    share = sum(points) / games
-    error = math.sqrt(sum((x - share) ** 2 for x in points) / games / games)
-    low, high = share - 1.96 * error, share + 1.96 * error
-    tally = Counter(points)
-    print(f"score of the book's side: {sum(points):g} of {games} "
-          f"(+{tally[1]} ={tally[0.5]} -{tally[0]}), {share:.1%} +- {1.96 * error:.1%}")
-    print(f"rating difference: {elo(share):+.0f} (95 %: {elo(low):+.0f} to {elo(high):+.0f})")
+def report(standing, lines, booked):
+    """The standing is that of the side with the book."""
+    games, (difference, low, high) = standing.games, standing.rating()
+    print(f"score of the book's side: {standing.points:g} of {games} "
+          f"(+{standing.won} ={standing.drawn} -{standing.lost}), {standing.share:.1%}")
+    print(f"rating difference: {difference:+.0f} (95 %: {low:+.0f} to {high:+.0f})")
     print(f"distinct games: {len(set(lines))}")
     print(f"book moves a game: {sum(b for b, _ in booked) / games:.1f}, "
           f"at most {max(b for b, _ in booked)}; without the book: {sum(n for _, n in booked)}")
@@ -81,8 +69,8 @@ def main():
     parser.add_argument("--games", type=int, default=200)
     parser.add_argument("--go", default="movetime 50", help="limit of a search (movetime 50)")
     options = parser.parse_args()
-    referee = Referee(shutil.which("stockfish", path=os.environ["PATH"] + ":/usr/games"))
-    points, lines, booked, troubles = [], [], [], 0
+    referee = Referee()
+    standing, lines, booked, troubles = Standing(), [], [], 0
 
     with tempfile.TemporaryDirectory() as with_book, tempfile.TemporaryDirectory() as without:
         if options.book != "none":
@@ -100,9 +88,7 @@ def main():
                     engine.p.kill()
                 engines = []
                 continue
-            points.append({"1-0": 1, "0-1": 0, DRAW: 0.5}[result])
-            if order < 0:
-                points[-1] = 1 - points[-1]
+            standing.add(result, white=order > 0)
             lines.append(tuple(moves))
             booked.append(counts[::order])
             if sys.stdout.isatty():
@@ -111,8 +97,8 @@ def main():
             engine.send("quit")
             engine.p.wait(10)
     referee.send("quit")
-    if points:
-        report(points, lines, booked)
+    if standing.games:
+        report(standing, lines, booked)
     print(f"illegal moves, crashes and hangs: {troubles}")
     return 1 if troubles else 0
 

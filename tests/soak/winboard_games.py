@@ -8,10 +8,8 @@ the engines are compared with the referee's. Both processes live as long as the 
 The engine is build/release/bin/brivok, or BRIVOK in the environment. Exit code 1 on any trouble."""
 
 import argparse
-import os
 import random
 import re
-import shutil
 import sys
 import tempfile
 import time
@@ -20,7 +18,7 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "e2e"))
 
-from test_games import Game  # noqa: E402
+from game import Game  # noqa: E402
 from test_winboard import shown  # noqa: E402
 from uci_engine import BRIVOK, Referee  # noqa: E402
 from winboard_engine import CLAIMS, OTHER, RESULTS, THINKING, WinBoard  # noqa: E402
@@ -59,7 +57,7 @@ def play(engines, referee, chance, ponder, control, base):
         check(engine.ask(*(f"usermove {move}" for move in game.moves), timeout=PATIENCE))
 
     while not game.end and len(game.moves) < MOST_PLIES:
-        side = 0 if game.white else 1
+        side = game.side
         mover = engines[side]
         lines = [f"time {int(clocks[side])}", f"otim {int(clocks[1 - side])}"]
         if len(game.moves) > opening:
@@ -83,7 +81,7 @@ def play(engines, referee, chance, ponder, control, base):
         end, result = close(game, engines, playing)
     else:
         end, result = "unfinished", "*"
-        engines[0 if game.white else 1].send("force", "usermove " + game.moves[-1])
+        engines[game.side].send("force", "usermove " + game.moves[-1])
     for engine in engines:
         engine.send("result " + result, "force")
         check(engine.ask(timeout=PATIENCE))
@@ -95,7 +93,7 @@ def play(engines, referee, chance, ponder, control, base):
 
 def close(game, engines, playing):
     """The claim of the side that has moved or, of a mate or a stalemate, of the other one."""
-    loser = 0 if game.white else 1
+    loser = game.side
     said = engines[1 - loser].ask(timeout=PATIENCE)
     if not any(x.startswith(RESULTS) for x in said):
         check(said)
@@ -109,10 +107,9 @@ def close(game, engines, playing):
     check(said)
     reasons = CLAIMS[game.end]
     reason = reasons[loser if len(reasons) > 1 else 0]
-    result = {"Black mates": "0-1", "White mates": "1-0"}.get(reason, "1/2-1/2")
-    if claim != f"{result} {{{reason}}}":
+    if claim != f"{game.result} {{{reason}}}":
         raise Trouble("false claim", f"{claim} for {game.end}: {game.fen}")
-    return game.end, result
+    return game.end, game.result
 
 
 def main():
@@ -130,7 +127,7 @@ def main():
     control = [f"sd {options.depth}"] if options.depth else ["level 0 1 0"]
     base = 10**7 if options.depth else options.base
     chance, tally, engines, first = random.Random(options.seed), Counter(), [], 0
-    referee = Referee(shutil.which("stockfish", path=os.environ["PATH"] + ":/usr/games"))
+    referee = Referee()
 
     with tempfile.TemporaryDirectory() as folder:
         for number in range(options.games):

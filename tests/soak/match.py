@@ -1,0 +1,375 @@
+#!/usr/bin/env python3
+"""Plays the engine against engines of Debian on short clocks, and prints how it fares: against each
+opponent, in each configuration, with the rating difference and its 95 % bounds, and who has made an
+illegal move, overstepped the time, crashed or hung.
+
+    tests/soak/match.py --games 4 --tables build/release/tables --pgn games.pgn
+
+A configuration is a protocol of the engine (uci, winboard), with or without pondering on both
+sides, opening book and endgame tables. Opponents speak their own protocol and play without their
+books, in one thread. Each opening is played twice, once with either colour. The games go on to
+their end: the referee, a Stockfish apart from the players, says what is legal, and when a game is
+over; pgn-extract reads all games again in the end. Games with pondering are played one at a time.
+
+Needs these packages of Debian: stockfish and pgn-extract, and those of the opponents, which are
+named like them. Exit code 1 on any fault of the engine, 2 if something is missing."""
+
+import argparse
+import itertools
+import json
+import math
+import os
+import random
+import signal
+import statistics
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+from collections import Counter, namedtuple
+from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+sys.path[:0] = [str(ROOT / "tests/e2e"), str(ROOT / "scripts")]
+
+from game import Clocks, Game  # noqa: E402
+from make_book_games import DRAW, to_pgn, write_san  # noqa: E402
+from players import FAULTS, HASH, KINDS, OPPONENTS, PATIENCE, Forfeit, Settings  # noqa: E402
+from standing import Standing  # noqa: E402
+from uci_engine import BRIVOK, Referee, installed  # noqa: E402
+
+NAME = "Brivok"
+OPENING_PLIES = 6  # so few that the book has something left to say
+MOST_PLIES = 600
+
+Configuration = namedtuple("Configuration", "protocol ponder book tables")
+
+
+class Judged(Game):
+    FIFTY = 100  # as the rules of chess have it
+
+
+def judge(player, word, game):
+    """The result that an engine declares in place of a move, and why."""
+    loss = "0-1" if game.white else "1-0"
+    if "resign" in word or word.startswith(loss):
+        return loss, "resigned"
+    raise Forfeit(player, "illegal", f"{word} after {game.line()}")
+
+
+def play(players, referee, opening, options):
+    """One game of White's and Black's player: what is to be recorded of it, and the forfeit if
+    there was one. "excess" and "left" are those of both clocks, in milliseconds: the greatest one,
+    and what was left in the end."""
+    game, clocks = Judged(referee), Clocks(options.time, options.increment)
+    excess, forfeit = [0, 0], None
+    for move in opening:
+        game.push(move)
+    result, reason = DRAW, "too long"
+    try:
+        for player in players:
+            player.begin(game)
+        while not game.end and len(game.moves) < MOST_PLIES:
+            side = game.side
+            mover, left = players[side], clocks.left[side]
+            waited = mover.waited()
+            word, seconds = mover.move(game, clocks, left / 1000 + PATIENCE)
+            over = clocks.spend(side, seconds)
+            excess[side] = max(excess[side], over)
+            if over > options.grace:
+                raise Forfeit(mover, "time", f"{over:.0f} ms beyond {left:.0f} ms, "
+                              f"{mover.waited() - waited:.0f} ms without a processor, "
+                              f"after {game.line()}")
+            if word not in game.legal:
+                result, reason = judge(mover, word, game)
+                break
+            game.push(word)
+            if not game.end:
+                mover.leave(game, clocks)
+        if game.end:
+            result, reason = game.result, game.end
+        for player in players:
+            player.end(result)
+    except Forfeit as error:
+        forfeit = error
+        result, reason = "0-1" if error.player is players[0] else "1-0", error.fault
+    return {"moves": game.moves, "result": result, "reason": reason,
+            "excess": list(map(round, excess)), "left": list(map(round, clocks.left))}, forfeit
+
+
+class Match:
+    """The games of all pairings; what is played in one pairing runs in the same two processes."""
+
+    def __init__(self, options):
+        self.options, self.records, self.bad_exits = options, [], 0
+        self.stopping, self.lock, self.processes = threading.Event(), threading.Lock(), set()
+        openings = sorted({tuple(line.split("\t")[2].split()[:OPENING_PLIES])
+                           for line in (ROOT / "data/book/lines.tsv").read_text().splitlines()})
+        random.Random(options.seed).shuffle(openings)
+        self.openings = openings
+        self.pairings = list(itertools.product(options.configurations, options.opponents))
+
+    def start(self, kind, *arguments):
+        process = kind(*arguments)
+        with self.lock:
+            self.processes.add(process)
+        return process
+
+    def end(self, *processes):
+        for process in processes:
+            process.p.kill()
+            process.p.wait()
+        with self.lock:
+            self.processes.difference_update(processes)
+
+    def players(self, folder, configuration, opponent):
+        program, options = OPPONENTS[opponent], self.options
+        ours = Settings(True, configuration.ponder, None, options.time, options.increment)
+        theirs = ours._replace(tested=False,
+                               nodes=options.nodes if opponent == "stockfish" else None)
+        return [self.start(KINDS[configuration.protocol], [options.engine], folder, ours),
+                self.start(KINDS[program.kind], [installed(opponent), *program.arguments],
+                           folder / "opponent", theirs)]
+
+    def furnish(self, folder, configuration):
+        """Makes the folder that the engine runs in."""
+        (folder / "opponent").mkdir()
+        (folder / "brivok.ini").write_text(f"HashMB: {HASH}\n")
+        if configuration.book:
+            (folder / "libro.bin").symlink_to(Path(self.options.book).resolve())
+        if configuration.tables:
+            for file in Path(self.options.tables).resolve().glob("*.nb[bw]*"):
+                (folder / file.name).symlink_to(file)
+
+    def pairing(self, number):
+        """Plays the games of a pairing, each opening with White and with Black."""
+        configuration, opponent = self.pairings[number]
+        players, referee = [], self.start(Referee)
+        with tempfile.TemporaryDirectory() as name:
+            folder = Path(name)
+            self.furnish(folder, configuration)
+            try:
+                for turn in range(self.options.games):
+                    players = players or self.players(folder, configuration, opponent)
+                    white = turn % 2 == 0
+                    opening = number * ((self.options.games + 1) // 2) + turn // 2
+                    record, forfeit = play(players[::1 if white else -1], referee,
+                                           self.openings[opening % len(self.openings)],
+                                           self.options)
+                    if self.stopping.is_set():
+                        return
+                    record |= {"white": white, "counts": players[0].counts}
+                    if forfeit:
+                        record |= {"fault": NAME if forfeit.player is players[0] else opponent,
+                                   "particulars": str(forfeit)}
+                    self.note(number, record)
+                    if forfeit:
+                        self.end(*players)
+                        players = []
+                if players and not players[0].quits():
+                    self.bad_exits += 1
+                    print(f"{NAME} did not quit cleanly: {players[0].stderr()[-3000:]}", flush=True)
+            finally:
+                self.end(*players, referee)
+
+    def note(self, number, record):
+        """Keeps the record of a game; pairs of figures go with the engine's own first."""
+        configuration, opponent = self.pairings[number]
+        record |= {"pairing": number, "opponent": opponent, **configuration._asdict(),
+                   "configuration": label(configuration)}
+        if not record["white"]:
+            record |= {name: record[name][::-1] for name in ("excess", "left")}
+        fault = "; {fault}: {particulars}".format(**record) if "fault" in record else ""
+        with self.lock:
+            self.records.append(record)
+            print(f"{len(self.records)}/{len(self.pairings) * self.options.games} {opponent} "
+                  f"{label(configuration)}: {'white' if record['white'] else 'black'} "
+                  f"{record['result']} {record['reason']} {len(record['moves'])}{fault}",
+                  flush=True)
+
+    def run(self):
+        """Pairings without pondering first, several at a time."""
+        try:
+            for ponder, jobs in ((False, self.options.concurrency), (True, 1)):
+                numbers = [number for number, (configuration, _) in enumerate(self.pairings)
+                           if configuration.ponder == ponder]
+                with ThreadPoolExecutor(jobs) as pool:
+                    try:
+                        list(pool.map(self.pairing, numbers))
+                    except BaseException:
+                        self.stop(pool)
+                        raise
+        except KeyboardInterrupt:
+            print("interrupted")
+
+    def stop(self, pool):
+        self.stopping.set()
+        with self.lock:
+            for process in self.processes:
+                process.p.kill()
+        pool.shutdown(cancel_futures=True)
+
+
+def label(configuration):
+    switches = zip(configuration._fields[1:], configuration[1:])
+    return " ".join([configuration.protocol, *(name for name, on in switches if on)])
+
+
+def row(records):
+    """What a line of the table tells of these games."""
+    standing, faults = Standing(), Counter()
+    for record in records:
+        standing.add(record["result"], record["white"])
+        if "fault" in record:
+            faults[record["fault"] == NAME, record["reason"]] += 1
+    rating = [x if math.isfinite(x) else None for x in standing.rating()]
+    return {"games": standing.games, "won": standing.won, "drawn": standing.drawn,
+            "lost": standing.lost, "points": standing.points, "elo": rating,
+            **{fault: faults[True, fault] for fault in FAULTS},
+            "excess": max(record["excess"][0] for record in records),
+            "theirs": [faults[False, fault] for fault in FAULTS]}
+
+
+def rows(records):
+    """(heading, {name: row}) of the tables."""
+    def group(key):
+        names = dict.fromkeys(key(record) for record in records)
+        return {name: row([x for x in records if key(x) == name]) for name in names}
+
+    switches = {}
+    for name in Configuration._fields[1:]:
+        split = group(lambda record: f"{'with' if record[name] else 'without'} {name}")
+        switches |= split if len(split) > 1 else {}
+    return [("Opponent", group(lambda record: record["opponent"])),
+            ("Configuration", group(lambda record: record["configuration"])),
+            ("All with", group(lambda record: record["protocol"]) | switches | {
+                "all games": row(records)})]
+
+
+def show(tables):
+    """The tables in Markdown."""
+    for heading, table in tables:
+        print(f"\n| {heading} | Games | + | = | - | Points | Elo | 95 % | Illegal | Time | Crash |"
+              f" Over, ms | Theirs |\n| --- |{' ---: |' * 12}")
+        for name, x in table.items():
+            middle, low, high = ("open" if y is None else f"{round(y):+}" for y in x["elo"])
+            print(f"| {name} | {x['games']} | {x['won']} | {x['drawn']} | {x['lost']} | "
+                  f"{x['points']:g} | {middle} | {low} to {high} | {x['illegal']} | {x['time']} | "
+                  f"{x['crash']} | {x['excess']} | {'/'.join(map(str, x['theirs']))} |")
+
+
+def write_pgn(path, records):
+    """Writes the games through pgn-extract, which has to take every move and to find the ends that
+    the referee has found. Returns the differences."""
+    games = []
+    for number, record in enumerate(records, 1):
+        names = [NAME, record["opponent"]][::1 if record["white"] else -1]
+        games.append(to_pgn({"Event": record["configuration"], "Site": "?", "Date": "????.??.??",
+                             "Round": number, "White": names[0], "Black": names[1],
+                             "Result": record["result"], "Termination": record["reason"]},
+                            record["moves"], record["result"]))
+    try:
+        write_san(str(path), games)
+    except (RuntimeError, subprocess.CalledProcessError) as error:
+        return [str(error)]
+    ends, differences = Counter(record["reason"] for record in records), []
+    for end, test in (("mate", "--checkmate"), ("stalemate", "--stalemate"),
+                      ("repetition", "--repetition"), ("fifty", "--fifty")):
+        found = subprocess.run([installed("pgn-extract"), "--quiet", test, path],
+                               capture_output=True, text=True, check=True).stdout
+        count = found.count("[Event ")
+        if count != ends[end]:
+            differences.append(f"pgn-extract sees {count} games that end by {end}, "
+                               f"the referee {ends[end]}")
+    return differences
+
+
+def arguments():
+    head, _, tail = __doc__.partition("\n\n")
+    parser = argparse.ArgumentParser(description=head, epilog=tail,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    both = {"both": (False, True), "on": (True,), "off": (False,)}
+    parser.add_argument("--games", type=int, default=4,
+                        help="of each opponent in each configuration (4)")
+    parser.add_argument("--opponents", default=",".join(OPPONENTS), metavar="NAMES",
+                        help=f"with commas between them ({','.join(OPPONENTS)})")
+    parser.add_argument("--time", type=int, default=2000, help="milliseconds a game (2000)")
+    parser.add_argument("--increment", type=int, default=20, help="milliseconds a move (20)")
+    parser.add_argument("--grace", type=int, default=50,
+                        help="milliseconds beyond the clock that are forgiven (50)")
+    parser.add_argument("--nodes", type=int, default=500, help="a move of stockfish (500)")
+    parser.add_argument("--protocol", choices=["both", *KINDS], default="both")
+    parser.add_argument("--ponder", choices=both, default="both")
+    parser.add_argument("--book", metavar="FILE",
+                        help="play half of the games with this opening book")
+    parser.add_argument("--tables", metavar="FOLDER",
+                        help="play half of the games with these endgame tables")
+    parser.add_argument("--engine", default=BRIVOK, help="file of the engine (%(default)s)")
+    parser.add_argument("--seed", type=int, default=1, help="of the choice of openings (1)")
+    parser.add_argument("--concurrency", type=int, default=1,
+                        help="games at a time, of those without pondering (1)")
+    parser.add_argument("--pgn", metavar="FILE", help="write the games there")
+    parser.add_argument("--json", metavar="FILE", help="write the tables and all games there")
+    options = parser.parse_args()
+    options.opponents = options.opponents.split(",")
+    unknown = set(options.opponents) - set(OPPONENTS)
+    if unknown:
+        parser.error(f"no such opponent: {', '.join(sorted(unknown))}")
+    missing = [name for name in dict.fromkeys(["stockfish", "pgn-extract", *options.opponents])
+               if not installed(name)]
+    if missing:
+        parser.error(f"missing: {', '.join(missing)}; apt-get install {' '.join(missing)}")
+    for file in (options.engine, options.book, options.tables):
+        if file and not os.path.exists(file):
+            parser.error(f"there is no {file}")
+    options.engine = os.path.abspath(options.engine)
+    options.configurations = [Configuration(*x) for x in itertools.product(
+        KINDS if options.protocol == "both" else [options.protocol], both[options.ponder],
+        (False, True) if options.book else (False,), (False, True) if options.tables else (False,))]
+    return options
+
+
+def main():
+    options = arguments()
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
+    begin, match = time.monotonic(), Match(options)
+    try:
+        match.run()
+    except Forfeit as error:
+        print(f"an engine does not start: {error}")
+        return 1
+    if not match.records:
+        return 1
+    match.records.sort(key=lambda record: record["pairing"])
+    tables = rows(match.records)
+    show(tables)
+    counts = Counter()
+    for record in match.records:
+        counts.update(record["counts"])
+        counts["plies"] += len(record["moves"])
+
+    def clock(side):
+        return round(statistics.mean(record["left"][side] for record in match.records))
+
+    print(f"\n{len(match.records)} games, {counts['plies']} half-moves in "
+          f"{(time.monotonic() - begin) / 60:.0f} minutes; {NAME}: {counts['book']} moves from "
+          f"the book, {counts['table']} with the help of tables, {counts['ponder']} "
+          f"after a ponder hit (UCI), {match.bad_exits} bad exits; left on the clocks in the end, "
+          f"on average: {clock(0)} ms of {NAME}, {clock(1)} ms of the opponents")
+    print("Ends: " + ", ".join(f"{reason} {count}" for reason, count in Counter(
+        record["reason"] for record in match.records).most_common()))
+    with tempfile.TemporaryDirectory() as folder:
+        differences = write_pgn(options.pgn or Path(folder) / "games.pgn", match.records)
+    print("\n".join(differences) or "pgn-extract agrees with the referee on every move and end.")
+    if options.json:
+        Path(options.json).write_text(json.dumps(
+            {"tables": [{"by": heading, "rows": table} for heading, table in tables],
+             "games": match.records}))
+    own_faults = any(record.get("fault") == NAME for record in match.records)
+    return 1 if own_faults or match.bad_exits or differences else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,50 @@
+"""The standing of a match, and the rating difference that it stands for."""
+
+import math
+
+DEVIATIONS = 1.96  # of the mean, that 95 % of all matches stay within
+
+
+def elo(share):
+    """The rating difference at which this share of the points is to be expected."""
+    if share in (0, 1):
+        return math.copysign(math.inf, share - 0.5)
+    return 400 * math.log10(share / (1 - share))
+
+
+class Standing:
+    def __init__(self, won=0, drawn=0, lost=0):
+        self.won, self.drawn, self.lost = won, drawn, lost
+
+    def add(self, result, white):
+        """A game in which the side that is looked at was White, or Black."""
+        points = {"1-0": 1, "1/2-1/2": 0.5, "0-1": 0}[result]
+        points = points if white else 1 - points
+        self.won += points == 1
+        self.drawn += points == 0.5
+        self.lost += points == 0
+
+    @property
+    def games(self):
+        return self.won + self.drawn + self.lost
+
+    @property
+    def points(self):
+        return self.won + self.drawn / 2
+
+    @property
+    def share(self):
+        return self.points / self.games
+
+    def interval(self):
+        """Bounds of the share, with 95 % confidence. They are those of the games and of one more
+        win and loss: with no more than a few games, all of them won, much is still open."""
+        won, lost, games = self.won + 1, self.lost + 1, self.games + 2
+        mean = (self.points + 1) / games
+        squares = won * (1 - mean) ** 2 + self.drawn * (0.5 - mean) ** 2 + lost * mean ** 2
+        reach = DEVIATIONS * math.sqrt(squares) / games
+        return max(0, mean - reach), min(1, mean + reach)
+
+    def rating(self):
+        """The difference and its bounds."""
+        return tuple(map(elo, (self.share, *self.interval())))
