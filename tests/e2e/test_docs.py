@@ -1,0 +1,146 @@
+"""Holds README.md, CONTRIBUTING.md and docs/ against the programs.
+
+A block ```sh of a page is run in a scratch copy of the repository whose build/release is the build
+under test, all blocks of a page in their order, unless the line before says <!-- not run: why -->.
+In a block ```uci or ```winboard a line is typed into the engine, and one that begins with "< " has
+to come as an answer, with "..." for anything; other answers may stand between."""
+
+import os
+import re
+import shutil
+import subprocess
+from pathlib import Path
+
+import pytest
+
+from uci_engine import BRIVOK, PATIENCE, ROOT, SLOW, Process
+
+PAGES = [ROOT / "README.md", ROOT / "CONTRIBUTING.md", ROOT / "data/README.md",
+         *sorted((ROOT / "docs").glob("*.md"))]
+BLOCK = re.compile(r"^(<!-- not run: .+ -->\n)?```(\w+)\n(.*?)^```$", re.M | re.S)
+PATHS = re.compile(r"(?<![\w./-])(?:apps|bench|data|docs|fuzz|scripts|src|tests)/[\w./*-]*\w")
+EACH_PAGE = pytest.mark.parametrize("page", PAGES, ids=lambda page: str(page.relative_to(ROOT)))
+
+
+def blocks(page, *languages):
+    return [m[3] for m in BLOCK.finditer(page.read_text()) if m[2] in languages and not m[1]]
+
+
+def rows(page, head, section=""):
+    """The cells of all tables below a heading whose first column has this head."""
+    text, found, taken = (ROOT / page).read_text(), [], False
+    if section:
+        text = re.search(rf"^(#+) {section}\n(.*?)(?=^\1 |\Z)", text, re.M | re.S)[2]
+    for line in text.splitlines():
+        cells = [cell.strip() for cell in line.strip().strip("|").split("|")]
+        if not line.startswith("|"):
+            taken = False
+        elif cells[0] == head:
+            taken = True
+        elif taken and not cells[0].startswith("---"):
+            found.append(cells)
+    assert found, (page, head)
+    return found
+
+
+@pytest.fixture(scope="module")
+def scratch(tmp_path_factory):
+    """A copy of the repository as it is after ./play."""
+    folder = tmp_path_factory.mktemp("repository")
+    for entry in ROOT.iterdir():
+        if entry.is_dir() and entry.name not in ("build", "home", ".git"):
+            shutil.copytree(entry, folder / entry.name)
+        elif entry.is_file():
+            shutil.copy(entry, folder)
+    build = Path(BRIVOK).parents[1]
+    (folder / "build").mkdir()
+    (folder / "build/release").symlink_to(build)
+    (folder / "home").mkdir()
+    for file in ROOT / "data/brivok.ini", build / "book/libro.bin":
+        shutil.copy(file, folder / "home")
+    return folder
+
+
+@pytest.mark.skipif(SLOW, reason="the commands are those of the release build")
+@EACH_PAGE
+def test_commands(page, scratch):
+    environment = {**os.environ, "HOME": str(scratch)}
+    for block in blocks(page, "sh"):
+        done = subprocess.run(["bash", "-euo", "pipefail", "-c", block], cwd=scratch, timeout=120,
+                              env=environment, stdin=subprocess.DEVNULL, encoding="latin-1",
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+        assert done.returncode == 0, f"{block}\n{done.stdout[-3000:]}"
+
+
+@EACH_PAGE
+def test_sessions(page, tmp_path):
+    for block in blocks(page, "uci", "winboard"):
+        engine = Process([BRIVOK], tmp_path)
+        for line in block.splitlines():
+            if not line.startswith("< "):
+                engine.send(line)
+                continue
+            answer = ".*".join(map(re.escape, line[2:].split("...")))
+            while not re.fullmatch(answer, engine.wait("")[0].rstrip()):
+                pass
+        assert engine.p.wait(PATIENCE) == 0, "a session ends with quit"
+
+
+def test_options(engine):
+    line = re.compile(r"option name (.+) type (\w+)(?: default ([^ ]*))?(?: min (\S+) max (\S+))?")
+    listed = [m.groups("") for m in map(line.fullmatch, engine.listing) if m]
+    told = [tuple(cell.strip("`") for cell in row[:4])
+            for row in rows("docs/protocols.md", "Option", "Options")]
+    assert told == [(name, kind, default, f"{low} to {high}" if low else "")
+                    for name, kind, default, low, high in listed]
+
+
+def test_settings():
+    source = (ROOT / "src/shell/configuration.cpp").read_text()
+    shipped = [line.split() for line in (ROOT / "data/brivok.ini").read_text().splitlines()
+               if re.match(r"\w+:", line)]
+    told = {row[0].strip("`"): row[1] for row in rows("docs/settings.md", "Setting")}
+    assert told == {key: "".join(value[:1]) for key, *value in shipped}
+    assert set(told) == set(re.findall(r'\{"(\w+:)"', source))
+
+
+@pytest.mark.parametrize("section, handler", [
+    ("The start", "extra"), ("UCI", "uci"), ("WinBoard", "winboard")])
+def test_protocol_words(section, handler):
+    source = (ROOT / f"src/shell/{handler}_handler.cpp").read_text()
+    told = {word for row in rows("docs/protocols.md", "Command", section)
+            for code in re.findall(r"`([^`]+)`", row[0])
+            for word in code.split() if re.fullmatch(r"[a-z]+|[.?]", word)}
+    assert told == set(re.findall(r'"([a-z]+|[.?])"', source))
+
+
+def test_winboard_modes():
+    """When a command is understood. Moves and "perft" stand beside the tables of the handler."""
+    source = (ROOT / "src/shell/winboard_handler.cpp").read_text()
+    tables = re.findall(r"::(\w+)Commands\[\] = \{\n(.*?)^\};", source, re.M | re.S)
+    modes = {"Idle": "idle", "Think": "thinking", "Ponder": "pondering", "Analysis": "analysing"}
+    known = {(word, modes[mode]) for mode, text in tables
+             for word in re.findall(r'^    \{"([^"]+)"', text, re.M)}
+    known |= {("usermove", "idle"), ("usermove", "pondering"), ("perft", "idle")}
+    told = {(code.split()[0], mode) for row in rows("docs/protocols.md", "Command", "WinBoard")
+            for code in re.findall(r"`([^`]+)`", row[0]) for mode in row[2].split(", ")}
+    assert told == known
+
+
+@EACH_PAGE
+def test_what_is_named_is_there(page):
+    text = page.read_text()
+    for target in re.findall(r"\]\(([^)]+)\)", text):
+        if target.startswith(("http:", "https:")):
+            continue
+        path, _, anchor = target.partition("#")
+        file = page.parent / path if path else page
+        assert file.exists(), target
+        heads = re.findall(r"^#+ (.+)$", file.read_text(), re.M) if anchor else []
+        assert not anchor or anchor in [head.lower().replace(" ", "-") for head in heads], target
+    for path in PATHS.findall(text):
+        assert list(ROOT.glob(path)), path
+    used = set(re.findall(r"BRIVOK_[A-Z_]+", text))
+    sources = "".join(file.read_text() for name in ("CMakeLists.txt", "tests/**/*", "bench/*.cpp")
+                      for file in ROOT.glob(name) if file.suffix in (".txt", ".cpp", ".py"))
+    assert [name for name in used if not re.search(rf"\b{name}\b", sources)] == []
