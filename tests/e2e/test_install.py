@@ -1,0 +1,126 @@
+"""The installation, under a name with blanks, and its start-up script."""
+
+import os
+import re
+import resource
+import shutil
+import subprocess
+from pathlib import Path
+
+import pytest
+
+from uci_engine import BRIVOK, PATIENCE, SLOW
+
+CMAKE = shutil.which("cmake")
+pytestmark = pytest.mark.skipif(SLOW or not CMAKE, reason="no cmake; the sanitizers have no part in it")
+TALK = b"uci\nposition startpos\ngo movetime 3000\n"
+
+
+@pytest.fixture(scope="session")
+def prefix(tmp_path_factory):
+    stage = tmp_path_factory.mktemp("stage")
+    subprocess.run([CMAKE, "--install", Path(BRIVOK).parents[1], "--prefix", "/opt/new one"],
+                   env={**os.environ, "DESTDIR": str(stage)}, check=True, capture_output=True)
+    return stage / "opt/new one"
+
+
+@pytest.fixture
+def user(prefix, tmp_path):
+    """A user with a home; calls start the installed engine and give the process."""
+    (tmp_path / "home").mkdir()
+
+    def start(program=prefix / "bin/brivok", cwd=tmp_path, home=tmp_path / "home", **more):
+        environment = {"PATH": os.environ["PATH"], "XDG_DATA_HOME": "not/absolute"}
+        environment |= {"HOME": str(home)} if home else {}
+        return subprocess.Popen([program], cwd=cwd, env=environment, stdin=subprocess.PIPE,
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, **more)
+
+    start.folder = tmp_path / "home/.local/share/brivok"
+    return start
+
+
+def talk(process, lines=TALK):
+    """What is said on standard error by a start that the engine answers well, with a book move."""
+    out, errors = process.communicate(lines, PATIENCE)
+    assert process.returncode == 0, errors
+    if lines is TALK:
+        assert re.fullmatch(rb"id name (?:.+\n)+\nbestmove \w{4} \n", out), out
+    return errors.decode()
+
+
+def content(folder):
+    return {str(x.relative_to(folder)): x.read_bytes() for x in folder.rglob("*") if x.is_file()}
+
+
+def test_first_start(prefix, user):
+    # Several at once, as an interface starts them for a tournament.
+    assert [talk(process) for process in [user() for _ in range(8)]] == [""] * 8
+    assert content(user.folder) == content(prefix / "share/brivok")
+    assert len(content(user.folder)) >= 5
+    assert not (user.folder / "brivok.ini").is_symlink()
+    assert (user.folder / "libro.bin").is_symlink()
+
+
+def test_next_start_keeps_the_users_files(prefix, user):
+    talk(user())
+    settings = user.folder / "brivok.ini"
+    settings.write_text(settings.read_text().replace("CreateLog: false", "CreateLog: true"))
+    (user.folder / "libro.bin").unlink()
+    (user.folder / "libro.bin").touch()
+    subprocess.run([prefix / "bin/brivok-tables", "pack", user.folder / "kqk.nbw"], check=True)
+    kept = {name: (user.folder / name).read_bytes()
+            for name in ("brivok.ini", "libro.bin", "kqk.nbw.emd")}
+    links = {"kqk.nbw": None, "krk.nbw": "/gone/share/brivok/krk.nbw",
+             "suites/tactical.epd": None, "suites/endings.epd": "/media/disc/endings.epd"}
+    for name, target in links.items():
+        (user.folder / name).unlink()
+        if target:
+            (user.folder / name).symlink_to(target)
+
+    assert talk(user(), b"xboard\nquit\n") == ""
+    after = content(user.folder)
+    assert {name: after[name] for name in kept} == kept
+    assert "logs/" in str(after.keys())
+    assert "kqk.nbw" not in after
+    assert {"krk.nbw", "suites/tactical.epd"} <= after.keys()
+    assert os.readlink(user.folder / "suites/endings.epd") == links["suites/endings.epd"]
+
+
+@pytest.mark.parametrize("program", ["new one/bin/brivok", "link"])
+def test_any_place(prefix, user, tmp_path, program):
+    """Moved, through a link, by a relative name: the process is the engine, without a shell."""
+    shutil.copytree(prefix, tmp_path / "new one", symlinks=True)
+    (tmp_path / "link").symlink_to("new one/bin/brivok")
+    process = user(program=f"./{program}")
+    process.stdin.write(b"uci\n")
+    process.stdin.flush()
+    process.stdout.readline()
+    engine = tmp_path / "new one/libexec/brivok/brivok"
+    assert os.readlink(f"/proc/{process.pid}/exe") == str(engine)
+    assert talk(process, b"quit\n") == ""
+
+
+@pytest.mark.parametrize("trouble, said", [
+    ("unset", "HOME is not set"), ("missing", "there is no folder"), ("a file", "File exists"),
+    ("no writing", "cannot create"), ("full", "cannot be completed")])
+def test_trouble_at_home_stops_no_game(prefix, user, tmp_path, trouble, said):
+    arguments, folder = {}, user.folder
+    if trouble == "unset":
+        arguments["home"] = None
+    elif trouble == "missing":
+        arguments["home"] = tmp_path / "nobody"
+    elif trouble == "a file":
+        folder.parent.mkdir(parents=True)
+        folder.write_text("mine")
+    elif trouble == "no writing":
+        arguments["home"] = "/proc/self"
+    else:
+        arguments["preexec_fn"] = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (0, 0))
+    before = content(prefix)
+
+    errors = talk(user(**arguments))
+    assert said in errors
+    assert f"running in {prefix}/share/brivok" in errors
+    assert content(prefix) == before
+    assert not folder.is_dir() or content(folder) == {}
+    assert not (tmp_path / "nobody").exists()
