@@ -225,13 +225,12 @@ TEST_F(OpeningBookTest, ThinkAsksItWhenItMay) {
     writeBook();
     settings.bookFileName = path;
     settings.bookEnabled = true;
-    Searcher& searcher = theSearcher;
-    searcher.maxIteration = 2;
+    theSearcher.maxIteration = 2;
     const auto fromBook = [&](SearchMode mode) {
-        searcher.searchMode = mode;
-        const Move move = searcher.think();
-        EXPECT_EQ(searcher.bookMove, textOf({move}) == "a2a3");
-        return searcher.bookMove;
+        theSearcher.searchMode = mode;
+        const Move move = theSearcher.think();
+        EXPECT_EQ(theSearcher.bookMove, textOf({move}) == "a2a3");
+        return theSearcher.bookMove;
     };
     EXPECT_TRUE(fromBook(SearchMode::Thinking));
     EXPECT_FALSE(fromBook(SearchMode::Analysing));

@@ -25,9 +25,11 @@ public:
         board.NewGame();
         lookAround(board, Start);
         // What is found on the way is looked at in its turn: the list grows meanwhile.
-        for (std::size_t next = 0; next < found.size(); ++next) {
-            playWayTo(board, found[next]);
-            if (board.ply < MaxBookPlies) lookAround(board, found[next]);
+        std::size_t next = 0;
+        while (next < found.size()) {
+            const Index record = found[next++];
+            playWayTo(board, record);
+            if (board.ply < MaxBookPlies) lookAround(board, record);
             while (board.ply > 0) board.unmakeMove();
         }
         return found.size();
@@ -93,7 +95,8 @@ void checkBook(const std::string& book, bool walk) {
     std::printf("%s is a sound book\n", book.c_str());
     print(reader.recordCount(), "records");
     if (walk) {
-        print(Reach(std::move(keys)).walk(theBoard),
+        Reach reach(std::move(keys));
+        print(reach.walk(theBoard),
               "of them reached from the start position by moves of the book alone");
     }
     print(games, "games in all records together");

@@ -105,17 +105,23 @@ struct CommandLine {
     }
 };
 
+int run(int argc, char** argv) {
+    CommandLine line;
+    try {
+        line.app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return line.app.exit(error) == 0 ? 0 : Failure;
+    }
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     buildStaticTables();
     RefreshPieceValues();
-    CommandLine line;
     try {
-        line.app.parse(argc, argv);
-        return 0;
-    } catch (const CLI::ParseError& error) {
-        return line.app.exit(error) == 0 ? 0 : Failure;
+        return run(argc, argv);
     } catch (const Interrupted& interrupted) {
         return SignalExit + interrupted.signal();
     } catch (const std::exception& error) {

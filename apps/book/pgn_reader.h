@@ -75,7 +75,7 @@ private:
     bool lastMoveKept = false;   ///< glyphs belong to the last of the game's moves
     GameResult tagResult = GameResult::Unknown;
     GameResult endResult = GameResult::Unknown;
-    PgnMove word;
+    PgnMove word{};
     std::string glyph, tagName, tagValue;
 };
 

@@ -39,6 +39,7 @@ std::vector<ShownMove> weigh(const std::vector<BookCandidate>& candidates) {
     std::mt19937 generator(ChoiceSeed);
     std::uniform_int_distribution<int> distribution(0, MaxBookRandom);
     std::vector<ShownMove> moves;
+    moves.reserve(candidates.size());
     for (const BookCandidate& candidate : candidates) moves.push_back({candidate, 0});
     for (int i = 0; i < Choices && !moves.empty(); ++i) {
         const Move choice = chooseBookMove(candidates, [&] { return distribution(generator); });

@@ -15,7 +15,7 @@ constexpr std::size_t RowSize = 16;
 constexpr unsigned GoodLength = 32;
 
 /// By length of a run, up to ExactClasses: OR-ed with a row it leaves the classes that fit.
-constexpr auto fitting = [] {
+constexpr auto fitting = []() {
     std::array<std::array<std::int16_t, RowSize>, ExactClasses + 1> masks{};
     for (std::size_t run = 0; run < masks.size(); ++run) {
         for (std::size_t i = run; i < RowSize; ++i) masks[run][i] = NoMatch;

@@ -16,7 +16,8 @@ using Bitboard = std::uint64_t;
 /// A table of sets that is made at compile time, indexed by squares, files or rows.
 template <std::size_t N>
 struct BitboardTable {
-    Bitboard sets[N];
+    Bitboard sets[N];  ///< by index
+    /// The set at an index, which is not checked.
     template <std::integral Index>
     [[nodiscard]] constexpr Bitboard operator[](Index index) const {
         return sets[index];
@@ -39,18 +40,18 @@ consteval BitboardTable<64> complements() {
 
 /// The set of one square, and its complement.
 inline constexpr BitboardTable<64> bit = detail::shifted<64>(1, 1);
-inline constexpr BitboardTable<64> notBit = detail::complements();
+inline constexpr BitboardTable<64> notBit = detail::complements();  ///< every square but this one
 
 /// All squares of a file (index 0 is the a-file) and of a row (index 0 is rank 8).
 inline constexpr BitboardTable<8> fileMask = detail::shifted<8>(0x0101010101010101, 1);
-inline constexpr BitboardTable<8> rowMask = detail::shifted<8>(0xFF, 8);
+inline constexpr BitboardTable<8> rowMask = detail::shifted<8>(0xFF, 8);  ///< by row
 
-inline constexpr Bitboard FileA = 0x0101010101010101;
-inline constexpr Bitboard FileH = 0x8080808080808080;
+inline constexpr Bitboard FileA = 0x0101010101010101;  ///< the a-file
+inline constexpr Bitboard FileH = 0x8080808080808080;  ///< the h-file
 
 /// Squares by colour; h1 is light.
 inline constexpr Bitboard lightSquares = 0xAA55AA55AA55AA55;
-inline constexpr Bitboard darkSquares = 0x55AA55AA55AA55AA;
+inline constexpr Bitboard darkSquares = 0x55AA55AA55AA55AA;  ///< a1 is dark
 
 /// The lowest set bit. Undefined on an empty set.
 [[nodiscard]] inline Square firstBit(Bitboard set) {

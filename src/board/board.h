@@ -38,15 +38,15 @@ inline constexpr std::uint32_t FullBookGate = 70;  ///< `bookGate` that keeps th
 
 /// What one half-move changes beyond what the Move itself can reverse: the state before it.
 struct alignas(64) UndoRecord {
-    Move move = NoMove;
-    std::uint32_t epSquare = 0;
-    std::uint32_t castling = 0;
-    std::uint32_t fiftyCount = 0;
-    std::uint64_t hashKey = 0;
-    std::uint64_t pawnKey = 0;
-    Bitboard occRot90 = 0;
-    Bitboard occDiagSE = 0;
-    Bitboard occDiagNE = 0;
+    Move move = NoMove;            ///< the one that was made
+    std::uint32_t epSquare = 0;    ///< see Board::epSquare
+    std::uint32_t castling = 0;    ///< see Board::castling
+    std::uint32_t fiftyCount = 0;  ///< see Board::fiftyCount
+    std::uint64_t hashKey = 0;     ///< see Board::hashKey
+    std::uint64_t pawnKey = 0;     ///< see Board::pawnKey
+    Bitboard occRot90 = 0;         ///< see Board::occRot90
+    Bitboard occDiagSE = 0;        ///< see Board::occDiagSE
+    Bitboard occDiagNE = 0;        ///< see Board::occDiagNE
 };
 
 /// Told when a position is set up from scratch, before its first move: what lies above the board
@@ -57,6 +57,7 @@ public:
     NewGameListener(const NewGameListener&) = delete;
     NewGameListener& operator=(const NewGameListener&) = delete;
     virtual ~NewGameListener() = default;
+    /// A position has just been set up.
     virtual void onNewGame() = 0;
 };
 
@@ -71,19 +72,19 @@ inline NewGameListener* newGameListener = nullptr;
 ///
 /// Plain data: the evaluation and the generators read the fields, make and unmake write them.
 struct Board {
-    std::uint32_t sideToMove = White;
-    std::uint32_t squares[64]{};
+    std::uint32_t sideToMove = White;  ///< White or Black
+    std::uint32_t squares[64]{};       ///< a Piece for each square
     /// Square that a pawn has just passed over, if an enemy pawn stands ready beside it; NoSquare.
     std::uint32_t epSquare = NoSquare;
-    std::uint32_t castling = 0;  ///< see CastlingBits
-    std::uint32_t fiftyCount = 0;
-    int material[2]{};           ///< centipawns without the kings; [Black], [White]
-    int pawnCount[2]{};          ///< [0] White, [1] Black
+    std::uint32_t castling = 0;    ///< see CastlingBits
+    std::uint32_t fiftyCount = 0;  ///< half-moves since the last capture or pawn move
+    int material[2]{};             ///< centipawns without the kings; [Black], [White]
+    int pawnCount[2]{};            ///< [0] White, [1] Black
     int pieceCount[2]{};         ///< men that are no pawns, the king included; [0] White, [1] Black
     int phaseCount[2]{};         ///< sum of phaseWeight; [Black], [White]
     Square kingStart[2]{};       ///< home squares for castling; [0] White, [1] Black
     Square whiteRookStart[2]{};  ///< [0] queen side, [1] king side
-    Square blackRookStart[2]{};
+    Square blackRookStart[2]{};  ///< the same for Black
     std::uint32_t ply = 0;       ///< half-moves of the game, and index of the next undo record
     Square kingSquare[2]{};      ///< [0] White, [1] Black
     std::uint32_t bookGate = 0;  ///< the book is open below OpenBookGate
@@ -95,19 +96,19 @@ struct Board {
     Move pvTable[MaxSearchPly][MaxSearchPly]{};  ///< triangular table of principal variations
     int pvLength[MaxSearchPly]{};                ///< end index of each of its rows
 
-    std::uint64_t hashKey = 0;
-    std::uint64_t pawnKey = 0;
-    std::uint64_t pieceKeys[13][64]{};
-    std::uint64_t epKeys[65]{};
-    std::uint64_t castleKeys[16]{};
-    Bitboard pieces[PieceCodes]{};  ///< by code; the two kings' entries are not kept
-    Bitboard occRot90 = 0;
-    Bitboard occDiagNE = 0;
-    Bitboard occDiagSE = 0;
-    Bitboard colourOcc[2]{};  ///< [0] White, [1] Black
-    UndoRecord undo[UndoRecords];
-    Move killer1[MaxSearchPly]{};
-    Move killer2[MaxSearchPly]{};
+    std::uint64_t hashKey = 0;          ///< Zobrist key of the position
+    std::uint64_t pawnKey = 0;          ///< Zobrist key of the pawns alone
+    std::uint64_t pieceKeys[13][64]{};  ///< random keys by piece code and square
+    std::uint64_t epKeys[65]{};         ///< random keys by `epSquare`; 0 for NoSquare
+    std::uint64_t castleKeys[16]{};     ///< random keys by the four rights, `castling >> 4`
+    Bitboard pieces[PieceCodes]{};      ///< by code; the two kings' entries are not kept
+    Bitboard occRot90 = 0;              ///< all men, the squares of a file adjacent
+    Bitboard occDiagNE = 0;             ///< all men, the squares of a north-east diagonal adjacent
+    Bitboard occDiagSE = 0;             ///< all men, the squares of a south-east diagonal adjacent
+    Bitboard colourOcc[2]{};            ///< [0] White, [1] Black
+    UndoRecord undo[UndoRecords];       ///< by `ply`
+    Move killer1[MaxSearchPly]{};       ///< the quiet move that last cut off at a search ply
+    Move killer2[MaxSearchPly]{};       ///< the one before it
 
     /// Half-moves dropped from the front of the undo stack in a very long game; always even.
     std::uint32_t droppedPlies = 0;
@@ -130,7 +131,9 @@ struct Board {
     /// Rebuilds from `squares` alone: counters, king squares, sets and rotated occupancies.
     void recomputeDerived();
 
+    /// The key that `hashKey` should have, worked out anew.
     [[nodiscard]] std::uint64_t computeHashKey() const;
+    /// The key that `pawnKey` should have, worked out anew.
     [[nodiscard]] std::uint64_t computePawnKey() const;
 
     // --- Making moves -----------------------------------------------------------------------
@@ -149,6 +152,7 @@ struct Board {
     /// Passes the move. Such positions have keys of their own; the undo record's Move and keys
     /// keep what they held.
     void makeNullMove();
+    /// Takes makeNullMove() back.
     void unmakeNullMove();
 
     /// Gives the move to a side by hand. Nothing else changes, the key included.
@@ -156,9 +160,13 @@ struct Board {
 
     // --- Questions --------------------------------------------------------------------------
 
+    /// The side to move.
     [[nodiscard]] Side us() const { return static_cast<Side>(sideToMove); }
+    /// The squares of all men.
     [[nodiscard]] Bitboard occupied() const { return colourOcc[0] | colourOcc[1]; }
+    /// The squares of the men of one side.
     [[nodiscard]] Bitboard occupiedBy(Side side) const { return colourOcc[whiteFirst(side)]; }
+    /// The number of men of both sides, kings included.
     [[nodiscard]] int totalMen() const {
         return pawnCount[0] + pawnCount[1] + pieceCount[0] + pieceCount[1];
     }
@@ -169,18 +177,23 @@ struct Board {
     [[nodiscard]] Bitboard rankAttacksFrom(Square sq) const {
         return rankAttacks[sq][(occupied() >> ((sq & ~7) + 1)) & 63];
     }
+    /// The same along the file.
     [[nodiscard]] Bitboard fileAttacksFrom(Square sq) const {
         return fileAttacks[sq][(occRot90 >> ((sq & 7) * 8 + 1)) & 63];
     }
+    /// The same along the diagonal that runs north-east.
     [[nodiscard]] Bitboard diagNEAttacksFrom(Square sq) const {
         return diagNEAttacks[sq][(occDiagNE >> diagNEShift[sq]) & diagNEMask[sq]];
     }
+    /// The same along the diagonal that runs south-east.
     [[nodiscard]] Bitboard diagSEAttacksFrom(Square sq) const {
         return diagSEAttacks[sq][(occDiagSE >> diagSEShift[sq]) & diagSEMask[sq]];
     }
+    /// The same along rank and file.
     [[nodiscard]] Bitboard rookAttacks(Square sq) const {
         return rankAttacksFrom(sq) | fileAttacksFrom(sq);
     }
+    /// The same along both diagonals.
     [[nodiscard]] Bitboard bishopAttacks(Square sq) const {
         return diagNEAttacksFrom(sq) | diagSEAttacksFrom(sq);
     }
@@ -188,6 +201,7 @@ struct Board {
     /// Men of both colours, kings included, that attack the square. Pins are not looked at.
     [[nodiscard]] Bitboard attackersTo(Square sq) const;
 
+    /// Some man of `attacker`, pinned or not, attacks the square.
     [[nodiscard]] bool isAttacked(Square sq, Side attacker) const;
 
     /// The king of the side to move is attacked.
@@ -199,7 +213,9 @@ struct Board {
 
     /// The man of `side` on the square shields its own king from an enemy slider.
     [[nodiscard]] bool isPinned(Square sq, Side side) const;
+    /// isPinned() for White.
     [[nodiscard]] bool isPinnedWhite(Square sq) const { return isPinned(sq, White); }
+    /// isPinned() for Black.
     [[nodiscard]] bool isPinnedBlack(Square sq) const { return isPinned(sq, Black); }
 
     /// Static exchange evaluation of the capture or promotion from `from` to `to`, by a swap list:
@@ -221,9 +237,10 @@ struct Board {
     /// tree, the present one included) and at the root or before it (in the game). From outside a
     /// search, with ply 0, all of them count for the game.
     struct Repetitions {
-        int inTree;
-        int inGame;
+        int inTree;  ///< since the root of the search
+        int inGame;  ///< at the root or before it
     };
+    /// Counts from the undo stack, back to the last irreversible move.
     [[nodiscard]] Repetitions countRepetitions(int searchPly) const;
 
     /// Bare kings, or one minor piece against a bare king.
@@ -237,8 +254,10 @@ struct Board {
         int& counter = history[squares[moveFrom(move)]][moveTo(move)];
         counter = std::min(counter + depth / 16, HistoryLimit);
     }
+    /// The highest counter of updateHistory().
     static constexpr int HistoryLimit = 1'000'000'000;
 
+    /// Makes the move the first killer of the ply; what was the first becomes the second.
     void storeKiller(Move move, int searchPly) {
         if (move == killer1[searchPly]) return;
         killer2[searchPly] = killer1[searchPly];
@@ -257,7 +276,7 @@ struct Board {
     bool verifiable = false;
     /// What null moves on the stack have made of the keys, beyond the position's own.
     std::uint64_t nullHashDelta = 0;
-    std::uint64_t nullPawnDelta = 0;
+    std::uint64_t nullPawnDelta = 0;  ///< of `pawnKey`
 #endif
 
 private:

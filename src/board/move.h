@@ -10,16 +10,19 @@ namespace brivok {
 /// Moves are compared as whole values, so every field is filled in one way only.
 using Move = std::uint32_t;
 
+/// No move.
 inline constexpr Move NoMove = 0;
 
 /// Place of a field within a Move.
 struct MoveField {
-    unsigned shift;
-    unsigned width;
+    unsigned shift;  ///< its lowest bit
+    unsigned width;  ///< in bits
 
+    /// The value of the field in a move.
     [[nodiscard]] constexpr std::uint32_t get(Move move) const {
         return (move >> shift) & ((1U << width) - 1U);
     }
+    /// A move that has this value in the field and nothing else. The value must fit.
     [[nodiscard]] constexpr Move put(std::uint32_t value) const { return value << shift; }
 };
 
@@ -37,20 +40,28 @@ inline constexpr MoveField Enroque{26, 2};    ///< 0 none, 1 king side, 2 queen 
 /// Bits that no Move uses.
 inline constexpr Move UnusedMoveBits = 0xF0000000;
 
+/// Kinds of castling as a Move holds them.
 enum Castle : std::uint32_t { NoCastling = 0, KingSide = 1, QueenSide = 2 };
 
+/// The square that the man comes from.
 [[nodiscard]] constexpr Square moveFrom(Move m) {
     return static_cast<Square>(field::Origen.get(m));
 }
+/// The square that the man goes to.
 [[nodiscard]] constexpr Square moveTo(Move m) { return static_cast<Square>(field::Destino.get(m)); }
+/// The man that moves: the pawn, when it promotes.
 [[nodiscard]] constexpr Piece movePiece(Move m) { return static_cast<Piece>(field::Pieza.get(m)); }
+/// The man that is taken, also in passing; Empty if none.
 [[nodiscard]] constexpr Piece moveCapture(Move m) {
     return static_cast<Piece>(field::Captura.get(m));
 }
+/// The piece that a pawn becomes; Empty if it stays a pawn.
 [[nodiscard]] constexpr Piece movePromotion(Move m) {
     return static_cast<Piece>(field::Promocion.get(m));
 }
+/// The move is an en-passant capture.
 [[nodiscard]] constexpr bool moveIsEnPassant(Move m) { return field::AlPaso.get(m) != 0; }
+/// What of Castle the move is.
 [[nodiscard]] constexpr std::uint32_t moveCastle(Move m) { return field::Enroque.get(m); }
 
 /// A plain move or capture of `piece`.

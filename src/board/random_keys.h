@@ -10,8 +10,10 @@ namespace brivok {
 /// its sequence belongs to the format of the book file.
 class RandomKeys {
 public:
+    /// Starts the sequence of the seed.
     explicit RandomKeys(std::uint64_t seed) { seedRandom(seed); }
 
+    /// Starts the sequence of another seed.
     void seedRandom(std::uint64_t value) {
         for (auto& word : randomState) {
             word = value;
@@ -22,6 +24,7 @@ public:
         c = 21;
     }
 
+    /// The next number of the sequence.
     [[nodiscard]] std::uint64_t nextRandom() {
         const std::uint64_t value = std::rotl(randomState[a], 5) + std::rotl(randomState[b], 3) +
                                     std::rotr(randomState[c], 11);

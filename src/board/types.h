@@ -4,8 +4,9 @@
 
 namespace brivok {
 
-/// Squares are numbered row by row from the top left as White sees the board: a8 = 0, b8 = 1 ..
-/// h8 = 7, a7 = 8 .. h1 = 63. White's pawns therefore move towards lower numbers.
+/// Squares are numbered row by row from the top left as White sees the board: a8 = 0, b8 = 1 and so
+/// on to h8 = 7, then a7 = 8, and at last h1 = 63. White's pawns therefore move towards lower
+/// numbers.
 using Square = int;
 
 inline constexpr Square NoSquare = 64;     ///< "none" in `epSquare`
@@ -23,13 +24,16 @@ enum Step : int {
     SouthEast = 9
 };
 
+/// File of a square: 0 is the a-file, 7 the h-file.
 [[nodiscard]] constexpr int fileOf(Square sq) { return sq & 7; }
 
 /// Row of a square: 0 is rank 8, 7 is rank 1.
 [[nodiscard]] constexpr int rowOf(Square sq) { return sq >> 3; }
 
+/// Number of the rank of a square, 1 to 8.
 [[nodiscard]] constexpr int rankNumber(Square sq) { return 8 - rowOf(sq); }
 
+/// The square on a file and a row, each 0 to 7.
 [[nodiscard]] constexpr Square squareAt(int file, int row) { return row * 8 + file; }
 
 /// The square by its name in the text of the game, for constants: squareNamed("e4").
@@ -37,8 +41,10 @@ enum Step : int {
     return squareAt(name[0] - 'a', '8' - name[1]);
 }
 
+/// The two sides.
 enum Side : std::uint32_t { Black = 0, White = 1 };
 
+/// The other side.
 [[nodiscard]] constexpr Side opposite(Side side) { return static_cast<Side>(side ^ 1U); }
 
 /// Index of a side in the arrays that put White first (`colourOcc`, `kingSquare`, `kingStart`,
@@ -69,6 +75,7 @@ inline constexpr int PieceCodes = 14;
 /// Upper-case letter of each piece code, for move text and board diagrams.
 inline constexpr char PieceLetters[] = "XPPNNKKRRQQBBX";
 
+/// The side of a piece that is not Empty.
 [[nodiscard]] constexpr Side sideOf(Piece piece) { return static_cast<Side>(piece & 1U); }
 
 /// The kinds of men, as the white code of each.
@@ -81,6 +88,7 @@ enum class Kind : std::uint32_t {
     Bishop = 11
 };
 
+/// The code of a piece.
 [[nodiscard]] constexpr Piece pieceOf(Kind kind, Side side) {
     return static_cast<Piece>(static_cast<std::uint32_t>(kind) + whiteFirst(side));
 }
@@ -90,7 +98,9 @@ enum class Kind : std::uint32_t {
     return static_cast<Kind>(static_cast<std::uint32_t>(piece) - whiteFirst(sideOf(piece)));
 }
 
+/// The code is that of a pawn, of either side.
 [[nodiscard]] constexpr bool isPawn(std::uint32_t piece) { return piece - 1U < 2U; }
+/// The code is that of a king, of either side.
 [[nodiscard]] constexpr bool isKing(std::uint32_t piece) { return piece - 5U < 2U; }
 
 }  // namespace brivok

@@ -16,10 +16,10 @@ namespace brivok {
 /// the move that led there. In the file, 24 bytes of little-endian words in this order, sorted by
 /// rising key.
 struct BookRecord {
-    std::uint64_t key = 0;  ///< Board::hashKey of the position after the move
-    std::uint32_t whiteWins = 0;
-    std::uint32_t blackWins = 0;
-    std::uint32_t draws = 0;
+    std::uint64_t key = 0;         ///< Board::hashKey of the position after the move
+    std::uint32_t whiteWins = 0;   ///< games that White has won
+    std::uint32_t blackWins = 0;   ///< games that Black has won
+    std::uint32_t draws = 0;       ///< games drawn
     std::uint32_t annotation = 0;  ///< 1 "!!", 2 "!", 4 "!?", 8 "?!", 16 "?", 32 "??", or none
 
     static constexpr std::size_t Bytes = 24;  ///< in the file
@@ -37,14 +37,14 @@ struct BookRecord {
 
 /// A move that the book knows.
 struct BookCandidate {
-    Move move = NoMove;
-    std::int64_t score = 0;
-    BookRecord record{};
+    Move move = NoMove;      ///< a legal one
+    std::int64_t score = 0;  ///< see bookScore()
+    BookRecord record{};     ///< of the position after the move
 };
 
 /// The random numbers of a choice: 0 to MaxBookRandom, all equally likely.
 inline constexpr int MaxBookRandom = 32767;
-using BookRandom = std::function<int()>;
+using BookRandom = std::function<int()>;  ///< gives the next random number
 
 /// Picks one of the candidates at random, better scores more often. One with no more than a
 /// fifteenth of the best score counts as 0; the others are lifted by up to 1.2 times the best, with

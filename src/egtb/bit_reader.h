@@ -11,6 +11,7 @@ class BitReader {
 public:
     static constexpr int RefilledBits = 56;  ///< what refill() provides for at least
 
+    /// Begins at the first bit. The bytes are not copied.
     explicit BitReader(std::span<const std::uint8_t> bytes)
         : next(bytes.data()), end(bytes.data() + bytes.size()) {}
 
@@ -33,6 +34,7 @@ public:
         return static_cast<std::uint32_t>(buffer >> 1U >> (63 - bits));
     }
 
+    /// Drops `bits` bits, which must be available.
     void skip(int bits) {
         buffer <<= bits;
         count -= bits;
@@ -51,6 +53,7 @@ public:
         return take(bits);
     }
 
+    /// More bits have been taken than there were.
     [[nodiscard]] bool overrun() const { return count < 0; }
 
 private:

@@ -48,7 +48,7 @@ void removeFromChain(CacheBlock& block) {
 }
 
 void emptyAllBuckets() {
-    for (TableSides& sides : tableSides) {
+    for (const TableSides& sides : tableSides) {
         for (const std::unique_ptr<TableSide>& side : sides) {
             if (side != nullptr) side->cacheBuckets.fill(nullptr);
         }

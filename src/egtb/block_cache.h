@@ -18,15 +18,15 @@ inline constexpr std::int32_t NoValue = 32767;
 
 /// A block of the cache, with its place in the use list and in the chain of its bucket.
 struct CacheBlock {
-    std::int32_t tableId;
-    std::int32_t side;
-    std::uint32_t chunk;
-    std::uint32_t length;  ///< bytes of `data` that the file has; the rest means nothing
-    CacheBlock* older;     ///< towards the least recently used; on the free list the next one
-    CacheBlock* newer;     ///< towards the most recently used
-    CacheBlock* bucketNext;
+    std::int32_t tableId;    ///< of the table
+    std::int32_t side;       ///< of the files, 0 or 1
+    std::uint32_t chunk;     ///< number of the chunk within the side
+    std::uint32_t length;    ///< bytes of `data` that the file has; the rest means nothing
+    CacheBlock* older;       ///< towards the least recently used; on the free list the next one
+    CacheBlock* newer;       ///< towards the most recently used
+    CacheBlock* bucketNext;  ///< the next in the chain
     CacheBlock* bucketPrev;  ///< none at the head of the chain
-    std::uint8_t* data;
+    std::uint8_t* data;      ///< ChunkBytes bytes in the memory of the cache
 };
 
 /// The chunks of all tables that were read last, each found by a small hash of its table. Holds a
@@ -48,6 +48,7 @@ public:
     [[nodiscard]] std::int32_t ReadCacheByte(int tableId, int side, std::uint32_t chunk,
                                              std::uint32_t offset);
 
+    /// The number of blocks; 0 before InitCache().
     [[nodiscard]] std::uint32_t blockCount() const { return count; }
 
 private:
@@ -68,6 +69,7 @@ private:
     CacheBlock* freeList = nullptr;
 };
 
+/// The one cache of the engine.
 extern BlockCache blockCache;
 
 }  // namespace brivok

@@ -28,24 +28,24 @@ inline constexpr int DecodeSlack = 36;
 
 /// What the header of a compressed file says: all that it takes to decode any of its blocks.
 struct DatacompFile {
-    std::int32_t blockLog = 0;
+    std::int32_t blockLog = 0;       ///< log2 of `blockSize`
     std::int32_t blockSize = 0;      ///< 2^blockLog bytes, decoded
     std::int32_t lastBlockSize = 0;  ///< of the last block, decoded
-    std::int32_t blockCount = 0;
+    std::int32_t blockCount = 0;     ///< blocks in the file
 
     /// Where in the file each block begins, then where the last one ends.
     std::vector<std::uint32_t> blockOffsets;
     /// How far back the matches reach, one for each 32 of their symbols.
     std::array<std::uint32_t, datacomp::DistanceCount> distances{};
-    HuffmanTable<13, datacomp::SymbolCount> decodeTable;
+    HuffmanTable<13, datacomp::SymbolCount> decodeTable;  ///< of the symbols of the blocks
 };
 
 /// A block on its way from the file to the caller's memory.
 struct DecodeScratch {
-    std::uint8_t* output = nullptr;
-    std::uint32_t decodedSize = 0;  ///< bytes to decode; 0 if the block needs no decoding
-    std::uint32_t compressedSize = 0;
-    std::array<std::uint8_t, LargestDecodedBlock> input;
+    std::uint8_t* output = nullptr;    ///< where the decoded block goes; the caller's
+    std::uint32_t decodedSize = 0;     ///< bytes to decode; 0 if the block needs no decoding
+    std::uint32_t compressedSize = 0;  ///< bytes of `input` that are filled
+    std::array<std::uint8_t, LargestDecodedBlock> input;  ///< the block as it is in the file
 };
 
 /// Reads a header at the start of `file`. `decoder` is set on success only.

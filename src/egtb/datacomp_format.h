@@ -27,18 +27,20 @@ inline constexpr std::size_t DistanceCountOffset = 71;  ///< a byte, 24
 inline constexpr std::size_t BlockCountOffset = 72;     ///< 32 bits
 inline constexpr std::size_t VariantOffset = 76;        ///< 32 bits, `Variant`
 inline constexpr std::size_t BlockSumsOffset = 80;      ///< the end of the fixed fields
-inline constexpr std::size_t BlockSumsSize = 8;
-inline constexpr std::size_t ChecksumSize = 4;
+inline constexpr std::size_t BlockSumsSize = 8;         ///< bytes for each block
+inline constexpr std::size_t ChecksumSize = 4;          ///< bytes at the end of the header
 
+/// Bytes, of a file without blocks.
 inline constexpr std::uint32_t SmallestHeader = BlockSumsOffset + ChecksumSize;
-inline constexpr std::uint32_t Variant = 0x004001F5;
-inline constexpr int LargestBlockLog = 16;
+inline constexpr std::uint32_t Variant = 0x004001F5;  ///< of the format, the only one
+inline constexpr int LargestBlockLog = 16;            ///< a block has at most 2^16 bytes
 
-inline constexpr int DistanceCount = 24;
+inline constexpr int DistanceCount = 24;    ///< distances of matches
 inline constexpr int FirstMatch = 256;      ///< symbols below are bytes
 inline constexpr int LengthCodes = 32;      ///< for each distance
 inline constexpr int PlainLengths = 15;     ///< the first of them say a length of 1 .. 15
 inline constexpr unsigned LooseMatch = 16;  ///< a match up to this length may pass the block's end
+/// Bytes and matches together.
 inline constexpr int SymbolCount = FirstMatch + DistanceCount * LengthCodes;
 
 /// The checksum over `bytes`: a CRC-32 (reversed polynomial) that divides on clear bits, begins at

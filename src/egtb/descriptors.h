@@ -13,16 +13,17 @@ inline constexpr std::uint32_t Split = 4;        ///< parts of 2^31 bytes, each 
 
 /// One Nalimov table that can exist: what its name, its size and the form of its files are.
 struct TablebaseDescriptor {
-    std::int32_t id = 0;  ///< its place in the array
-    std::uint32_t flags = 0;
+    std::int32_t id = 0;                  ///< its place in the array
+    std::uint32_t flags = 0;              ///< of the bits above
     std::array<char, 8> name{};           ///< signature such as "kqkr", zero-filled
     std::array<std::uint64_t, 2> size{};  ///< entries in the file by side to move
 
+    /// The name without its padding.
     [[nodiscard]] constexpr std::string_view signature() const { return name.data(); }
 };
 
 /// Ids run from 1; entry 0 is the table of the bare kings, which has no files.
 inline constexpr int TableCount = 441;
-extern const std::array<TablebaseDescriptor, TableCount> tablebaseDescriptors;
+extern const std::array<TablebaseDescriptor, TableCount> tablebaseDescriptors;  ///< by id
 
 }  // namespace brivok

@@ -11,8 +11,8 @@ namespace brivok {
 /// many are filled follows from the table's signature.
 using PieceList = std::array<std::uint32_t, 16>;
 
-inline constexpr std::size_t SlotsPerType = 3;
-inline constexpr std::size_t KingSlot = 15;
+inline constexpr std::size_t SlotsPerType = 3;  ///< of pawns, knights and so on
+inline constexpr std::size_t KingSlot = 15;     ///< the last one
 
 /// How many pawns, knights, bishops, rooks and queens White has, then Black.
 using PieceCounts = std::array<int, 10>;

@@ -8,19 +8,21 @@ namespace brivok {
 /// as a reflection of the board, or is asked about all of them, is a few operations on one word.
 using SquareWord = std::uint64_t;
 
-inline constexpr SquareWord EveryByte = 0x0101010101010101;
+inline constexpr SquareWord EveryByte = 0x0101010101010101;  ///< the number 1 in each of the bytes
 
 /// Exclusive-or masks of single squares: these turn the files, or the ranks, the other way round.
 inline constexpr unsigned FileFlip = 7;
-inline constexpr unsigned RankFlip = 56;
+inline constexpr unsigned RankFlip = 56;  ///< of ranks
 
 /// In a byte that is no man, this is on a higher square than every man.
 inline constexpr SquareWord NoMan = 0x7F;
 
+/// The square in a byte, 0 to 7.
 [[nodiscard]] constexpr unsigned squareIn(SquareWord word, unsigned byte) {
     return static_cast<unsigned>(word >> (8 * byte)) & 0xFFU;
 }
 
+/// A word with the square in one byte, 0 to 7, and nothing else.
 [[nodiscard]] constexpr SquareWord squareAtByte(std::uint64_t square, unsigned byte) {
     return square << (8 * byte);
 }

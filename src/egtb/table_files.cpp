@@ -21,7 +21,7 @@ TableFile openTableFile(const std::string& path) {
 }
 
 void CloseTableFiles() {
-    for (TableSides& sides : tableSides) {
+    for (const TableSides& sides : tableSides) {
         for (const std::unique_ptr<TableSide>& side : sides) {
             if (side == nullptr) continue;
             for (TablePart& part : side->parts) part.file.reset();

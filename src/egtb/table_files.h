@@ -17,9 +17,12 @@ inline constexpr std::size_t MaxParts = 18;      ///< files that one side of a t
 inline constexpr std::size_t CacheBuckets = 32;  ///< a power of two
 inline constexpr unsigned PartBytesLog = 31;     ///< every part but the last has 2^31 bytes
 
+/// Closes the file of a TableFile.
 struct CloseFile {
+    /// Ignores errors: the files are only read.
     void operator()(std::FILE* stream) const { std::fclose(stream); }
 };
+/// An open file, closed with its owner.
 using TableFile = std::unique_ptr<std::FILE, CloseFile>;
 
 /// One file of a table: whole, or one part of a split table.
@@ -31,7 +34,7 @@ struct TablePart {
 
 /// One side of a table of which a file has been registered.
 struct TableSide {
-    std::array<TablePart, MaxParts> parts;
+    std::array<TablePart, MaxParts> parts;  ///< from the first; see partCount()
     /// Heads of the chains of the cached chunks, by the low bits of the chunk's number.
     std::array<CacheBlock*, CacheBuckets> cacheBuckets{};
 };
@@ -39,7 +42,7 @@ struct TableSide {
 /// The run-time state of a table, beside its constant descriptor: none for a side that has no
 /// file. A table that is the same for both sides has side 0 alone.
 using TableSides = std::array<std::unique_ptr<TableSide>, 2>;
-extern std::array<TableSides, TableCount> tableSides;
+extern std::array<TableSides, TableCount> tableSides;  ///< by id
 
 /// Memory for the decoding of one block; there is none before a compressed file is registered.
 extern std::unique_ptr<DecodeScratch> decodeScratch;

@@ -5,6 +5,7 @@
 
 #include "egtb/piece_list.h"
 
+/// @file
 /// The order of the positions in the files of the Nalimov tables. A position is reduced by the
 /// symmetries of the board; then the kings and the men of the side to move are numbered together,
 /// leaving out squares from which they would give check at once, and the other men on the squares
@@ -30,9 +31,9 @@ inline constexpr std::uint64_t NoIndex = ~std::uint64_t{0};
 
 /// A position of a table, its first side White.
 struct TablePosition {
-    PieceList first{};
-    PieceList second{};
-    int ep = NoEnPassant;
+    PieceList first{};     ///< men of the first side of the signature
+    PieceList second{};    ///< men of the second
+    int ep = NoEnPassant;  ///< en-passant target square or NoEnPassant
 };
 
 /// The reverse of tableIndex() with `invert` 0, for `index` below tableIndexCount(). The position

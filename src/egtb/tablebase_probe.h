@@ -13,9 +13,10 @@ struct TablebaseState {
     std::string tbDirectories;       ///< the list of directories in force
     std::uint32_t tbCacheBytes = 0;  ///< budget of the cache in force
     // Since the start of the program; they wrap around in a very long analysis.
-    std::uint32_t tbProbes = 0;
-    std::uint32_t tbHits = 0;  ///< probes that gave a value
+    std::uint32_t tbProbes = 0;  ///< positions that were asked for
+    std::uint32_t tbHits = 0;    ///< probes that gave a value
 };
+/// The one of the engine.
 inline TablebaseState tablebases;
 
 /// The exact value of the position for the side to move, as far as a table is there: a mate in n

@@ -20,9 +20,11 @@ inline constexpr int ImbalanceMajor = 120;  ///< a surplus that counts as won ma
 inline constexpr int ImbalanceQueen = 60;   ///< queen against two rooks
 inline constexpr int ImbalanceMinor = 30;   ///< a major against a single minor more
 
-inline constexpr int BlockedCentrePawn = 5;
+inline constexpr int BlockedCentrePawn = 5;  ///< an unmoved d- or e-pawn with a man before it
+/// The c-pawn behind its own knight, with pawns on d4 and d5.
 inline constexpr int BlockedQueensGambit = 5;
 
+/// A queen that comes out early, by its square.
 inline constexpr SquareTable queenDevelopmentTable{
     // clang-format off
     -200, -200,    0,    0,    0,    0, -200, -200,
@@ -38,14 +40,15 @@ inline constexpr SquareTable queenDevelopmentTable{
 
 // --- Pawns ----------------------------------------------------------------------------------
 
-inline constexpr int BackwardPawn = 5;
+inline constexpr int BackwardPawn = 5;        ///< penalty
 inline constexpr int BackwardOnOpenFile = 4;  ///< on top of BackwardPawn
 inline constexpr int IsolatedPawn = 3;        ///< on top of the terms of a backward pawn
-inline constexpr int IsolatedOnOpenFile = 8;
-inline constexpr int DoubledPawn = 2;        ///< per pawn of the file and other pawn on it
-inline constexpr int PassedTableFactor = 2;  ///< further counts of the table value
-inline constexpr int PassedNotIsolated = 15;
+inline constexpr int IsolatedOnOpenFile = 8;  ///< on top of IsolatedPawn
+inline constexpr int DoubledPawn = 2;         ///< per pawn of the file and other pawn on it
+inline constexpr int PassedTableFactor = 2;   ///< further counts of the table value
+inline constexpr int PassedNotIsolated = 15;  ///< a passed pawn with a neighbour
 
+/// A pawn's place.
 inline constexpr SquareTable pawnTable{
     // clang-format off
      0,  0,  0,  0,  0,  0,  0,  0,
@@ -64,25 +67,27 @@ inline constexpr SquareTable pawnTable{
 /// By the number of rooks and queens on the last two ranks, beside the enemy king there.
 inline constexpr std::int16_t heavyOnSeventhTable[4]{0, 25, 100, 300};
 
-inline constexpr int TrappedBishop = 180;
+inline constexpr int TrappedBishop = 180;  ///< penalty
 
 /// By the number of pawns on the board; the last value stands for all higher numbers too.
 inline constexpr std::int16_t bishopPairTable[8]{60, 60, 60, 60, 55, 40, 35, 30};
 
-inline constexpr int PawnOnBishopColour = 4;
+inline constexpr int PawnOnBishopColour = 4;  ///< penalty, for each pawn
 
 // --- Pieces ---------------------------------------------------------------------------------
 
 /// By the number of squares attacked along rank and file.
 inline constexpr std::int16_t rookMobilityTable[15]{-15, -10, -5, 0, 1, 2, 3, 4,
                                                     6,   6,   7,  7, 8, 8, 9};
+/// A rook's place, by file.
 inline constexpr std::int16_t rookFileTable[8]{0, 0, 4, 6, 6, 4, 0, 0};
-inline constexpr int RookOnHalfOpenFile = 8;
-inline constexpr int RookOnOpenFile = 3;
+inline constexpr int RookOnHalfOpenFile = 8;      ///< no own pawn on the file
+inline constexpr int RookOnOpenFile = 3;          ///< no pawn at all on the file
 inline constexpr int RookDoubledOnOpenFile = 10;  ///< on top of RookOnOpenFile, for one of the two
 
-inline constexpr int BishopMobilitySquare = 3;
+inline constexpr int BishopMobilitySquare = 3;  ///< for each square
 
+/// A bishop's place.
 inline constexpr SquareTable bishopTable{
     // clang-format off
     -2, -2, -2, -2, -2, -2, -2, -2,
@@ -96,6 +101,7 @@ inline constexpr SquareTable bishopTable{
     // clang-format on
 };
 
+/// A knight's place.
 inline constexpr SquareTable knightTable{
     // clang-format off
     -20, -12, -10, -10, -10, -10, -12, -20,
@@ -125,6 +131,7 @@ inline constexpr SquareTable outpostTable{
 };
 inline constexpr int KnightOutpost = 3;  ///< a knight's addition to the table value
 
+/// A queen's place.
 inline constexpr SquareTable queenTable{
     // clang-format off
     -10, -8, -4,  0,  0, -4, -8, -10,
@@ -154,6 +161,7 @@ inline constexpr SquareTable kingMiddlegameTable{
     // clang-format on
 };
 
+/// A king's place in an endgame.
 inline constexpr SquareTable kingEndgameTable{
     // clang-format off
     -5, -3, -1,  0,  0, -1, -3, -5,
@@ -167,21 +175,21 @@ inline constexpr SquareTable kingEndgameTable{
     // clang-format on
 };
 
-inline constexpr int JustCastledKingSide = 24;
-inline constexpr int JustCastledQueenSide = 20;
-inline constexpr int KingMoved = 7;             ///< off its start square, an own pawn on its file
-inline constexpr int KingMovedToOpenFile = 15;  ///< off its start square, without one
+inline constexpr int JustCastledKingSide = 24;   ///< by the last move
+inline constexpr int JustCastledQueenSide = 20;  ///< by the last move
+inline constexpr int KingMoved = 7;              ///< off its start square, an own pawn on its file
+inline constexpr int KingMovedToOpenFile = 15;   ///< off its start square, without one
 
 /// Shelter: for each row that the pawn of the file is further away than one step.
 inline constexpr int ShelterKingFile = 8;
-inline constexpr int ShelterNextFile = 7;
+inline constexpr int ShelterNextFile = 7;  ///< the files beside the king's
 inline constexpr int ShelterMissing = 12;  ///< no pawn of the file stands before the king
 
 /// Storm: with the kings this many files apart, own pawns advance towards the enemy king.
 inline constexpr int StormKingDistance = 3;
-inline constexpr int StormStartRows = 18;  ///< sum of the rows of three pawns on the second rank
-inline constexpr int StormRow = 3;
-inline constexpr int StormOpenKingFile = 8;
-inline constexpr int StormOpenNextFile = 6;
+inline constexpr int StormStartRows = 18;    ///< sum of the rows of three pawns on the second rank
+inline constexpr int StormRow = 3;           ///< for each row that a pawn has advanced
+inline constexpr int StormOpenKingFile = 8;  ///< no own pawn on the enemy king's file
+inline constexpr int StormOpenNextFile = 6;  ///< no own pawn on the file beside it
 
 }  // namespace brivok::weights

@@ -4,6 +4,7 @@
 #include "eval/eval_weights.h"
 #include "hash/pawn_hash.h"
 
+/// @file
 /// The terms that Evaluate() adds up, and what they share. Each is written once for a side S, as
 /// White sees the board, and gives centipawns from the view of S.
 namespace brivok {
@@ -13,6 +14,7 @@ template <Side S>
 [[nodiscard]] constexpr Square Seen(Square sq) {
     return S == White ? sq : sq ^ 56;
 }
+/// The number of a row as S sees the board.
 template <Side S>
 [[nodiscard]] constexpr int SeenRow(int row) {
     return S == White ? row : 7 - row;
@@ -23,10 +25,12 @@ template <Side S>
 [[nodiscard]] auto& PawnsOnFile(auto& record) {
     return S == White ? record.whitePawnsOnFile : record.blackPawnsOnFile;
 }
+/// By file + 1: the row of the pawn furthest back.
 template <Side S>
 [[nodiscard]] auto& RearRow(auto& record) {
     return S == White ? record.whiteRearRow : record.blackRearRow;
 }
+/// The squares that the pawns attack.
 template <Side S>
 [[nodiscard]] auto& PawnCover(auto& record) {
     return S == White ? record.whitePawnCover : record.blackPawnCover;
@@ -55,12 +59,16 @@ template <Side S>
 
 // --- Pieces and kings -------------------------------------------------------------------------
 
+/// All rooks: mobility, file, open files.
 template <Side S>
 [[nodiscard]] int Rooks(const Board& board);
+/// All bishops: place, mobility, outposts.
 template <Side S>
 [[nodiscard]] int Bishops(const Board& board, const PawnHashRecord& pawns);
+/// All knights: place, outposts.
 template <Side S>
 [[nodiscard]] int Knights(const Board& board, const PawnHashRecord& pawns);
+/// All queens: place.
 template <Side S>
 [[nodiscard]] int Queens(const Board& board);
 

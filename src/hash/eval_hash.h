@@ -21,6 +21,7 @@ public:
     void Allocate();
 };
 
+/// The one of the engine.
 extern EvalHashTable evalHashTable;
 
 }  // namespace brivok

@@ -35,6 +35,7 @@ public:
     /// Zeroes all records.
     void Clear() { records.clear(); }
 
+    /// The number of records; 0 before the first allocation.
     [[nodiscard]] std::uint32_t size() const { return count; }
 
 protected:

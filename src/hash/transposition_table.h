@@ -22,9 +22,9 @@ public:
 
     /// What an entry gives besides its bound.
     struct Found {
-        Move move = NoMove;
-        int score = 0;  ///< from the probing node; unset unless a bound was returned
-        bool mateThreat = false;
+        Move move = NoMove;       ///< the best one, or none
+        int score = 0;            ///< from the probing node; unset unless a bound was returned
+        bool mateThreat = false;  ///< a null move was answered by mate
     };
 
     /// Makes the table anew, empty, by the setting `hashMB`. Ends the program with code 1 when the
@@ -37,6 +37,8 @@ public:
     Probe probe(std::uint64_t key, int searchPly, int beta, int depth, Found& found,
                 bool& allowNull);
 
+    /// Keeps what a node at `searchPly` has found with `depth` (units of 1/16 ply): in the slot
+    /// that prefers depth, unless this search has a deeper entry there.
     void store(std::uint64_t key, int searchPly, int score, Bound bound, Move move, bool mateThreat,
                int depth);
 
@@ -55,6 +57,7 @@ public:
     /// Share of slots taken by the present search, in thousandths.
     [[nodiscard]] int fillPermille() const;
 
+    /// The number of buckets.
     [[nodiscard]] std::uint32_t size() const { return bucketCount; }
 
 private:
@@ -82,6 +85,7 @@ private:
     std::uint32_t slotsOfGeneration[8]{};  ///< depth-preferred slots by generation; 0 is not used
 };
 
+/// The one of the engine.
 extern TranspositionTable transpositionTable;
 
 }  // namespace brivok

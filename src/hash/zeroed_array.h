@@ -32,12 +32,16 @@ public:
         return true;
     }
 
+    /// Zeroes all records.
     void clear() {
         if (length != 0) std::memset(static_cast<void*>(records.get()), 0, length * sizeof(Record));
     }
 
+    /// The record at an index, which is not checked.
     [[nodiscard]] Record& operator[](std::size_t index) { return records.get()[index]; }
+    /// The record at an index, which is not checked.
     [[nodiscard]] const Record& operator[](std::size_t index) const { return records.get()[index]; }
+    /// The number of records.
     [[nodiscard]] std::size_t size() const { return length; }
 
 private:

@@ -13,6 +13,7 @@ bool generateForPosition(Board& board, Move* list);
 /// The Move is in the list of the position and legal; false for 0.
 [[nodiscard]] bool isLegalMove(Board& board, Move move);
 
+/// The number of legal moves of the position.
 [[nodiscard]] int countLegalMoves(Board& board);
 
 /// Number of legal moves among the first `count` of the list. `lastLegal` gets the index of the

@@ -8,12 +8,15 @@ namespace brivok {
 template <Side S>
 class MoveWriter {
 public:
+    /// Appends behind the first `moveCount` moves of the list; the end of the writer updates the
+    /// count.
     MoveWriter(Board& position, Move* moves)
         : board(position), next(moves + position.moveCount), first(moves) {}
     MoveWriter(const MoveWriter&) = delete;
     MoveWriter& operator=(const MoveWriter&) = delete;
     ~MoveWriter() { board.moveCount = static_cast<int>(next - first); }
 
+    /// Appends a move that is complete.
     void add(Move move) { *next++ = move; }
 
     /// A move or plain capture of a piece, by what stands on the target.
@@ -38,12 +41,13 @@ public:
         }
     }
 
+    /// Captures in passing, `to` being the square passed over.
     void addEnPassant(Square from, Square to) {
         add(makePlainMove(from, to, Pawn, pieceOf(Kind::Pawn, opposite(S))) | field::AlPaso.put(1));
     }
 
-    static constexpr Piece Pawn = pieceOf(Kind::Pawn, S);
-    static constexpr int LastRow = S == White ? 0 : 7;
+    static constexpr Piece Pawn = pieceOf(Kind::Pawn, S);  ///< of the side
+    static constexpr int LastRow = S == White ? 0 : 7;     ///< of the side's pawns
 
 private:
     Board& board;
@@ -55,7 +59,7 @@ private:
 template <Side S>
 inline constexpr int PawnStep = S == White ? North : South;
 template <Side S>
-inline constexpr Bitboard ThirdRank = rowMask[S == White ? 5 : 2];
+inline constexpr Bitboard ThirdRank = rowMask[S == White ? 5 : 2];  ///< the row
 
 /// Shifts a set of pawns one step ahead.
 template <Side S>
@@ -68,6 +72,7 @@ template <Side S>
 [[nodiscard]] constexpr Bitboard attackedWest(Bitboard pawns) {
     return S == White ? (pawns & ~FileA) >> 9U : (pawns & ~FileA) << 7U;
 }
+/// Towards the h-file.
 template <Side S>
 [[nodiscard]] constexpr Bitboard attackedEast(Bitboard pawns) {
     return S == White ? (pawns & ~FileH) >> 7U : (pawns & ~FileH) << 9U;
@@ -77,7 +82,7 @@ template <Side S>
 template <Side S>
 inline constexpr int CaptureWest = S == White ? NorthWest : SouthWest;
 template <Side S>
-inline constexpr int CaptureEast = S == White ? NorthEast : SouthEast;
+inline constexpr int CaptureEast = S == White ? NorthEast : SouthEast;  ///< towards the h-file
 
 /// Attack set of a piece that is neither pawn nor king.
 template <Kind K>

@@ -7,7 +7,7 @@
 
 namespace brivok {
 
-inline constexpr int MaxPerftDepth = 15;
+inline constexpr int MaxPerftDepth = 15;  ///< plies
 
 /// Legal positions by distance from the root; entry 0 is not used.
 using PerftNodes = std::array<std::uint32_t, MaxPerftDepth + 1>;

@@ -17,7 +17,7 @@ inline constexpr int OnePly = 16;
 /// Scores are centipawns from the side to move. A side that is mated at search ply p scores
 /// p - MateScore; beyond MateBound all scores are mates.
 inline constexpr int DrawScore = 0;
-inline constexpr int MateScore = 32767;
+inline constexpr int MateScore = 32767;  ///< of a mate at ply 0
 
 /// More reversible half-moves than this are a draw.
 inline constexpr std::uint32_t FiftyMoveLimit = 100;
@@ -34,6 +34,7 @@ inline constexpr std::int64_t DeepestIteration = 100'000'000;
 
 /// Nodes between two looks at the input and the clock. The first look comes at the first node.
 inline constexpr std::uint32_t PollInterval = 20000;
+/// The same while it ponders.
 inline constexpr std::uint32_t PonderPollInterval = 5000;
 
 /// State of the search; odd values mean that one is running.
@@ -66,24 +67,24 @@ public:
     /// A game begins: the clocks get their defaults, and its result is open.
     void onNewGame() override;
 
-    SearchMode searchMode = SearchMode::Idle;
+    SearchMode searchMode = SearchMode::Idle;  ///< what the caller wants, Idle when over
     int maxIteration = NoFixedDepth;  ///< last iteration; any other value turns the clock off
     std::uint32_t nodeLimit = 0;      ///< stop after this many nodes; 0 for none
     std::uint32_t searchStartTime;    ///< centiseconds
-    bool ponderEnabled = true;
-    bool postThinking = true;  ///< print thinking lines outside UCI
-    bool stopSearch = false;   ///< the running search is to unwind
+    bool ponderEnabled = true;        ///< search in the opponent's time
+    bool postThinking = true;         ///< print thinking lines outside UCI
+    bool stopSearch = false;          ///< the running search is to unwind
 
-    GameOutcome gameOutcome = GameOutcome::None;
-    Move ponderMove = NoMove;      ///< reply expected from the opponent
-    std::uint64_t hashPonder = 0;  ///< key of the position before the ponder move
-    bool bookMove = false;         ///< the move returned came from the opening book
-    int iterationScore = 0;        ///< score of the last finished iteration
-    int iteration = 0;             ///< the iteration in progress, from 1
-    int selDepth = 0;              ///< deepest ply that quiescence has reached in this pass
+    GameOutcome gameOutcome = GameOutcome::None;  ///< set by think()
+    Move ponderMove = NoMove;                     ///< reply expected from the opponent
+    std::uint64_t hashPonder = 0;                 ///< key of the position before the ponder move
+    bool bookMove = false;                        ///< the move returned came from the opening book
+    int iterationScore = 0;                       ///< score of the last finished iteration
+    int iteration = 0;                            ///< the iteration in progress, from 1
+    int selDepth = 0;  ///< deepest ply that quiescence has reached in this pass
     std::array<std::uint32_t, NoFixedDepth + 1> nodesAtIteration{};  ///< by iteration number
 
-    Board* board;
+    Board* board;  ///< the one that is searched; not owned
 
     /// A ponder search has become the search of a move: its budget is worked out by the clocks as
     /// they stand now. Its time goes on from its start.
@@ -174,7 +175,7 @@ private:
     enum class PvStyle { San, Coordinate };
     std::string renderPv(PvStyle style);
 
-    Frame root;  ///< pseudo-legal root list; its order never changes, only the order scores do
+    Frame root{};  ///< pseudo-legal root list; its order never changes, only the order scores do
     std::array<std::uint32_t, MaxMoves> rootMoveNodes{};  ///< by position in the root list
     int legalRootMoveCount = 0;
     int rootMovesTotal = 0;
@@ -187,6 +188,7 @@ private:
     bool followPv = false;       ///< the node to be ordered still lies on the last line
 };
 
+/// The one of the engine.
 extern Searcher theSearcher;
 
 }  // namespace brivok

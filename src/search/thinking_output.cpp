@@ -138,13 +138,12 @@ void Searcher::printUciRootMove(bool firstOfPass) {
 
 void Searcher::printThinking(int score, Event event) {
     Application& app = *theApplication;
-    Board& b = *board;
     const std::uint32_t used = elapsed();
     const bool finished = event == Event::Finished;
     Print(app, "%2d%s %5d %7u %10lu ", iteration, finished ? "." : " ", score, used, nodeCount());
     if (settings.extraInfo) Print(app, "%5s ", face(score));
     if (event == Event::FailedHigh || event == Event::FailedLow) {
-        const std::string move = numberText(b) + moveToSan(b, b.pvTable[1][1]);
+        const std::string move = numberText(*board) + moveToSan(*board, board->pvTable[1][1]);
         Print(app, "%s %s\n", move.c_str(), event == Event::FailedHigh ? "++" : "--");
         return;
     }

@@ -7,6 +7,7 @@ namespace brivok {
 /// The console that every run begins in: silent, and left by the first line of an interface.
 class ExtraHandler final : public ProtocolHandler {
 public:
+    /// Makes the tables by the settings.
     explicit ExtraHandler(Application& application);
     ~ExtraHandler() override;
     void ProcessCommand(std::string_view line) override;

@@ -11,6 +11,7 @@ namespace brivok {
 /// board, each "go" searches it and answers with one "bestmove".
 class UciHandler final : public ProtocolHandler {
 public:
+    /// Makes the tables and a new game, and answers "uci" with the options.
     explicit UciHandler(Application& application);
     ~UciHandler() override;
     void ProcessCommand(std::string_view line) override;

@@ -16,6 +16,7 @@ namespace brivok {
 /// that polls the input; the mode of the search decides which commands are understood.
 class WinBoardHandler final : public ProtocolHandler {
 public:
+    /// Reads the settings, opens the log, makes the tables and a new game.
     explicit WinBoardHandler(Application& application);
     ~WinBoardHandler() override;
     void ProcessCommand(std::string_view text) override;

@@ -15,8 +15,10 @@ namespace brivok {
 /// A text file of positions, one in a line.
 class PositionFile {
 public:
+    /// Opens the file; isOpen() tells whether that went well.
     explicit PositionFile(const std::string& name);
 
+    /// The file could be opened.
     [[nodiscard]] bool isOpen() const { return file.is_open(); }
 
     /// The next line without its end, of whichever system it is; false at the end of the file. A

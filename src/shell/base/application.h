@@ -10,7 +10,9 @@ namespace brivok {
 
 class Application;
 
+/// The name with the version.
 inline constexpr char EngineName[] = "Brivok 4.0.3";
+/// The kind of release.
 inline constexpr char EngineInfo[] = "Beta";
 
 /// The language that the program is spoken to in.
@@ -19,6 +21,7 @@ enum class Protocol { None = 0, Extra = 1, Uci = 2, WinBoard = 3 };
 /// One protocol: takes the input lines and answers them.
 class ProtocolHandler {
 public:
+    /// Answers through the application, which outlives the handler.
     explicit ProtocolHandler(Application& application) : app(application) {}
     ProtocolHandler(const ProtocolHandler&) = delete;
     ProtocolHandler& operator=(const ProtocolHandler&) = delete;
@@ -31,7 +34,7 @@ public:
     /// Reads and handles lines until `done` is set.
     virtual void Run() = 0;
 
-    Application& app;
+    Application& app;   ///< the one it answers through
     bool done = false;  ///< makes Run return
 };
 
@@ -40,10 +43,10 @@ class Application {
 public:
     Application();
 
-    Protocol currentProtocol = Protocol::Extra;
+    Protocol currentProtocol = Protocol::Extra;   ///< of `handler`
     Protocol requestedProtocol = Protocol::None;  ///< the handler that a handler asks for
-    Logger logger{*this};
-    std::unique_ptr<ProtocolHandler> handler;
+    Logger logger{*this};                         ///< of this run
+    std::unique_ptr<ProtocolHandler> handler;     ///< the one in force; none before the first
 };
 
 /// The one Application, made by the entry of the program.

@@ -31,6 +31,7 @@ enum class Input {
     Line,     ///< a line, or MaxLineLength bytes of one, can be read without blocking
     Ended     ///< the input is closed and everything in it has been read
 };
+/// Looks at the input without blocking.
 [[nodiscard]] Input InputWaiting();
 
 /// Hands one waiting line, if there is one, to the handler in force. Without a handler nothing is

@@ -12,9 +12,10 @@ class Application;
 /// "## ", and the raw input lines. Nothing is written unless `enabled` is set.
 class Logger {
 public:
+    /// Opens nothing. Failures are printed through the owner.
     explicit Logger(Application& application) : owner(application) {}
 
-    bool enabled = false;
+    bool enabled = false;  ///< a log is open
 
     /// Opens the log that the settings ask for, if it is not open yet: the single file, appended
     /// to, or the first free number in the log folder, with a head block. A failure is printed and
