@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <new>
 #include <string>
 #include <thread>
 #include <utility>
@@ -29,6 +30,9 @@ using namespace brivok::tables;
 
 /// Entries of a file that is there already which make() looks at before it trusts it.
 constexpr std::uint64_t TrustedSample = 1000;
+
+/// More than that is a slip: a negative number, for example, which would become a large one.
+constexpr std::uint64_t LargestSample = 1'000'000'000'000;
 
 struct Options {
     std::vector<std::string> names;  ///< of tables or files
@@ -178,8 +182,10 @@ int run(int argc, char** argv) {
     CLI::App* const verifying = app.add_subcommand(
         "verify", "Compare the entries of all tables of a folder with those of their successors");
     verifying->add_option("FOLDER", options.folder, "Folder of the tables")->required();
-    verifying->add_option("--sample", options.sample,
-                          "Only so many entries of each file, by the engine's own moves");
+    verifying
+        ->add_option("--sample", options.sample,
+                     "Only so many entries of each file, by the engine's own moves")
+        ->check(CLI::Range(std::uint64_t{1}, LargestSample));
 
     CLI::App* const describing = app.add_subcommand("info", "Describe table files");
     CLI::App* const packing = app.add_subcommand("pack", "Write FILE.emd for each file");
@@ -213,6 +219,9 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
     try {
         return run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "not enough memory\n");
+        return 1;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());
         return 1;

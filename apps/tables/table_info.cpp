@@ -47,7 +47,8 @@ std::string line(const std::string& label, const std::string& text) {
 
 std::string tableInfo(const std::filesystem::path& path) {
     const TableFileName name = parseTableFileName(path.filename().string());
-    const std::vector<std::uint8_t> bytes = readTableFile(path);
+    const std::vector<std::uint8_t> bytes =
+        readTableFile(path, descriptorOf(name.id).size[name.side]);
     const Material material = materialOf(descriptorOf(name.id).signature());
     const Tally tally = tallyOf(bytes);
 
@@ -62,8 +63,7 @@ std::string tableInfo(const std::filesystem::path& path) {
         Position position;
         const std::uint64_t index = tally.first[outcome];
         return std::to_string(movesToMate(outcome)) + " moves, " +
-               (index < descriptorOf(name.id).size[name.side] &&
-                        legalPosition(name.id, material, name.side, index, position)
+               (legalPosition(name.id, material, name.side, index, position)
                     ? fenOf(material, position)
                     : "in no legal position");
     };

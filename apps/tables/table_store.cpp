@@ -56,10 +56,11 @@ const TableBytes& TableStore::table(int id) {
         if (path.empty()) {
             fail(folder / tableFileName(id, side), "no such file");
         }
-        bytes[side] = readTableFile(path);
-        if (bytes[side].size() != descriptorOf(id).size[side]) {
+        const std::uint64_t size = descriptorOf(id).size[side];
+        bytes[side] = readTableFile(path, size);
+        if (bytes[side].size() != size) {
             fail(path, std::to_string(bytes[side].size()) + " entries instead of " +
-                           std::to_string(descriptorOf(id).size[side]));
+                           std::to_string(size));
         }
     }
     return loaded.emplace(id, std::move(bytes)).first->second;
@@ -100,10 +101,14 @@ std::filesystem::path plainName(const std::filesystem::path& packed) {
     return std::filesystem::path(packed).replace_extension();
 }
 
-std::vector<std::uint8_t> readTableFile(const std::filesystem::path& path) {
+std::vector<std::uint8_t> readTableFile(const std::filesystem::path& path, std::uint64_t most) {
+    const auto checkSize = [&](std::uint64_t size) {
+        if (size > most) fail(path, "more than " + std::to_string(most) + " entries");
+    };
     if (isPackedName(path)) {
         std::vector<std::uint8_t> bytes;
         forEachUnpackedBlock(path, [&](ByteSpan block, std::uint64_t, std::uint64_t) {
+            checkSize(bytes.size() + block.size());
             bytes.insert(bytes.end(), block.begin(), block.end());
         });
         return bytes;
@@ -111,9 +116,11 @@ std::vector<std::uint8_t> readTableFile(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     std::error_code failure;
     const std::uintmax_t size = std::filesystem::file_size(path, failure);
-    std::vector<std::uint8_t> bytes(failure ? 0 : size);
-    if (failure || !file.read(reinterpret_cast<char*>(bytes.data()),
-                              static_cast<std::streamsize>(bytes.size()))) {
+    if (failure) fail(path, "cannot be read");
+    checkSize(size);
+    std::vector<std::uint8_t> bytes(size);
+    if (!file.read(reinterpret_cast<char*>(bytes.data()),
+                   static_cast<std::streamsize>(bytes.size()))) {
         fail(path, "cannot be read");
     }
     return bytes;

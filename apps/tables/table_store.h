@@ -80,7 +80,9 @@ private:
 /// The name without ".emd". Throws TableError when it does not end so.
 [[nodiscard]] std::filesystem::path plainName(const std::filesystem::path& packed);
 
-/// The entries of a file, packed if its name says so. Throws TableError.
-[[nodiscard]] std::vector<std::uint8_t> readTableFile(const std::filesystem::path& path);
+/// The entries of a file, packed if its name says so. Throws TableError, also for a file with more
+/// entries than `most`, whatever size it claims or unpacks to.
+[[nodiscard]] std::vector<std::uint8_t> readTableFile(const std::filesystem::path& path,
+                                                      std::uint64_t most);
 
 }  // namespace brivok::tables

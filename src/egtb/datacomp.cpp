@@ -17,7 +17,7 @@ namespace {
 using datacomp::bigEndian32;
 using HeaderBytes = std::vector<std::uint8_t>;
 
-/// A code of fewer symbols than this has its lengths written out, without a code for them.
+/// A code of up to so many symbols has its lengths written out, without a code for them.
 constexpr std::size_t PlainLengthCodes = 128;
 
 /// Appends to `header` until it has `size` bytes; false if the file has fewer. Grows with what the

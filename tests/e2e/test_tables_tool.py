@@ -91,6 +91,9 @@ def test_damage_is_found_and_mended(small):
     assert "28643 entries instead of 28644" in tool("verify", small, code=1)
     assert "krk: made" in tool("make", "kqk", "krk", "-o", small)
     assert file.read_bytes() == right and not (small / "krk.nbb.tmp").exists()
+    os.truncate(file, 1 << 40)  # no memory would do
+    assert "more than 28644 entries" in tool("verify", small, code=1)
+    assert "krk: made" in tool("make", "krk", "-o", small) and file.read_bytes() == right
     assert tool("make", "3men", "-o", small).count("there already") == 5
     tool("verify", small, "--sample", "200")
 
@@ -119,6 +122,7 @@ def test_packed_tables(small, tmp_path):
     (("make", "krkq"), "no such table"), (("make", "kqqkqq"), "six men"),
     (("info", "kqqkqq.nbw"), "not the name"), (("info", "kqk.nbw"), "cannot be read"),
     (("verify", "."), "no tables"), (("pack", "kqk.nbw.emd"), "packed already"), ((), "subcommand"),
+    (("verify", ".", "--sample", "-5"), "not in range"),
 ])
 def test_refusals(arguments, reason, tmp_path, monkeypatch):
     monkeypatch.chdir(tmp_path)
