@@ -12,8 +12,8 @@
 #include "../apps/book/book_error.h"
 #include "../apps/book/book_file.h"
 #include "expect.h"
+#include "folder.h"
 #include "movegen/legal_moves.h"
-#include "outside.h"
 #include "session.h"
 
 namespace brivok {

@@ -1,22 +1,14 @@
 #include "outside.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <list>
-#include <span>
-#include <vector>
+#include <memory>
+#include <utility>
 
 #include "hash/search_stats.h"
 #include "platform/platform.h"
 #include "search/searcher.h"
 #include "shell/base/application.h"
-#include "shell/base/words.h"
 
 namespace brivok {
 
@@ -46,13 +38,6 @@ std::string_view takeLine(std::size_t room) {
     const std::string_view line = left.substr(0, std::min(left.find('\n'), room - 1) + 1);
     left.remove_prefix(line.size());
     return line;
-}
-
-std::filesystem::path folder;
-
-void leaveFolder() {
-    std::error_code unknown;
-    std::filesystem::remove_all(folder, unknown);
 }
 
 }  // namespace
@@ -91,83 +76,10 @@ Application::Application() = default;
 void ExitProgram(int) { throw fuzz::ProcessEnded(); }
 void EndAtOnce(const std::string&) { throw fuzz::ProcessEnded(); }
 
-namespace fuzz {
-
-namespace {
-
-std::string harmlessLine(std::string line) {
-    const std::vector<std::string> words = SplitWords(line);
-    if (!words.empty() && words[0] == "perft") return "perft 1";
-    if (line.find("Hash") != line.npos) {
-        const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
-        const auto both = [&](char a, char b) { return isDigit(a) && isDigit(b); };
-        line.erase(std::unique(line.begin(), line.end(), both), line.end());
-    }
-    for (const char* const key : {"NalimovPath", "Folder", "File", "Dir"}) {
-        if (line.find(key) == line.npos) continue;
-        for (const char c : {'/', ',', ';'}) std::replace(line.begin(), line.end(), c, '_');
-    }
-    return line;
-}
-
-}  // namespace
-
-void setInput(std::string lines) {
+void fuzz::setInput(std::string lines) {
     static std::string kept;
     kept = std::move(lines);
     outside = {kept};
 }
 
-void writeFile(const char* name, std::string_view content) {
-    std::ofstream(name, std::ios::binary) << content;
-}
-
-void removeFiles() {
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
-        if (entry.is_regular_file()) std::filesystem::remove(entry);
-    }
-}
-
-std::string harmless(std::string_view lines) {
-    std::string all;
-    while (!lines.empty()) {
-        const std::size_t end = std::min(lines.find('\n'), lines.size());
-        all += harmlessLine(std::string(lines.substr(0, end))) + '\n';
-        lines.remove_prefix(std::min(end + 1, lines.size()));
-    }
-    return all;
-}
-
-}  // namespace fuzz
-
 }  // namespace brivok
-
-/// Less of the past is kept than usual, of freed memory and of stacks: it takes time.
-extern "C" const char* __asan_default_options() {
-    return "quarantine_size_mb=16:malloc_context_size=8";
-}
-
-/// Called by libFuzzer once, before all else. What the engine prints is of no use.
-extern "C" int LLVMFuzzerInitialize(int* count, char*** arguments) {
-    using namespace brivok;
-    // The names of inputs and of their folders are to mean the same from the other folder.
-    static std::list<std::string> paths;
-    for (char*& argument : std::span(*arguments, static_cast<std::size_t>(*count)).subspan(1)) {
-        if (*argument == '-') continue;
-        argument = paths.emplace_back(std::filesystem::absolute(argument).string()).data();
-    }
-    std::string name = (std::filesystem::temp_directory_path() / "brivok-fuzz-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr || std::freopen("/dev/null", "w", stdout) == nullptr) {
-        std::fprintf(stderr, "cannot make a folder like %s\n", name.c_str());
-        std::exit(1);
-    }
-    folder = name;
-    std::filesystem::current_path(folder);
-    std::atexit(leaveFolder);
-    std::filesystem::create_directory("logs");
-    // Where the engine appends to, run after run.
-    for (const char* const grows : {"brivoklog.txt", "suite-results.txt", "suite-notfound.epd"}) {
-        std::filesystem::create_symlink("/dev/null", grows);
-    }
-    return 0;
-}

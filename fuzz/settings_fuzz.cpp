@@ -2,7 +2,8 @@
 
 #include <cstddef>
 
-#include "outside.h"
+#include "folder.h"
+#include "harmless.h"
 #include "session.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {

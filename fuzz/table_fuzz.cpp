@@ -16,6 +16,7 @@
 #include "egtb/registration.h"
 #include "egtb/tablebase_probe.h"
 #include "expect.h"
+#include "folder.h"
 #include "outside.h"
 #include "session.h"
 #include "shell/base/settings.h"
