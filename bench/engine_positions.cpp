@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "board/static_tables.h"
 #include "egtb/table_index.h"
 #include "movegen/legal_moves.h"
 #include "shell/protocols.h"
@@ -65,6 +66,8 @@ void prepareEngine() {
 
 std::span<Board> positions() {
     static std::vector<Board> made = makePositions();
+    // All boards share the castling tables, which belong to the position that was set up last.
+    buildCastlingTables(StandardHomes);
     return made;
 }
 

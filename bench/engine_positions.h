@@ -16,7 +16,8 @@ namespace brivok {
 void prepareEngine();
 
 /// The positions of the signature that are normal chess, so that the rules need no switching: from
-/// openings to bare endgames.
+/// openings to bare endgames. Call it before moves are made on them: castling has the usual home
+/// squares then.
 [[nodiscard]] std::span<Board> positions();
 
 /// Those in which the side to move is not in check.
