@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -27,6 +28,7 @@ inline constexpr std::size_t SymbolCount = datacomp::SymbolCount;
 inline constexpr unsigned ExactClasses = datacomp::PlainLengths;
 
 [[nodiscard]] constexpr unsigned lengthClass(unsigned length) {
+    assert(length != 0);
     if (length <= ExactClasses) return length - 1;
     return static_cast<unsigned>(std::bit_width(length - (ExactClasses - 1))) - 1 +
            (ExactClasses - 1);
