@@ -25,7 +25,7 @@ void freshBoard() {
 void runEngine(std::string lines) {
     theApplication = std::make_unique<Application>();
     makeFresh();
-    // A log that grows nowhere, and a list of folders that counts as looked through already: that
+    // A log that grows nowhere. The folder of the tables counts as looked through already, which
     // would take longer than all else.
     settings.logInSingleFile = settings.createLog = true;
     tablebases.tbDirectories = settings.egtbDir = "nowhere";

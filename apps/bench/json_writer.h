@@ -13,6 +13,7 @@ public:
     void close(char bracket);
     void key(std::string_view name);
     void add(std::string_view text);
+    void add(const char* text) { add(std::string_view(text)); }  ///< not as a bool
     void add(std::uint64_t number);
     void add(double number);
     void add(bool truth);

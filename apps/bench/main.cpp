@@ -8,6 +8,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "../command_line.h"
 #include "report.h"
 #include "runs.h"
 #include "shell/base/application.h"
@@ -17,7 +18,6 @@ namespace {
 
 using namespace brivok;
 
-constexpr int Failure = 1;
 constexpr int DefaultPerftDepth = 4;
 constexpr int DefaultTimedDepth = 8;
 
@@ -70,8 +70,8 @@ private:
 bool carryOut(const CommandLine& line) {
     JsonWriter json;
     json.open('{');
-    json.member("engine", std::string_view(EngineName));
-    json.member("build", std::string_view(BRIVOK_BUILD));
+    json.member("engine", EngineName);
+    json.member("build", BRIVOK_BUILD);
     bool right = true;
     const auto report = [&](const CLI::App& command, const Run& done, auto print) {
         right = right && done.isRight();
@@ -104,13 +104,9 @@ bool carryOut(const CommandLine& line) {
 
 int run(int argc, char** argv) {
     CommandLine line;
-    try {
-        line.app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return line.app.exit(error) == 0 ? 0 : Failure;
-    }
+    if (const auto code = parseCommandLine(line.app, argc, argv)) return *code;
     startEngine();
-    return carryOut(line) ? 0 : Failure;
+    return carryOut(line) ? 0 : FailureCode;
 }
 
 }  // namespace
@@ -120,6 +116,6 @@ int main(int argc, char** argv) {
         return run(argc, argv);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "brivok-bench: %s\n", error.what());
-        return Failure;
+        return FailureCode;
     }
 }

@@ -80,7 +80,7 @@ void writeRun(JsonWriter& json, const Run& run) {
     json.open('[');
     for (const PositionRun& of : run.positions) {
         json.open('{');
-        json.member("fen", std::string_view(of.position.fen));
+        json.member("fen", of.position.fen);
         json.member("variant", nameOf(of.position.variant));
         writeMeasurement(json, of.measured);
         if (!of.depths.empty()) {

@@ -14,20 +14,22 @@ Measurement measureSearch(const TestPosition& position, int depth) {
     return measure(searchNodes);
 }
 
-/// Leaves of the move tree of the position on the board, counted apart below each root move.
+/// So many plies fit the 32 bits of a count: no position of a game has more than 218 moves.
+constexpr int PliesInCount = 4;
+
+/// Leaves of the move tree of the position on the board.
 std::uint64_t perftLeaves(int depth) {
+    if (depth <= PliesInCount) {
+        return countPerft(theBoard, depth)[static_cast<std::size_t>(depth)];
+    }
     MoveList moves;
     (void)generateForPosition(theBoard, moves);
     const int count = theBoard.moveCount;
     std::uint64_t leaves = 0;
     for (int i = 0; i < count; ++i) {
         if (!leavesKingSafe(theBoard, moves[i])) continue;
-        if (depth == 1) {
-            ++leaves;
-            continue;
-        }
         theBoard.makeMove(moves[i]);
-        leaves += countPerft(theBoard, depth - 1)[static_cast<std::size_t>(depth - 1)];
+        leaves += perftLeaves(depth - 1);
         theBoard.unmakeMove();
     }
     return leaves;

@@ -14,13 +14,14 @@ namespace brivok {
 /// A fixed depth below the value that means none.
 inline constexpr int MaxBenchDepth = NoFixedDepth - 1;
 
-/// Every count below a root move of a position with up to 200 moves fits 32 bits by far.
+/// A deeper tree takes hours.
 inline constexpr int MaxBenchPerftDepth = 6;
 
 /// Every so many positions of the signature one whose time to depth is taken: opening, middle game
 /// and endgame.
 inline constexpr std::size_t DepthPositionStep = 10;
 
+/// What one position has taken.
 struct PositionRun {
     TestPosition position;
     Measurement measured;             ///< to the full depth

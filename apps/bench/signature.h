@@ -13,6 +13,7 @@ namespace brivok {
 inline constexpr int SignatureDepth = 6;
 inline constexpr std::uint64_t SignatureNodes = 4410622;
 
+/// A position, and the rules that it is played by.
 struct TestPosition {
     Variant variant;
     const char* fen;

@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "../command_line.h"
 #include "board/piece_values.h"
 #include "board/static_tables.h"
 #include "book_aggregator.h"
@@ -16,7 +17,6 @@ namespace {
 
 using namespace brivok;
 
-constexpr int Failure = 1;
 constexpr int SignalExit = 128;  ///< what shells add the number of the signal to
 constexpr std::size_t LargestMemoryMB = std::size_t{1} << 20U;
 
@@ -105,27 +105,18 @@ struct CommandLine {
     }
 };
 
-int run(int argc, char** argv) {
-    CommandLine line;
-    try {
-        line.app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return line.app.exit(error) == 0 ? 0 : Failure;
-    }
-    return 0;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
     buildStaticTables();
     RefreshPieceValues();
     try {
-        return run(argc, argv);
+        CommandLine line;
+        return parseCommandLine(line.app, argc, argv).value_or(0);
     } catch (const Interrupted& interrupted) {
         return SignalExit + interrupted.signal();
     } catch (const std::exception& error) {
         std::fprintf(stderr, "brivok-book: %s\n", error.what());
-        return Failure;
+        return FailureCode;
     }
 }

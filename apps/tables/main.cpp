@@ -13,6 +13,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "../command_line.h"
 #include "board/static_tables.h"
 #include "egtb/table_index.h"
 #include "moves.h"
@@ -126,7 +127,7 @@ int verify(const Options& options) {
         const auto finding = options.sample != 0 ? contradictionInSample(id, store, options.sample)
                                                  : contradiction(id, store, options.threads);
         progress.report(finding.value_or("right"));
-        if (finding) return 1;
+        if (finding) return FailureCode;
     }
     if (!foundTables) fail(options.folder, "no tables there");
     return 0;
@@ -198,11 +199,7 @@ int run(int argc, char** argv) {
             ->check(CLI::Range(1, 256))
             ->capture_default_str();
     }
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : 1;
-    }
+    if (const auto code = parseCommandLine(app, argc, argv)) return *code;
 
     buildStaticTables();
     prepareTableIndex();
@@ -221,9 +218,9 @@ int main(int argc, char** argv) {
         return run(argc, argv);
     } catch (const std::bad_alloc&) {
         std::fprintf(stderr, "not enough memory\n");
-        return 1;
+        return FailureCode;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());
-        return 1;
+        return FailureCode;
     }
 }

@@ -66,6 +66,7 @@ def test_all_commands():
 
 @pytest.mark.parametrize("variant, fen, depth, count", [
     ("normal", START, 1, 20), ("normal", START, 4, 197281),
+    ("normal", "8/1P6/8/8/8/k7/8/K7 w - - 0 1", 6, 29353),
     ("normal", "8/8/8/8/8/k7/p7/K7 w - - 0 1", 2, 0),
     ("fischerandom", "qrkb1nbr/pppppppp/8/8/8/8/PPPPPPPP/QRKB1NBR w KQkq - 0 1", 1, None),
 ])

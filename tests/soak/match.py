@@ -12,7 +12,8 @@ their end: the referee, a Stockfish apart from the players, says what is legal, 
 over; pgn-extract reads all games again in the end. Games with pondering are played one at a time.
 
 Needs these packages of Debian: stockfish and pgn-extract, and those of the opponents, which are
-named like them. Exit code 1 on any fault of the engine, 2 if something is missing."""
+named like them. Exit code 1 on any fault of the engine or when games have not been played, 2 if
+something is missing."""
 
 import argparse
 import itertools
@@ -368,7 +369,7 @@ def main():
             {"tables": [{"by": heading, "rows": table} for heading, table in tables],
              "games": match.records}))
     own_faults = any(record.get("fault") == NAME for record in match.records)
-    return 1 if own_faults or match.bad_exits or differences else 0
+    return 1 if own_faults or match.bad_exits or differences or match.stopping.is_set() else 0
 
 
 if __name__ == "__main__":

@@ -28,6 +28,8 @@ class Forfeit(Exception):
 
 
 class Player(Process):
+    counts = Counter()  # before the first game
+
     def __init__(self, command, folder, settings):
         super().__init__(["env", f"HOME={folder}", *command], folder)  # some engines write there
         self.settings = settings

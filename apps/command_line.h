@@ -1,0 +1,23 @@
+#pragma once
+
+#include <optional>
+
+#include <CLI/CLI.hpp>
+
+namespace brivok {
+
+/// Code of every failure of a tool, a wrong command line included.
+inline constexpr int FailureCode = 1;
+
+/// Parses the arguments, and carries out the callbacks of the commands that have one. The exit code
+/// of the program when that is the end: after --help, or after an error, which has been told.
+[[nodiscard]] inline std::optional<int> parseCommandLine(CLI::App& app, int argc, char** argv) {
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : FailureCode;
+    }
+    return std::nullopt;
+}
+
+}  // namespace brivok
