@@ -38,6 +38,7 @@ void fuzz::removeFiles() {
 }  // namespace brivok
 
 /// Less of the past is kept than usual, of freed memory and of stacks: it takes time.
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
 extern "C" const char* __asan_default_options() {
     return "quarantine_size_mb=16:malloc_context_size=8";
 }
