@@ -180,7 +180,7 @@ TEST_F(ConfigurationTest, LogFolders) {
     EXPECT_TRUE(fs::is_directory("a/b/c") && fs::is_empty("a/b/c"));
     CreateLogFolders((folder / "d/e/").string());
     EXPECT_TRUE(fs::is_directory("d/e"));
-    const std::string longName = std::string(200, 'x') + "/" + std::string(200, 'y') + "/";
+    const std::string longName = std::string(200, 'x') + '/' + std::string(200, 'y') + '/';
     CreateLogFolders(longName);
     EXPECT_TRUE(fs::is_directory(longName));
     std::ofstream("file") << "x";

@@ -105,7 +105,7 @@ void expectConsistent(const Board& board) {
     EXPECT_EQ(board.computePawnKey(), board.pawnKey);
 }
 
-std::string dataPath(const std::string& name) { return std::string(BRIVOK_TEST_DATA) + "/" + name; }
+std::string dataPath(const std::string& name) { return BRIVOK_TEST_DATA "/" + name; }
 
 nlohmann::json loadJson(const std::string& name) {
     std::ifstream file(dataPath(name));

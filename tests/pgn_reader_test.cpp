@@ -37,7 +37,7 @@ std::string summary(const PgnGame& game) {
     std::string text;
     for (const PgnMove& move : game.moves) {
         text += std::string(move.text());
-        if (move.annotation != 0) text += "/" + std::to_string(move.annotation);
+        if (move.annotation != 0) text += '/' + std::to_string(move.annotation);
         text += " ";
     }
     text += std::string("WBD*").substr(static_cast<std::size_t>(game.result), 1);

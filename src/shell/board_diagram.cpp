@@ -42,7 +42,7 @@ void PrintBoard(Application& app, const Board& board) {
     std::string text = "\n     " + fileLabels(board, Black) + "\n" + Rule + "\n";
     const int pawnRow = board.sideToMove == White ? 6 : 1;
     for (int row = 0; row < 8; ++row) {
-        const std::string rank = " " + std::to_string(8 - row);
+        const std::string rank{' ', static_cast<char>('8' - row)};
         text += rank + " |";
         for (int file = 0; file < 8; ++file) text += squareText(board, squareAt(file, row));
         text += rank;
