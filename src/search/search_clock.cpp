@@ -9,8 +9,13 @@ namespace brivok {
 /// more, whatever other limits they have.
 bool Searcher::endsByItself() const {
     if (searchMode == SearchMode::Pondering || searchMode == SearchMode::Analysing) return false;
-    if (nodeLimit != 0 || maxIteration < NoFixedDepth) return true;
-    return maxIteration == NoFixedDepth && timeControl.allocated != 0;
+    return nodeLimit != 0 || maxIteration < NoFixedDepth || isTimed();
+}
+
+/// A fixed depth, pondering and analysis have no limit of time, whatever budget stands.
+bool Searcher::isTimed() const {
+    return timeControl.allocated != 0 && maxIteration == NoFixedDepth &&
+           searchMode != SearchMode::Pondering && searchMode != SearchMode::Analysing;
 }
 
 bool Searcher::pollInputAndClock() {
@@ -21,11 +26,7 @@ bool Searcher::pollInputAndClock() {
     if (stopSearch) return true;
 
     searchStats.nextPoll += searchMode == SearchMode::Pondering ? PonderPollInterval : PollInterval;
-    if (iteration < FirstTimedIteration) return false;
-    if (timeControl.allocated == 0 || maxIteration != NoFixedDepth ||
-        searchMode == SearchMode::Pondering) {
-        return false;
-    }
+    if (iteration < FirstTimedIteration || !isTimed()) return false;
     const std::uint32_t used = elapsed();
     if (used < timeControl.allocated) return false;
 

@@ -147,6 +147,7 @@ private:
     }
     [[nodiscard]] bool pollInputAndClock();
     [[nodiscard]] bool endsByItself() const;
+    [[nodiscard]] bool isTimed() const;
     [[nodiscard]] std::uint32_t elapsed() const;
 
     void beginSearch();

@@ -199,7 +199,7 @@ void Searcher::setBudget() {
 }
 
 void Searcher::takePonderHit() {
-    if (maxIteration == NoFixedDepth) setBudget();
+    setBudget();
     searchMode = SearchMode::Thinking;
 }
 
@@ -217,8 +217,7 @@ void Searcher::beginSearch() {
 
 /// No new iteration is begun after two thirds of the budget, except under a fixed time.
 bool Searcher::isBudgetNearlySpent() const {
-    if (timeControl.allocated == 0 || timeControl.kind == ClockKind::FixedTime) return false;
-    if (searchMode == SearchMode::Pondering || searchMode == SearchMode::Analysing) return false;
+    if (!isTimed() || timeControl.kind == ClockKind::FixedTime) return false;
     return iteration >= FirstTimedIteration && elapsed() > timeControl.allocated * 2.0 / 3.0;
 }
 

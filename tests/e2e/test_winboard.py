@@ -258,6 +258,10 @@ def test_ponder_hit(start, referee):
     reply = engine.move(hint)
     assert 0.1 < engine.stamp - hit <= 0.5 + SLACK
     assert board_now(engine) == after(referee, *moves, hint, reply)
+    # The budget of a hit does not cut a fixed depth short.
+    moves, hint = ponder(engine, referee, "new", "post", "sd 9")
+    engine.move("time 10", "usermove " + hint)
+    assert any(x.startswith(" 9.") for x in engine.said)
     log = log_of(engine)
     for left in ("Left time: 1800 Thinking time: 30\n", "Left time: 3000 Thinking time: 50\n"):
         assert "\n\n## Search mode switched to normal\n## " + left in log
