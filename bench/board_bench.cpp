@@ -48,8 +48,8 @@ void see(benchmark::State& state) {
     }
     for (auto _ : state) {
         for (const BoardMove& next : captures) {
-            benchmark::DoNotOptimize(next.board->see(opposite(next.board->us()), moveTo(next.move),
-                                                     moveFrom(next.move),
+            benchmark::DoNotOptimize(next.board->see(opposite(next.board->sideToMove),
+                                                     moveTo(next.move), moveFrom(next.move),
                                                      movePromotion(next.move)));
         }
     }

@@ -66,8 +66,6 @@ void prepareEngine() {
 
 std::span<Board> positions() {
     static std::vector<Board> made = makePositions();
-    // All boards share the castling tables, which belong to the position that was set up last.
-    buildCastlingTables(StandardHomes);
     return made;
 }
 

@@ -89,23 +89,26 @@ TEST_F(BoardTest, StaticTables) {
 }
 
 TEST_F(BoardTest, CastlingTables) {
-    EXPECT_EQ(castleEmpty[WhiteQueenSide], squareSet("b1 c1 d1"));
-    EXPECT_EQ(castleTransit[BlackQueenSide], squareSet("c8 d8"));
+    EXPECT_EQ(board.castles.castleEmpty[WhiteQueenSide], squareSet("b1 c1 d1"));
+    EXPECT_EQ(board.castles.castleTransit[BlackQueenSide], squareSet("c8 d8"));
     setPosition("4k3/8/8/8/8/8/8/RK5R w KQ - 0 1", Variant::Fischerandom);
-    EXPECT_EQ(castleEmpty[WhiteKingSide], squareSet("c1 d1 e1 f1 g1"));
-    EXPECT_EQ(castleTransit[WhiteKingSide], squareSet("c1 d1 e1 f1 g1"));
-    EXPECT_EQ(castleEmpty[WhiteQueenSide], squareSet("c1 d1"));
-    EXPECT_EQ(castleTransit[WhiteQueenSide], squareSet("c1"));
-    EXPECT_EQ(castleEmpty[BlackKingSide] | castleXor[BlackKingSide], 0U) << "no rook";
+    EXPECT_EQ(board.castles.castleEmpty[WhiteKingSide], squareSet("c1 d1 e1 f1 g1"));
+    EXPECT_EQ(board.castles.castleTransit[WhiteKingSide], squareSet("c1 d1 e1 f1 g1"));
+    EXPECT_EQ(board.castles.castleEmpty[WhiteQueenSide], squareSet("c1 d1"));
+    EXPECT_EQ(board.castles.castleTransit[WhiteQueenSide], squareSet("c1"));
+    EXPECT_EQ(board.castles.castleEmpty[BlackKingSide] | board.castles.castleXor[BlackKingSide], 0U)
+        << "no rook";
     setPosition("4k3/8/8/8/8/8/8/R5KR w KQ - 0 1", Variant::Fischerandom);
-    EXPECT_EQ(castleEmpty[WhiteKingSide], squareSet("f1"));
-    EXPECT_EQ(castleTransit[WhiteKingSide], 0U);
-    EXPECT_EQ(castleEmpty[WhiteQueenSide], squareSet("b1 c1 d1 e1 f1"));
+    EXPECT_EQ(board.castles.castleEmpty[WhiteKingSide], squareSet("f1"));
+    EXPECT_EQ(board.castles.castleTransit[WhiteKingSide], 0U);
+    EXPECT_EQ(board.castles.castleEmpty[WhiteQueenSide], squareSet("b1 c1 d1 e1 f1"));
     setPosition("4k3/8/8/8/8/8/8/2RK2R1 w KQ - 0 1", Variant::Fischerandom);
-    EXPECT_EQ(castleEmpty[WhiteQueenSide] | castleXor[WhiteQueenSide], 0U) << "they swap";
+    EXPECT_EQ(board.castles.castleEmpty[WhiteQueenSide] | board.castles.castleXor[WhiteQueenSide],
+              0U)
+        << "they swap";
     board.NewGame();
-    EXPECT_EQ(castleRightsMask[squareNamed("e1")], 192U);
-    EXPECT_EQ(castleRightsMask[squareNamed("a8")], 112U);
+    EXPECT_EQ(board.castles.castleRightsMask[squareNamed("e1")], 192U);
+    EXPECT_EQ(board.castles.castleRightsMask[squareNamed("a8")], 112U);
 }
 
 TEST_F(BoardTest, NewGameForgetsEverything) {
@@ -120,7 +123,7 @@ TEST_F(BoardTest, NewGameForgetsEverything) {
     EXPECT_EQ(board.castling, 0U);
     EXPECT_EQ(board.hashKey ^ StartHashKey, board.castleKeys[0] ^ board.castleKeys[15]);
     EXPECT_EQ(board.sideToMove, White);
-    EXPECT_EQ(board.epSquare, static_cast<std::uint32_t>(NoSquare));
+    EXPECT_EQ(board.epSquare, NoSquare);
     EXPECT_EQ(board.ply + board.fiftyCount + board.bookGate, 0U);
     EXPECT_EQ(board.totalMen(), 32);
     for (const int i : {0, 1}) {
@@ -165,7 +168,7 @@ TEST_F(BoardTest, FenFields) {
         EXPECT_EQ(fenErrors(fen, variant), "") << fen;
         EXPECT_EQ(board.fiftyCount, fifty) << fen;
         EXPECT_EQ(board.gamePly(), ply) << fen;
-        EXPECT_EQ(board.epSquare, static_cast<std::uint32_t>(ep)) << fen;
+        EXPECT_EQ(board.epSquare, ep) << fen;
         EXPECT_EQ(board.castling, castling) << fen;
         EXPECT_EQ(board.sideToMove, ply % 2 == 0 ? White : Black) << fen;
         EXPECT_EQ(board.undo[0].hashKey, board.hashKey) << fen;
@@ -237,7 +240,7 @@ TEST_F(BoardTest, HostileFensLeaveAUsablePosition) {
     for (const std::string& text : texts) {
         SCOPED_TRACE(text.substr(0, 80));
         (void)fenErrors(text);
-        EXPECT_LE(board.epSquare, static_cast<std::uint32_t>(NoSquare));
+        EXPECT_LE(board.epSquare, NoSquare);
         EXPECT_LE(board.fiftyCount, 100U);
         EXPECT_EQ(board.ply % 2, board.sideToMove == White ? 0U : 1U);
         const std::string before = snapshot(board);
@@ -276,12 +279,12 @@ TEST_F(BoardTest, GamesMayBeLongerThanTheUndoStack) {
 
 TEST_F(BoardTest, EnPassantSquareNeedsAReadyPawn) {
     ASSERT_TRUE(playMoves(board, "e2e4"));
-    EXPECT_EQ(board.epSquare, static_cast<std::uint32_t>(NoSquare));
+    EXPECT_EQ(board.epSquare, NoSquare);
     ASSERT_TRUE(playMoves(board, "a7a6 e4e5 d7d5"));
-    EXPECT_EQ(board.epSquare, static_cast<std::uint32_t>(squareNamed("d6")));
+    EXPECT_EQ(board.epSquare, squareNamed("d6"));
     setPosition("4k3/8/8/7p/8/7p/P7/4K3 w - - 0 1");  // h5 and h3 have the numbers beside a4
     ASSERT_TRUE(playMoves(board, "a2a4"));
-    EXPECT_EQ(board.epSquare, static_cast<std::uint32_t>(NoSquare));
+    EXPECT_EQ(board.epSquare, NoSquare);
 }
 
 TEST_F(BoardTest, FischerandomCastlingWithOverlappingSquares) {
@@ -300,7 +303,7 @@ TEST_F(BoardTest, FischerandomCastlingWithOverlappingSquares) {
         SCOPED_TRACE(fen);
         setPosition(fen, Variant::Fischerandom);
         const std::string before = snapshot(board);
-        const unsigned i = whiteFirst(board.us());
+        const unsigned i = whiteFirst(board.sideToMove);
         ASSERT_TRUE(playMoves(board, move));
         EXPECT_EQ(squareName(board.kingSquare[i]), king);
         EXPECT_EQ(board.pieces[WhiteRook + i], squareSet(rook));
@@ -358,10 +361,10 @@ TEST_F(BoardTest, ChecksAndPins) {
 template <class Visit>
 void forEachWord(const Board& board, Visit visit) {
     for (Square from = 0; from < Squares; ++from) {
-        const std::uint32_t piece = board.squares[from];
+        const Piece piece = board.squares[from];
         for (Square to = 0; to < Squares; ++to) {
-            const std::set<std::uint32_t> captures{board.squares[to], Empty, WhitePawn, BlackPawn};
-            for (const std::uint32_t captured : captures) {
+            const std::set<Piece> captures{board.squares[to], Empty, WhitePawn, BlackPawn};
+            for (const Piece captured : captures) {
                 const Move plain = makePlainMove(from, to, piece, captured);
                 for (std::uint32_t upper = 0; upper < 256; ++upper) visit(plain | upper << 20U);
                 visit(plain | 1U << (28 + to % 4));

@@ -88,7 +88,7 @@ std::string snapshot(const Board& board) {
         board.material, board.pawnCount, board.pieceCount, board.phaseCount, board.kingStart,
         board.whiteRookStart, board.blackRookStart, board.kingSquare, board.hashKey, board.pawnKey,
         board.occRot90, board.occDiagNE, board.occDiagSE, board.colourOcc);
-    for (unsigned piece = WhitePawn; piece <= BlackBishop; ++piece) {
+    for (const Piece piece : AllMen) {
         if (!isKing(piece)) add(board.pieces[piece]);
     }
     const std::uint32_t gamePly = board.gamePly();

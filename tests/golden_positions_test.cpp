@@ -101,8 +101,8 @@ TEST_F(GoldenPositions, ExchangeValuesAndMoveText) {
         std::set<Json> values;
         for (int i = 0; i < board.moveCount; ++i) {
             const Move move = list[i];
-            const int value =
-                board.see(opposite(board.us()), moveTo(move), moveFrom(move), movePromotion(move));
+            const int value = board.see(opposite(board.sideToMove), moveTo(move), moveFrom(move),
+                                        movePromotion(move));
             values.insert(Json::array({moveToCoordinate(move), value}));
         }
         EXPECT_EQ(values, std::set<Json>(record["see"].begin(), record["see"].end()));

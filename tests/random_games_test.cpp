@@ -77,8 +77,8 @@ protected:
                 ASSERT_EQ(board.isAttacked(sq, side), (attackers & board.occupiedBy(side)) != 0);
             }
         }
-        const Square king = board.kingSquare[whiteFirst(board.us())];
-        ASSERT_EQ(board.inCheck(), board.isAttacked(king, opposite(board.us())));
+        const Square king = board.kingSquare[whiteFirst(board.sideToMove)];
+        ASSERT_EQ(board.inCheck(), board.isAttacked(king, opposite(board.sideToMove)));
     }
 
     /// The evasions are the legal moves, but castling out of check and the mark of double pushes.

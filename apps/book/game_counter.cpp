@@ -44,7 +44,7 @@ bool GameCounter::play(PgnGame& game, std::vector<Observation>& observations) {
             game.faultLine = text.line;
             return false;
         }
-        const Side mover = board.us();
+        const Side mover = board.sideToMove;
         board.makeMove(reading.move);
         const bool wanted = mover == White ? options.whiteMoves : options.blackMoves;
         // The first position of all has been there once before any move.

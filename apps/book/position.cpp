@@ -14,7 +14,7 @@ namespace {
 /// enemy pawn stands ready.
 void dropIdleEnPassant(Board& board) {
     if (board.epSquare == NoSquare) return;
-    const Side side = board.us();
+    const Side side = board.sideToMove;
     const auto& attackers = side == White ? blackPawnAttacks : whitePawnAttacks;
     if ((attackers[board.epSquare] & board.pieces[pieceOf(Kind::Pawn, side)]) != 0) return;
     board.epSquare = NoSquare;

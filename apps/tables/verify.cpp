@@ -56,7 +56,7 @@ Outcome outcomeOf(const Board& board, TableStore& store) {
     Material material;
     Squares squares{};
     for (Square square = 0; square < brivok::Squares; ++square) {
-        const auto piece = static_cast<Piece>(board.squares[square]);
+        const Piece piece = board.squares[square];
         if (piece == Empty) continue;
         const Man man = [&] {
             switch (kindOf(piece)) {
@@ -74,7 +74,7 @@ Outcome outcomeOf(const Board& board, TableStore& store) {
     }
     const int ep =
         board.epSquare == NoSquare ? NoEnPassant : static_cast<int>(mirrorSquare[board.epSquare]);
-    return TableReader(material, store).outcome(squares, board.us() == White ? 0 : 1, ep);
+    return TableReader(material, store).outcome(squares, board.sideToMove == White ? 0 : 1, ep);
 }
 
 /// Works out the entry of a position by the engine's moves.

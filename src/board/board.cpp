@@ -28,7 +28,7 @@ static_assert(DroppedAtOnce % 2 == 0 && UndoRecords - UndoReserve - DroppedAtOnc
 
 Board::Board() {
     RandomKeys random(KeySeed);
-    for (unsigned piece = WhitePawn; piece <= BlackBishop; ++piece) {
+    for (const Piece piece : AllMen) {
         for (auto& key : pieceKeys[piece]) key = random.nextRandom();
     }
     for (int sq = 0; sq < 64; ++sq) epKeys[sq] = random.nextRandom();
@@ -77,7 +77,7 @@ void Board::setStartPosition() {
         pawnCount[side] = pieceCount[side] = 8;
         phaseCount[side] = 31;
     }
-    buildCastlingTables(StandardHomes);
+    castles.buildCastlingTables(castlingHomes());
 }
 
 void Board::recomputeDerived() {
@@ -87,9 +87,9 @@ void Board::recomputeDerived() {
     }
     std::fill(std::begin(pieces), std::end(pieces), Bitboard{0});
     for (Square sq = 0; sq < Squares; ++sq) {
-        const std::uint32_t piece = squares[sq];
+        const Piece piece = squares[sq];
         if (piece == Empty) continue;
-        const Side side = sideOf(static_cast<Piece>(piece));
+        const Side side = sideOf(piece);
         const unsigned i = whiteFirst(side);
         colourOcc[i] |= bit[sq];
         if (isKing(piece)) {
@@ -128,7 +128,7 @@ void Board::makeNullMove() {
     undo[ply].epSquare = epSquare;
     ++ply;
     ++fiftyCount;
-    sideToMove ^= 1U;
+    sideToMove = opposite(sideToMove);
     hashKey ^= NullMoveKey;
     pawnKey ^= NullMoveKey;
 #ifndef NDEBUG
@@ -148,7 +148,7 @@ void Board::unmakeNullMove() {
     --fiftyCount;
     hashKey ^= NullMoveKey;
     pawnKey ^= NullMoveKey;
-    sideToMove ^= 1U;
+    sideToMove = opposite(sideToMove);
 #ifndef NDEBUG
     nullHashDelta ^= ~NullMoveKey ^ epKeys[epSquare];
     nullPawnDelta ^= NullMoveKey;

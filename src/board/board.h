@@ -5,30 +5,12 @@
 #include <string_view>
 
 #include "board/bitboard.h"
+#include "board/castling.h"
 #include "board/move.h"
 #include "board/static_tables.h"
 #include "board/types.h"
 
 namespace brivok {
-
-/// Bits of `castling`. The four rights last until a king or rook moves or is taken; the four low
-/// bits say that the last move played was this castling, and the next move clears them.
-enum CastlingBits : std::uint32_t {
-    WhiteCastledKingSide = 1,
-    WhiteCastledQueenSide = 2,
-    BlackCastledKingSide = 4,
-    BlackCastledQueenSide = 8,
-    WhiteMayKingSide = 16,
-    WhiteMayQueenSide = 32,
-    BlackMayKingSide = 64,
-    BlackMayQueenSide = 128,
-    AllRights = 240
-};
-
-/// The right of a kind of castling.
-[[nodiscard]] constexpr std::uint32_t rightOf(int kind) {
-    return 16U << static_cast<unsigned>(kind);
-}
 
 inline constexpr int UndoRecords = 1024;  ///< half-moves of a game and of a search on top of it
 inline constexpr int UndoReserve = 256;   ///< records that setting up and playing leave free
@@ -39,7 +21,7 @@ inline constexpr std::uint32_t FullBookGate = 70;  ///< `bookGate` that keeps th
 /// What one half-move changes beyond what the Move itself can reverse: the state before it.
 struct alignas(64) UndoRecord {
     Move move = NoMove;            ///< the one that was made
-    std::uint32_t epSquare = 0;    ///< see Board::epSquare
+    Square epSquare = 0;           ///< see Board::epSquare
     std::uint32_t castling = 0;    ///< see Board::castling
     std::uint32_t fiftyCount = 0;  ///< see Board::fiftyCount
     std::uint64_t hashKey = 0;     ///< see Board::hashKey
@@ -72,17 +54,17 @@ inline NewGameListener* newGameListener = nullptr;
 ///
 /// Plain data: the evaluation and the generators read the fields, make and unmake write them.
 struct Board {
-    std::uint32_t sideToMove = White;  ///< White or Black
-    std::uint32_t squares[64]{};       ///< a Piece for each square
+    Side sideToMove = White;  ///< the one whose turn it is
+    Piece squares[64]{};      ///< by square, a8 first
     /// Square that a pawn has just passed over, if an enemy pawn stands ready beside it; NoSquare.
-    std::uint32_t epSquare = NoSquare;
+    Square epSquare = NoSquare;
     std::uint32_t castling = 0;    ///< see CastlingBits
     std::uint32_t fiftyCount = 0;  ///< half-moves since the last capture or pawn move
     int material[2]{};             ///< centipawns without the kings; [Black], [White]
     int pawnCount[2]{};            ///< [0] White, [1] Black
     int pieceCount[2]{};         ///< men that are no pawns, the king included; [0] White, [1] Black
     int phaseCount[2]{};         ///< sum of phaseWeight; [Black], [White]
-    Square kingStart[2]{};       ///< home squares for castling; [0] White, [1] Black
+    Square kingStart[2]{};       ///< home squares, which `castles` follows; [0] White, [1] Black
     Square whiteRookStart[2]{};  ///< [0] queen side, [1] king side
     Square blackRookStart[2]{};  ///< the same for Black
     std::uint32_t ply = 0;       ///< half-moves of the game, and index of the next undo record
@@ -113,6 +95,8 @@ struct Board {
     /// Half-moves dropped from the front of the undo stack in a very long game; always even.
     std::uint32_t droppedPlies = 0;
 
+    CastlingTables castles;  ///< by `kingStart`, `whiteRookStart`, `blackRookStart`
+
     /// Fills the random keys. Every board has the same keys; the opening book relies on them.
     Board();
 
@@ -127,6 +111,12 @@ struct Board {
     /// Sets the position of a FEN or EPD line. A line that fails a check prints "FEN error: ..."
     /// straight to standard output, once for each failed check, and leaves the start position.
     void setPositionFromFen(std::string_view text);
+
+    /// The squares that castling starts from.
+    [[nodiscard]] CastlingHomes castlingHomes() const {
+        return {whiteRookStart[0], kingStart[0], whiteRookStart[1],
+                blackRookStart[0], kingStart[1], blackRookStart[1]};
+    }
 
     /// Rebuilds from `squares` alone: counters, king squares, sets and rotated occupancies.
     void recomputeDerived();
@@ -160,8 +150,6 @@ struct Board {
 
     // --- Questions --------------------------------------------------------------------------
 
-    /// The side to move.
-    [[nodiscard]] Side us() const { return static_cast<Side>(sideToMove); }
     /// The squares of all men.
     [[nodiscard]] Bitboard occupied() const { return colourOcc[0] | colourOcc[1]; }
     /// The squares of the men of one side.
@@ -284,6 +272,17 @@ private:
     void makeFor(Move move);
     template <Side S>
     void unmakeFor(Move move);
+    /// Writes the state before a move into the next undo record.
+    void keepForUnmake(Move move);
+
+    // Parts of a move. Each returns what it changes in `hashKey`.
+    template <Side S>
+    std::uint64_t castleFor(Move move);
+    template <Side S>
+    std::uint64_t takeFor(Piece taken, Square to);
+    template <Side S>
+    std::uint64_t movePawnFor(Move move);
+
     template <Side S>
     [[nodiscard]] bool kingAttacked() const;
     template <Side S>

@@ -18,7 +18,7 @@ Bitboard Board::addXray(Bitboard attackers, Square sq, Square to) const {
     // One step further is a neighbour, unless the board ends in between.
     for (Square behind = sq; (kingAttacks[behind] & bit[(behind + step) & 63]) != 0;) {
         behind += step;
-        const std::uint32_t piece = squares[behind];
+        const Piece piece = squares[behind];
         if (piece == Empty) continue;
         const auto isOf = [piece](Kind kind) {
             return piece == pieceOf(kind, White) || piece == pieceOf(kind, Black);

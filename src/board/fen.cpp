@@ -62,11 +62,11 @@ std::optional<int> leadingNumber(std::string_view field) {
 }
 
 /// The square of an en-passant field; none for "-" and for anything that is no square.
-std::uint32_t enPassantSquare(std::string_view field) {
+Square enPassantSquare(std::string_view field) {
     if (field.size() < 2 || field[0] < 'a' || field[0] > 'h' || field[1] < '1' || field[1] > '8') {
         return NoSquare;
     }
-    return static_cast<std::uint32_t>(squareAt(field[0] - 'a', '8' - field[1]));
+    return squareAt(field[0] - 'a', '8' - field[1]);
 }
 
 void placePieces(Board& board, std::string_view field) {
@@ -214,8 +214,7 @@ void Board::setPositionFromFen(std::string_view text) {
     pawnKey = computePawnKey();
     undo[0].hashKey = hashKey;
     bookGate = FullBookGate;
-    buildCastlingTables({whiteRookStart[0], kingStart[0], whiteRookStart[1], blackRookStart[0],
-                         kingStart[1], blackRookStart[1]});
+    castles.buildCastlingTables(castlingHomes());
 }
 
 }  // namespace brivok

@@ -62,16 +62,7 @@ void Board::unmakeMove() {
 #endif
 }
 
-template <Side S>
-void Board::makeFor(Move move) {
-    constexpr Side Them = opposite(S);
-    constexpr unsigned us = whiteFirst(S);
-    constexpr unsigned them = whiteFirst(Them);
-    const Square from = moveFrom(move);
-    const Square to = moveTo(move);
-    const std::uint32_t p = squares[from];
-    const std::uint32_t q = squares[to];
-
+void Board::keepForUnmake(Move move) {
     UndoRecord& record = undo[ply];
     record.move = move;
     record.epSquare = epSquare;
@@ -83,41 +74,37 @@ void Board::makeFor(Move move) {
     record.occDiagSE = occDiagSE;
     record.occDiagNE = occDiagNE;
     ++ply;
-    sideToMove = Them;
+}
 
-    // Complementing the whole key is the toggle of the side to move.
+template <Side S>
+void Board::makeFor(Move move) {
+    constexpr unsigned us = whiteFirst(S);
+    const Square from = moveFrom(move);
+    const Square to = moveTo(move);
+    const Piece p = squares[from];
+    const Piece q = squares[to];
+
+    // 1. What every move changes. Complementing the whole key is the toggle of the side to move.
+    keepForUnmake(move);
+    sideToMove = opposite(S);
     std::uint64_t key = ~hashKey ^ epKeys[epSquare];
     epSquare = NoSquare;
     // By the squares, not by the Move: a castling king that lands on its own rook counts here.
     fiftyCount = isPawn(p) || q != Empty ? 0 : fiftyCount + 1;
-
-    const std::uint32_t rights = castling & castleRightsMask[from] & castleRightsMask[to];
+    const std::uint32_t rights =
+        castling & castles.castleRightsMask[from] & castles.castleRightsMask[to];
     if (rights != castling) {
         key ^= castleKeys[castling >> 4U & 15U] ^ castleKeys[rights >> 4U & 15U];
         castling = rights;
     }
 
+    // 2. Castling has squares of its own.
     if (moveCastle(move) != NoCastling) {
-        const auto [kind, rookFrom, rookTo, kingFrom, kingTo] = castlingSquares<S>(*this, move);
-        constexpr Piece rook = pieceOf(Kind::Rook, S);
-        constexpr Piece king = pieceOf(Kind::King, S);
-        castling |= 1U << static_cast<unsigned>(kind);
-        kingSquare[us] = kingTo;
-        // Both homes are emptied first: the four squares may overlap.
-        squares[rookFrom] = Empty;
-        squares[kingFrom] = Empty;
-        squares[rookTo] = rook;
-        squares[kingTo] = king;
-        hashKey = key ^ pieceKeys[rook][rookFrom] ^ pieceKeys[rook][rookTo] ^
-                  pieceKeys[king][kingFrom] ^ pieceKeys[king][kingTo];
-        pieces[rook] ^= bit[rookFrom] ^ bit[rookTo];
-        colourOcc[us] ^= castleXor[kind];
-        occRot90 ^= castleXorRot90[kind];
-        occDiagNE ^= castleXorDiagNE[kind];
-        occDiagSE ^= castleXorDiagSE[kind];
+        hashKey = key ^ castleFor<S>(move);
         return;
     }
 
+    // 3. The sets of squares
     const Bitboard toBit = bit[to];
     const Bitboard fromTo = bit[from] | toBit;
     occRot90 = (occRot90 & rot90Clear[from]) | rot90Set[to];
@@ -126,56 +113,10 @@ void Board::makeFor(Move move) {
     colourOcc[us] ^= fromTo;
     squares[from] = Empty;
 
-    if (q != Empty) {
-        colourOcc[them] ^= toBit;
-        pieces[q] ^= toBit;
-        key ^= pieceKeys[q][to];
-        material[Them] -= pieceValue[q];
-        phaseCount[Them] -= phaseWeight[q];
-        if (isPawn(q)) {
-            --pawnCount[them];
-            pawnKey ^= pieceKeys[q][to];
-        } else {
-            --pieceCount[them];
-        }
-    }
-
+    // 4. The man taken, and the one that moves
+    if (q != Empty) key ^= takeFor<S>(q, to);
     if (isPawn(p)) {
-        pieces[p] ^= fromTo;
-        key ^= pieceKeys[p][from];
-        pawnKey ^= pieceKeys[p][from];
-        const std::uint32_t promo = movePromotion(move);
-        if (promo != Empty) {
-            squares[to] = promo;
-            pieces[p] ^= toBit;
-            pieces[promo] |= toBit;
-            key ^= pieceKeys[promo][to];
-            material[S] += pieceValue[promo] - pieceValue[p];
-            phaseCount[S] += phaseWeight[promo];
-            ++pieceCount[us];
-            --pawnCount[us];
-        } else {
-            squares[to] = p;
-            key ^= pieceKeys[p][to];
-            pawnKey ^= pieceKeys[p][to];
-            if (moveIsEnPassant(move)) {
-                constexpr Piece victimPawn = pieceOf(Kind::Pawn, Them);
-                const Square victim = enPassantVictim<S>(to);
-                squares[victim] = Empty;
-                colourOcc[them] &= notBit[victim];
-                pieces[victimPawn] &= notBit[victim];
-                occRot90 &= rot90Clear[victim];
-                occDiagNE &= diagNEClear[victim];
-                occDiagSE &= diagSEClear[victim];
-                key ^= pieceKeys[victimPawn][victim];
-                pawnKey ^= pieceKeys[victimPawn][victim];
-                material[Them] -= pieceValue[victimPawn];
-                --pawnCount[them];
-            } else if ((from ^ to) == 16 && pawnBeside(pieces[pieceOf(Kind::Pawn, Them)], to)) {
-                epSquare = static_cast<std::uint32_t>((from + to) / 2);
-                key ^= epKeys[epSquare];
-            }
-        }
+        key ^= movePawnFor<S>(move);
     } else {
         squares[to] = p;
         key ^= pieceKeys[p][from] ^ pieceKeys[p][to];
@@ -189,6 +130,92 @@ void Board::makeFor(Move move) {
 }
 
 template <Side S>
+std::uint64_t Board::castleFor(Move move) {
+    constexpr unsigned us = whiteFirst(S);
+    constexpr Piece rook = pieceOf(Kind::Rook, S);
+    constexpr Piece king = pieceOf(Kind::King, S);
+    const auto [kind, rookFrom, rookTo, kingFrom, kingTo] = castlingSquares<S>(*this, move);
+    castling |= 1U << static_cast<unsigned>(kind);
+    kingSquare[us] = kingTo;
+    // Both homes are emptied first: the four squares may overlap.
+    squares[rookFrom] = Empty;
+    squares[kingFrom] = Empty;
+    squares[rookTo] = rook;
+    squares[kingTo] = king;
+    pieces[rook] ^= bit[rookFrom] ^ bit[rookTo];
+    colourOcc[us] ^= castles.castleXor[kind];
+    occRot90 ^= castles.castleXorRot90[kind];
+    occDiagNE ^= castles.castleXorDiagNE[kind];
+    occDiagSE ^= castles.castleXorDiagSE[kind];
+    return pieceKeys[rook][rookFrom] ^ pieceKeys[rook][rookTo] ^ pieceKeys[king][kingFrom] ^
+           pieceKeys[king][kingTo];
+}
+
+template <Side S>
+std::uint64_t Board::takeFor(Piece taken, Square to) {
+    constexpr Side Them = opposite(S);
+    constexpr unsigned them = whiteFirst(Them);
+    colourOcc[them] ^= bit[to];
+    pieces[taken] ^= bit[to];
+    material[Them] -= pieceValue[taken];
+    phaseCount[Them] -= phaseWeight[taken];
+    const std::uint64_t key = pieceKeys[taken][to];
+    if (isPawn(taken)) {
+        --pawnCount[them];
+        pawnKey ^= key;
+    } else {
+        --pieceCount[them];
+    }
+    return key;
+}
+
+template <Side S>
+std::uint64_t Board::movePawnFor(Move move) {
+    constexpr Side Them = opposite(S);
+    constexpr unsigned us = whiteFirst(S);
+    constexpr unsigned them = whiteFirst(Them);
+    constexpr Piece pawn = pieceOf(Kind::Pawn, S);
+    constexpr Piece victimPawn = pieceOf(Kind::Pawn, Them);
+    const Square from = moveFrom(move);
+    const Square to = moveTo(move);
+    std::uint64_t key = pieceKeys[pawn][from];
+    pawnKey ^= key;
+
+    if (const Piece promo = movePromotion(move); promo != Empty) {
+        squares[to] = promo;
+        pieces[pawn] ^= bit[from];
+        pieces[promo] |= bit[to];
+        material[S] += pieceValue[promo] - pieceValue[pawn];
+        phaseCount[S] += phaseWeight[promo];
+        ++pieceCount[us];
+        --pawnCount[us];
+        return key ^ pieceKeys[promo][to];
+    }
+
+    squares[to] = pawn;
+    pieces[pawn] ^= bit[from] | bit[to];
+    key ^= pieceKeys[pawn][to];
+    pawnKey ^= pieceKeys[pawn][to];
+    if (moveIsEnPassant(move)) {
+        const Square victim = enPassantVictim<S>(to);
+        squares[victim] = Empty;
+        colourOcc[them] &= notBit[victim];
+        pieces[victimPawn] &= notBit[victim];
+        occRot90 &= rot90Clear[victim];
+        occDiagNE &= diagNEClear[victim];
+        occDiagSE &= diagSEClear[victim];
+        key ^= pieceKeys[victimPawn][victim];
+        pawnKey ^= pieceKeys[victimPawn][victim];
+        material[Them] -= pieceValue[victimPawn];
+        --pawnCount[them];
+    } else if ((from ^ to) == 16 && pawnBeside(pieces[victimPawn], to)) {
+        epSquare = (from + to) / 2;
+        key ^= epKeys[epSquare];
+    }
+    return key;
+}
+
+template <Side S>
 void Board::unmakeFor(Move move) {
     constexpr Side Them = opposite(S);
     constexpr unsigned us = whiteFirst(S);
@@ -197,7 +224,7 @@ void Board::unmakeFor(Move move) {
     const Square to = moveTo(move);
 
     --ply;
-    sideToMove ^= 1U;
+    sideToMove = opposite(sideToMove);
     const UndoRecord& record = undo[ply];
     epSquare = record.epSquare;
     castling = record.castling;
@@ -217,17 +244,17 @@ void Board::unmakeFor(Move move) {
         squares[rookFrom] = rook;
         squares[kingFrom] = pieceOf(Kind::King, S);
         pieces[rook] ^= bit[rookFrom] ^ bit[rookTo];
-        colourOcc[us] ^= castleXor[kind];
+        colourOcc[us] ^= castles.castleXor[kind];
         return;
     }
 
-    const std::uint32_t captured = moveCapture(move);
+    const Piece captured = moveCapture(move);
     const Bitboard toBit = bit[to];
     const Bitboard fromTo = bit[from] | toBit;
     colourOcc[us] ^= fromTo;
 
-    std::uint32_t p = squares[to];
-    const std::uint32_t promo = movePromotion(move);
+    Piece p = squares[to];
+    const Piece promo = movePromotion(move);
     if (promo != Empty) {
         p = pieceOf(Kind::Pawn, S);
         pieces[p] |= bit[from];

@@ -65,8 +65,8 @@ enum Castle : std::uint32_t { NoCastling = 0, KingSide = 1, QueenSide = 2 };
 [[nodiscard]] constexpr std::uint32_t moveCastle(Move m) { return field::Enroque.get(m); }
 
 /// A plain move or capture of `piece`.
-[[nodiscard]] constexpr Move makePlainMove(Square from, Square to, std::uint32_t piece,
-                                           std::uint32_t captured = Empty) {
+[[nodiscard]] constexpr Move makePlainMove(Square from, Square to, Piece piece,
+                                           Piece captured = Empty) {
     return field::Origen.put(static_cast<std::uint32_t>(from)) |
            field::Destino.put(static_cast<std::uint32_t>(to)) | field::Pieza.put(piece) |
            field::Captura.put(captured);

@@ -25,8 +25,9 @@ bool isCastlingValid(const Board& board, Move move, Side us) {
         makePlainMove(board.kingStart[whiteFirst(us)], CastledKing[kind], pieceOf(Kind::King, us)) |
         field::Enroque.put(moveCastle(move));
     if (move != expected || (board.castling & rightOf(kind)) == 0) return false;
-    if (!board.castlingHomesFit(kind) || (board.occupied() & castleEmpty[kind]) != 0) return false;
-    for (Bitboard transit = castleTransit[kind]; transit != 0;) {
+    if (!board.castlingHomesFit(kind) || (board.occupied() & board.castles.castleEmpty[kind]) != 0)
+        return false;
+    for (Bitboard transit = board.castles.castleTransit[kind]; transit != 0;) {
         if (board.isAttacked(takeNext<White>(transit), opposite(us))) return false;
     }
     return true;
@@ -39,10 +40,10 @@ bool isPawnMoveValid(const Board& board, Move move, Side us) {
     const int lastRow = us == White ? 0 : 7;
     const int secondRow = us == White ? 6 : 1;
 
-    const std::uint32_t promo = movePromotion(move);
+    const Piece promo = movePromotion(move);
     if ((rowOf(to) == lastRow) != (promo != Empty)) return false;
-    if (promo != Empty && (promo > BlackBishop || isPawn(promo) || isKing(promo) ||
-                           sideOf(static_cast<Piece>(promo)) != us)) {
+    if (promo != Empty &&
+        (promo > BlackBishop || isPawn(promo) || isKing(promo) || sideOf(promo) != us)) {
         return false;
     }
     const bool doublePush = to == from + 2 * forward && rowOf(from) == secondRow;
@@ -56,14 +57,14 @@ bool isPawnMoveValid(const Board& board, Move move, Side us) {
     if ((attacks & bit[to]) == 0 || moveCapture(move) == Empty) return false;
     if (!moveIsEnPassant(move)) return true;  // what stands there the caller has compared
     const Piece victim = pieceOf(Kind::Pawn, opposite(us));
-    return static_cast<Square>(board.epSquare) == to && moveCapture(move) == victim &&
-           board.squares[to] == Empty && board.squares[to - forward] == victim;
+    return board.epSquare == to && moveCapture(move) == victim && board.squares[to] == Empty &&
+           board.squares[to - forward] == victim;
 }
 
 }  // namespace
 
 bool Board::isMoveValid(Move move) const {
-    const Side side = us();
+    const Side side = sideToMove;
     const Square from = moveFrom(move);
     const Square to = moveTo(move);
     const Piece piece = movePiece(move);
@@ -71,7 +72,7 @@ bool Board::isMoveValid(Move move) const {
     if (squares[from] != piece || sideOf(piece) != side) return false;
     if (moveCastle(move) != NoCastling) return isCastlingValid(*this, move, side);
 
-    const std::uint32_t captured = moveCapture(move);
+    const Piece captured = moveCapture(move);
     if (!moveIsEnPassant(move) && captured != squares[to]) return false;
     if (captured != Empty && (isKing(captured) || (occupiedBy(side) & bit[to]) != 0)) return false;
     if (isPawn(piece)) return isPawnMoveValid(*this, move, side);

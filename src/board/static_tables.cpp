@@ -32,13 +32,6 @@ std::uint8_t fileMoveCount[Squares][64];
 Bitboard rookEmptyAttacks[Squares];
 Bitboard bishopEmptyAttacks[Squares];
 Bitboard queenEmptyAttacks[Squares];
-std::uint32_t castleRightsMask[Squares];
-Bitboard castleEmpty[4];
-Bitboard castleTransit[4];
-Bitboard castleXor[4];
-Bitboard castleXorRot90[4];
-Bitboard castleXorDiagNE[4];
-Bitboard castleXorDiagSE[4];
 
 namespace {
 
@@ -209,19 +202,6 @@ Bitboard rotate(Bitboard set, const Bitboard (&rotatedBits)[Squares]) {
     return rotated;
 }
 
-/// The squares from one to another on the first or last rank, the first one left out.
-Bitboard path(Square from, Square to) { return from == to ? 0 : (between[from][to] | bit[to]); }
-
-void buildCastling(int kind, Square king, Square rook) {
-    if (king == MissingHome || rook == MissingHome) return;
-    const Square kingTarget = CastledKing[kind];
-    const Square rookTarget = CastledRook[kind];
-    castleTransit[kind] = path(king, kingTarget);
-    castleEmpty[kind] =
-        (castleTransit[kind] | path(rook, rookTarget)) & notBit[king] & notBit[rook];
-    castleXor[kind] = bit[king] ^ bit[rook] ^ bit[kingTarget] ^ bit[rookTarget];
-}
-
 }  // namespace
 
 Bitboard rotate90(Bitboard set) { return rotate(set, rot90Set); }
@@ -234,33 +214,6 @@ void buildStaticTables() {
     buildLeapers();
     buildRankAndFileAttacks();
     buildDiagonals();
-    buildCastlingTables(StandardHomes);
-}
-
-void buildCastlingTables(const CastlingHomes& homes) {
-    for (auto& mask : castleRightsMask) mask = 240;
-    const auto setMask = [](Square sq, std::uint32_t mask) {
-        if (sq != MissingHome) castleRightsMask[sq] = mask;
-    };
-    // If homes coincide, the later one wins.
-    setMask(homes.whiteKing, 192);
-    setMask(homes.blackKing, 48);
-    setMask(homes.whiteKingRook, 224);
-    setMask(homes.blackKingRook, 176);
-    setMask(homes.whiteQueenRook, 208);
-    setMask(homes.blackQueenRook, 112);
-
-    for (int kind = 0; kind < 4; ++kind)
-        castleEmpty[kind] = castleTransit[kind] = castleXor[kind] = 0;
-    buildCastling(WhiteKingSide, homes.whiteKing, homes.whiteKingRook);
-    buildCastling(WhiteQueenSide, homes.whiteKing, homes.whiteQueenRook);
-    buildCastling(BlackKingSide, homes.blackKing, homes.blackKingRook);
-    buildCastling(BlackQueenSide, homes.blackKing, homes.blackQueenRook);
-    for (int kind = 0; kind < 4; ++kind) {
-        castleXorRot90[kind] = rotate90(castleXor[kind]);
-        castleXorDiagNE[kind] = rotateDiagNE(castleXor[kind]);
-        castleXorDiagSE[kind] = rotateDiagSE(castleXor[kind]);
-    }
 }
 
 }  // namespace brivok

@@ -6,7 +6,8 @@
 #include "board/types.h"
 
 /// @file
-/// Tables of move geometry. All but the castling tables are built once at start and then constant.
+/// Tables of move geometry, built once at start and then constant. Those of castling belong to a
+/// board: see castling.h.
 ///
 /// Sliding attacks use rotated bitboards (Hyatt, "Rotated bitmaps, a new twist on an old idea",
 /// ICGA Journal 22/4, 1999): the occupancy is kept in four bit orders in which the squares of a
@@ -77,46 +78,8 @@ extern Bitboard rookEmptyAttacks[Squares];
 extern Bitboard bishopEmptyAttacks[Squares];  ///< of a bishop
 extern Bitboard queenEmptyAttacks[Squares];   ///< of a queen
 
-/// The four kinds of castling, the index of the castling tables.
-enum CastlingKind { WhiteKingSide = 0, WhiteQueenSide = 1, BlackKingSide = 2, BlackQueenSide = 3 };
-
-/// Castling by the home squares of the present game. A kind whose king or rook is missing has 0
-/// in all of its tables.
-extern std::uint32_t castleRightsMask[Squares];  ///< `castling` is anded with it, from and to
-extern Bitboard castleEmpty[4];                  ///< squares that must be empty
-extern Bitboard castleTransit[4];    ///< squares that must not be attacked, king's own left out
-extern Bitboard castleXor[4];        ///< bits to flip in the mover's `colourOcc`
-extern Bitboard castleXorRot90[4];   ///< the same in the rotated forms
-extern Bitboard castleXorDiagNE[4];  ///< in the north-east form
-extern Bitboard castleXorDiagSE[4];  ///< in the south-east form
-
-/// Home squares of kings and castling rooks, MissingHome where there is none.
-struct CastlingHomes {
-    Square whiteQueenRook;  ///< White's rook towards the a-file
-    Square whiteKing;       ///< White's king
-    Square whiteKingRook;   ///< White's rook towards the h-file
-    Square blackQueenRook;  ///< Black's rook towards the a-file
-    Square blackKing;       ///< Black's king
-    Square blackKingRook;   ///< Black's rook towards the h-file
-};
-
-/// The homes of normal chess.
-inline constexpr CastlingHomes StandardHomes{squareNamed("a1"), squareNamed("e1"),
-                                             squareNamed("h1"), squareNamed("a8"),
-                                             squareNamed("e8"), squareNamed("h8")};
-
-/// Where king and rook stand after castling, by kind; the same in every variant.
-inline constexpr Square CastledKing[4] = {squareNamed("g1"), squareNamed("c1"), squareNamed("g8"),
-                                          squareNamed("c8")};
-/// Square of the rook.
-inline constexpr Square CastledRook[4] = {squareNamed("f1"), squareNamed("d1"), squareNamed("f8"),
-                                          squareNamed("d8")};
-
 /// Builds every table; to be called once, before any Board operation but the constructor.
 void buildStaticTables();
-
-/// Rebuilds the castling tables; they stay in force until the next call.
-void buildCastlingTables(const CastlingHomes& homes);
 
 /// A normal set of squares in each of the rotated bit orders, bit by bit: for setting positions
 /// up, never within a search.

@@ -69,6 +69,11 @@ enum Piece : std::uint32_t {
     BlackBishop = 12
 };
 
+/// The men of both sides, by rising code.
+inline constexpr Piece AllMen[] = {WhitePawn,  BlackPawn,  WhiteKnight, BlackKnight,
+                                   WhiteKing,  BlackKing,  WhiteRook,   BlackRook,
+                                   WhiteQueen, BlackQueen, WhiteBishop, BlackBishop};
+
 /// Length of every table that is indexed by piece code; code 13 is no piece.
 inline constexpr int PieceCodes = 14;
 
@@ -99,8 +104,8 @@ enum class Kind : std::uint32_t {
 }
 
 /// The code is that of a pawn, of either side.
-[[nodiscard]] constexpr bool isPawn(std::uint32_t piece) { return piece - 1U < 2U; }
+[[nodiscard]] constexpr bool isPawn(Piece piece) { return piece - 1U < 2U; }
 /// The code is that of a king, of either side.
-[[nodiscard]] constexpr bool isKing(std::uint32_t piece) { return piece - 5U < 2U; }
+[[nodiscard]] constexpr bool isKing(Piece piece) { return piece - 5U < 2U; }
 
 }  // namespace brivok

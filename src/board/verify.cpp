@@ -36,17 +36,21 @@ void Board::verify() const {
     full.epSquare = epSquare;
     full.castling = castling;
     full.recomputeDerived();
+    full.castles.buildCastlingTables(castlingHomes());
     require(same(material, full.material), "material");
     require(same(pawnCount, full.pawnCount) && same(pieceCount, full.pieceCount), "counts of men");
     require(same(phaseCount, full.phaseCount), "phaseCount");
     require(same(kingSquare, full.kingSquare), "kingSquare");
     require(same(colourOcc, full.colourOcc), "colourOcc");
-    for (unsigned piece = WhitePawn; piece <= BlackBishop; ++piece) {
+    for (const Piece piece : AllMen) {
         require(isKing(piece) || pieces[piece] == full.pieces[piece], "pieces");
     }
     require(occRot90 == full.occRot90, "occRot90");
     require(occDiagNE == full.occDiagNE, "occDiagNE");
     require(occDiagSE == full.occDiagSE, "occDiagSE");
+    require(same(castles.castleRightsMask, full.castles.castleRightsMask) &&
+                same(castles.castleXor, full.castles.castleXor),
+            "castling tables");
     require((hashKey ^ nullHashDelta) == full.computeHashKey(), "hashKey");
     require((pawnKey ^ nullPawnDelta) == full.computePawnKey(), "pawnKey");
 }

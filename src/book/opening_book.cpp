@@ -179,7 +179,7 @@ std::vector<BookCandidate> findBookCandidates(Board& board, OpeningBook& book,
                                               bool& thirdOccurrence) {
     std::vector<BookCandidate> candidates;
     BookRecord record;
-    const Side mover = board.us();
+    const Side mover = board.sideToMove;
     thirdOccurrence = false;
     forEachLegalMove(board, [&](Move move) {
         thirdOccurrence = isThirdOccurrence(board);

@@ -96,7 +96,7 @@ bool TablebaseProbe(const Board& board, std::int32_t ply, std::int32_t& score) {
     const bool whiteFirstSide = id > 0;
     if (!whiteFirstSide) id = -id;
     const Side firstSide = whiteFirstSide ? White : Black;
-    const int side = board.us() == firstSide ? 0 : 1;
+    const int side = board.sideToMove == firstSide ? 0 : 1;
     if (!hasFile(tablebaseDescriptors[static_cast<unsigned>(id)], side)) return false;
 
     // The position in it

@@ -28,7 +28,7 @@ void pawnCaptures(const Board& board, MoveWriter<S>& writer, Bitboard enemy) {
         const Bitboard takers = pawnAttacks<opposite(S)>(to) & pawns;
         for (const Square from : {to - CaptureEast<S>, to - CaptureWest<S>}) {
             if ((takers & bit[from & 63]) == 0) continue;
-            if (enPassant && to == static_cast<Square>(board.epSquare)) {
+            if (enPassant && to == board.epSquare) {
                 writer.addEnPassant(from, to);
             } else {
                 writer.addPawn(from, to);

@@ -63,7 +63,7 @@ private:
     /// Only against a check by the very pawn that has just made its double push.
     void enPassant(Square checker) {
         if (!hasEnPassantVictim<S>(board)) return;
-        const auto ep = static_cast<Square>(board.epSquare);
+        const Square ep = board.epSquare;
         if (ep != checker + PawnStep<S>) return;
         // White's pawn to the left of the square comes first, and Black's too.
         for (const Square from : {ep - CaptureEast<S>, ep - CaptureWest<S>}) {

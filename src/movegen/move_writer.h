@@ -20,7 +20,7 @@ public:
     void add(Move move) { *next++ = move; }
 
     /// A move or plain capture of a piece, by what stands on the target.
-    void addPiece(std::uint32_t piece, Square from, Square to) {
+    void addPiece(Piece piece, Square from, Square to) {
         add(makePlainMove(from, to, piece, board.squares[to]));
     }
 
@@ -98,7 +98,7 @@ template <Kind K>
 template <Side S>
 [[nodiscard]] inline bool hasEnPassantVictim(const Board& board) {
     if (board.epSquare == NoSquare) return false;
-    const auto ep = static_cast<Square>(board.epSquare);
+    const Square ep = board.epSquare;
     return rowOf(ep) != 0 && rowOf(ep) != 7 && board.squares[ep] == Empty &&
            board.squares[ep - PawnStep<S>] == pieceOf(Kind::Pawn, opposite(S));
 }

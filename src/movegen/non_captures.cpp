@@ -10,9 +10,9 @@ void castling(const Board& board, MoveWriter<S>& writer) {
     constexpr int firstKind = S == White ? WhiteKingSide : BlackKingSide;
     for (const int kind : {firstKind, firstKind + 1}) {
         if ((board.castling & rightOf(kind)) == 0 || !board.castlingHomesFit(kind)) continue;
-        if ((board.occupied() & castleEmpty[kind]) != 0) continue;
+        if ((board.occupied() & board.castles.castleEmpty[kind]) != 0) continue;
         bool attacked = false;
-        for (Bitboard transit = castleTransit[kind]; transit != 0 && !attacked;) {
+        for (Bitboard transit = board.castles.castleTransit[kind]; transit != 0 && !attacked;) {
             attacked = board.isAttacked(takeNext<S>(transit), opposite(S));
         }
         if (attacked) continue;

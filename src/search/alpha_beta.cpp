@@ -57,13 +57,13 @@ bool Searcher::mayProbeTablebases(int searchPly) const {
 
 /// Of draws by the tables the search prefers those in which it has more material.
 int Searcher::tableDrawScore() const {
-    const Side us = board->us();
+    const Side us = board->sideToMove;
     const int balance = board->material[us] - board->material[opposite(us)];
     return balance > 0 ? 1 : balance < 0 ? -1 : 0;
 }
 
 bool Searcher::isSeventhRankPush(Move m) const {
-    const std::uint32_t piece = board->squares[moveTo(m)];
+    const Piece piece = board->squares[moveTo(m)];
     return (piece == WhitePawn && rowOf(moveTo(m)) == 1) ||
            (piece == BlackPawn && rowOf(moveTo(m)) == 6);
 }
@@ -232,7 +232,7 @@ int Searcher::search(int alpha, int beta, int depth, int searchPly, bool allowNu
             bool toQuiescence = false;
             if (settings.useFutility && extension == 0 && std::abs(alpha) < MateBound &&
                 searchPly >= PruningPly && !nodeInCheck) {
-                const int balance = b.material[b.sideToMove ^ 1U] - b.material[b.sideToMove];
+                const int balance = b.material[opposite(b.sideToMove)] - b.material[b.sideToMove];
                 if (depth < FutilityDepth) {
                     if (balance + FutilityMargin <= alpha) {
                         toQuiescence = true;

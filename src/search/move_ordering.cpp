@@ -17,7 +17,7 @@ void Searcher::scoreMoves(Frame& frame, Move hashMove, int searchPly) {
     const Board& b = *board;
     const bool wasFollowing = followPv;
     followPv = false;
-    const Side opponent = opposite(b.us());
+    const Side opponent = opposite(b.sideToMove);
     const Move pvMove = b.pvTable[1][searchPly];
     const Move killer1 = b.killer1[searchPly];
     const Move killer2 = b.killer2[searchPly];

@@ -30,10 +30,10 @@ std::string fileLabels(const Board& board, Side side) {
 }
 
 std::string squareText(const Board& board, Square sq) {
-    const std::uint32_t piece = board.squares[sq];
+    const Piece piece = board.squares[sq];
     if (piece == Empty) return (rowOf(sq) + sq) % 2 == 1 ? " . |" : "   |";
     const std::string letter(1, PieceLetters[piece]);
-    return sideOf(static_cast<Piece>(piece)) == White ? " " + letter + " |" : "=" + letter + "=|";
+    return sideOf(piece) == White ? " " + letter + " |" : "=" + letter + "=|";
 }
 
 }  // namespace

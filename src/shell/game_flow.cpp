@@ -49,7 +49,7 @@ void WinBoardHandler::Run() {
 bool WinBoardHandler::wantsSearch() const {
     if (theSearcher.searchMode == SearchMode::Analysing) return true;
     if (forceMode || gameOver) return false;
-    if (theBoard.us() == engineSide) return true;
+    if (theBoard.sideToMove == engineSide) return true;
     return theSearcher.ponderEnabled && theSearcher.ponderMove != NoMove && theBoard.ply != 0;
 }
 
@@ -59,7 +59,7 @@ void WinBoardHandler::startSearch() {
         LogOnly(app, "Starting analysis\n");
         // A game that is over is analysed like any other.
         searcher.gameOutcome = GameOutcome::None;
-    } else if (searcher.ponderEnabled && theBoard.us() != engineSide) {
+    } else if (searcher.ponderEnabled && theBoard.sideToMove != engineSide) {
         searcher.searchMode = SearchMode::Pondering;
         LogOnly(app, "Starting pondering -> Hint: %s\n",
                 moveToCoordinate(searcher.ponderMove).c_str());

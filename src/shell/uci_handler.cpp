@@ -205,7 +205,7 @@ void UciHandler::go(const Words& words) {
     searcher.nodeLimit = 0;
     searcher.maxIteration = NoFixedDepth;
 
-    GoLimits limits(theBoard.us());
+    GoLimits limits(theBoard.sideToMove);
     for (std::size_t i = 1; i < words.size(); ++i) {
         if (words[i] == "infinite") {
             searcher.searchMode = SearchMode::Analysing;

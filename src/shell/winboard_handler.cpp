@@ -157,7 +157,7 @@ const WinBoardHandler::Command WinBoardHandler::IdleCommands[] = {
     {"go",
      [](WinBoardHandler& self, const Line&) {
          self.forceMode = false;
-         self.engineSide = theBoard.us();
+         self.engineSide = theBoard.sideToMove;
      }},
     {"analyze", [](WinBoardHandler& self, const Line&) { self.analyze(); }},
     {"result", [](WinBoardHandler& self, const Line&) { self.gameOver = true; }},
