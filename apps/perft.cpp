@@ -9,6 +9,7 @@
 #include "board/board.h"
 #include "shell/base/settings.h"
 #include "shell/base/words.h"
+#include "shell/move_counts.h"
 
 int main(int argc, char** argv) {
     using namespace brivok;
@@ -25,6 +26,6 @@ int main(int argc, char** argv) {
     settings.variant = *variant;
     theBoard.NewGame();
     if (argc >= 3) theBoard.setPositionFromFen(argv[2]);
-    perft(theBoard, static_cast<int>(depth));
+    perft(*theApplication, theBoard, static_cast<int>(depth));
     return 0;
 }

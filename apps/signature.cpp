@@ -15,8 +15,8 @@ int main() {
     std::uint64_t total = 0;
     const std::clock_t start = std::clock();
     for (const TestPosition& position : signaturePositions()) {
-        prepareSearch(position, SignatureDepth);
-        const std::uint32_t nodes = searchNodes();
+        preparePosition(position);
+        const std::uint32_t nodes = searchNodes(SignatureDepth);
         std::printf("%10u  %s\n", nodes, position.fen);
         total += nodes;
     }

@@ -51,7 +51,7 @@ protected:
         setPosition(fen, variant);
         evalHashTable.Clear();
         pawnHashTable.Clear();
-        lazyMargin = 0;
+        theEvaluation.lazyMargin = 0;
         return Evaluate(board, -Infinite, Infinite);
     }
 
@@ -146,19 +146,19 @@ TEST_F(EvalTest, LazyExit) {
     EXPECT_EQ(Evaluate(board, 70, 79), 80);
     EXPECT_EQ(searchStats.evalLazy, 2U);
     EXPECT_EQ(searchStats.evalHashStores, 0U);
-    EXPECT_EQ(lazyMargin, 0);
+    EXPECT_EQ(theEvaluation.lazyMargin, 0);
 
     // On the edge of the window there is no exit, and the margin learns.
     const int full = Evaluate(board, 80, 80);
     EXPECT_EQ(searchStats.evalFull, 1U);
-    EXPECT_EQ(lazyMargin, std::abs(100 - full));
+    EXPECT_EQ(theEvaluation.lazyMargin, std::abs(100 - full));
 
-    lazyMargin = 50;
+    theEvaluation.lazyMargin = 50;
     setPosition("4k3/8/8/8/8/8/P7/4K3 b - -");
     EXPECT_EQ(Evaluate(board, -29, 0), -30);
     EXPECT_EQ(Evaluate(board, -200, -131), -130);
     EXPECT_EQ(Evaluate(board, -30, -30), -full);
-    EXPECT_EQ(lazyMargin, 50) << "only ever raised";
+    EXPECT_EQ(theEvaluation.lazyMargin, 50) << "only ever raised";
 }
 
 TEST_F(EvalTest, MaterialImbalance) {

@@ -12,10 +12,11 @@
 namespace brivok {
 
 void makeFresh() {
-    static const bool built = (buildStaticTables(), true);
-    static_cast<void>(built);
+    static const bool ready = (prepareEngine(), true);
+    static_cast<void>(ready);
     static const Board emptyBoard;
     theBoard = emptyBoard;
+    theBoard.newGameListener = &theSearcher;
 
     settings = Settings{};
     RefreshPieceValues();
@@ -23,7 +24,7 @@ void makeFresh() {
     transpositionTable.resize();
     evalHashTable.Allocate();
     pawnHashTable.Allocate();
-    lazyMargin = 0;
+    theEvaluation.lazyMargin = 0;
     searchStats = SearchStats{};
 
     theSearcher.searchMode = SearchMode::Idle;

@@ -42,7 +42,7 @@ protected:
     int freshEvaluation() {
         evalHashTable.Clear();
         pawnHashTable.Clear();
-        lazyMargin = 0;
+        theEvaluation.lazyMargin = 0;
         return Evaluate(board, -MateScore, MateScore);
     }
 

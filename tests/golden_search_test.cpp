@@ -23,6 +23,7 @@
 #include "movegen/move_text.h"
 #include "search/searcher.h"
 #include "search/time_control.h"
+#include "shell/uci_listener.h"
 
 namespace brivok {
 namespace {
@@ -145,19 +146,14 @@ protected:
     /// Searches as `go` does. Returns what was printed meanwhile.
     std::string go(const std::string& line) {
         const std::vector<std::string> words = wordsOf(line);
-        timeControl = TimeControl{};
-        theSearcher.maxIteration = NoFixedDepth;
-        theSearcher.nodeLimit = 0;
+        SearchRequest request{.clock = TimeControl{}};
         for (std::size_t i = 1; i + 1 < words.size(); i += 2) {
             const int value = std::stoi(words[i + 1]);
-            if (words[i] == "depth") theSearcher.maxIteration = value;
-            if (words[i] == "nodes") theSearcher.nodeLimit = static_cast<std::uint32_t>(value);
+            if (words[i] == "depth") request.maxIteration = value;
+            if (words[i] == "nodes") request.nodeLimit = static_cast<std::uint32_t>(value);
         }
-        theSearcher.searchMode = SearchMode::Thinking;
-        theSearcher.clearRootMoves();
-        theSearcher.searchStartTime = centiseconds();
         ::testing::internal::CaptureStdout();
-        const Move best = theSearcher.think();
+        const Move best = theSearcher.think(request, listener);
         theSearcher.searchMode = SearchMode::Idle;
         bestMoveLine = "bestmove " + moveToCoordinate(best);
         if (theSearcher.ponderMove != NoMove) {
@@ -206,6 +202,7 @@ protected:
         }
     }
 
+    UciListener listener{*theApplication};
     std::string bestMoveLine;
 };
 

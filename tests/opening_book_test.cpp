@@ -225,10 +225,9 @@ TEST_F(OpeningBookTest, ThinkAsksItWhenItMay) {
     writeBook();
     settings.bookFileName = path;
     settings.bookEnabled = true;
-    theSearcher.maxIteration = 2;
     const auto fromBook = [&](SearchMode mode) {
-        theSearcher.searchMode = mode;
-        const Move move = theSearcher.think();
+        SearchListener silent;
+        const Move move = theSearcher.think({.mode = mode, .maxIteration = 2}, silent);
         EXPECT_EQ(theSearcher.bookMove, textOf({move}) == "a2a3");
         return theSearcher.bookMove;
     };

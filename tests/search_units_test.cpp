@@ -12,6 +12,7 @@
 #include "movegen/move_text.h"
 #include "search/time_control.h"
 #include "shell/base/words.h"
+#include "shell/move_counts.h"
 
 namespace brivok {
 namespace {

@@ -261,9 +261,8 @@ protected:
     int think(std::string_view fen, int depth) {
         tablebases.tbProbes = tablebases.tbHits = 0;
         setPosition(fen);
-        theSearcher.maxIteration = depth;
-        theSearcher.searchMode = SearchMode::Thinking;
-        (void)theSearcher.think();
+        SearchListener silent;
+        (void)theSearcher.think({.maxIteration = depth}, silent);
         theSearcher.searchMode = SearchMode::Idle;
         return theSearcher.iterationScore;
     }

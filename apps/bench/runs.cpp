@@ -10,8 +10,8 @@ namespace brivok {
 namespace {
 
 Measurement measureSearch(const TestPosition& position, int depth) {
-    prepareSearch(position, depth);
-    return measure(searchNodes);
+    preparePosition(position);
+    return measure([depth] { return searchNodes(depth); });
 }
 
 /// So many plies fit the 32 bits of a count: no position of a game has more than 218 moves.

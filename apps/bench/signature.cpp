@@ -59,20 +59,16 @@ constexpr TestPosition Positions[] = {
 
 std::span<const TestPosition> signaturePositions() { return Positions; }
 
-void prepareSearch(const TestPosition& position, int depth) {
+void preparePosition(const TestPosition& position) {
     settings.variant = position.variant;
     allocateTables();
     tablebases.tbMaxMen = 0;  // whatever lies in the current directory
     theBoard.setPositionFromFen(position.fen);
-    timeControl = {};
-    theSearcher.postThinking = false;
-    theSearcher.searchMode = SearchMode::Thinking;
-    theSearcher.maxIteration = depth;
-    theSearcher.searchStartTime = centiseconds();
 }
 
-std::uint32_t searchNodes() {
-    theSearcher.think();
+std::uint32_t searchNodes(int depth) {
+    SearchListener silent;
+    theSearcher.think({.maxIteration = depth, .clock = TimeControl{}}, silent);
     return searchStats.nodes;
 }
 

@@ -22,10 +22,10 @@ struct TestPosition {
 /// The positions, normal chess first. All measurements take theirs from here.
 [[nodiscard]] std::span<const TestPosition> signaturePositions();
 
-/// Sets up the position with fresh tables, for a search that ends after iteration `depth`.
-void prepareSearch(const TestPosition& position, int depth);
+/// Sets up the position with fresh tables.
+void preparePosition(const TestPosition& position);
 
-/// Carries the search out and returns its nodes.
-[[nodiscard]] std::uint32_t searchNodes();
+/// Searches it, in silence, up to and with iteration `depth`. Returns the nodes.
+[[nodiscard]] std::uint32_t searchNodes(int depth);
 
 }  // namespace brivok

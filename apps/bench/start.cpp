@@ -2,15 +2,13 @@
 
 #include <memory>
 
-#include "board/piece_values.h"
-#include "board/static_tables.h"
+#include "search/searcher.h"
 #include "shell/base/application.h"
 
 namespace brivok {
 
 void startEngine() {
-    buildStaticTables();
-    RefreshPieceValues();
+    prepareEngine();
     theApplication = std::make_unique<Application>();
 }
 

@@ -5,7 +5,6 @@
 
 #include "board/piece_values.h"
 #include "board/random_keys.h"
-#include "shell/base/settings.h"
 
 namespace brivok {
 
@@ -44,7 +43,7 @@ void Board::NewGame() {
     ply = 0;
     droppedPlies = 0;
     castling = AllRights;
-    if (settings.variant == Variant::NoCastle) castling = 0;
+    if (rules->variant == Variant::NoCastle) castling = 0;
     hashKey = computeHashKey();
     pawnKey = computePawnKey();
     if (newGameListener != nullptr) newGameListener->onNewGame();

@@ -9,6 +9,7 @@
 #include "board/move.h"
 #include "board/static_tables.h"
 #include "board/types.h"
+#include "shell/base/settings.h"
 
 namespace brivok {
 
@@ -42,10 +43,6 @@ public:
     /// A position has just been set up.
     virtual void onNewGame() = 0;
 };
-
-/// The one who is told, not owned; may be null. Not a field of the board, so that the order in
-/// which global objects are constructed does not matter.
-inline NewGameListener* newGameListener = nullptr;
 
 /// The position, three times over (a piece code per square, sets per piece and colour, rotated
 /// occupancies), with counters and keys kept incrementally, the undo stack, which is the history
@@ -94,6 +91,11 @@ struct Board {
 
     /// Half-moves dropped from the front of the undo stack in a very long game; always even.
     std::uint32_t droppedPlies = 0;
+
+    /// Whose variant the board is played by; not owned. Read at each use.
+    const Settings* rules = &settings;
+
+    NewGameListener* newGameListener = nullptr;  ///< the one who is told, not owned; may be null
 
     CastlingTables castles;  ///< by `kingStart`, `whiteRookStart`, `blackRookStart`
 

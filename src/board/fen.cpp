@@ -7,7 +7,6 @@
 
 #include "board/board.h"
 #include "shell/base/console.h"
-#include "shell/base/settings.h"
 
 namespace brivok {
 
@@ -152,7 +151,7 @@ struct RightToCheck {
 
 void setRights(Board& board, std::uint32_t flags, FaultReport& report) {
     board.castling = 0;
-    if (settings.variant == Variant::NoCastle) return;
+    if (board.rules->variant == Variant::NoCastle) return;
     const RightToCheck rights[] = {
         {WhiteMayKingSide, board.whiteRookStart[1],
          "WCK flag is set, but there isn't white kingside rook"},

@@ -1,12 +1,11 @@
 #include <cstdlib>
 
 #include "board/board.h"
-#include "shell/base/settings.h"
 
 namespace brivok {
 
 bool Board::castlingHomesFit(int kind) const {
-    if (settings.variant == Variant::Fischerandom) return true;
+    if (rules->variant == Variant::Fischerandom) return true;
     const bool white = kind < BlackKingSide;
     const bool kingSide = kind % 2 == 0;
     const Square king = kingStart[white ? 0 : 1];

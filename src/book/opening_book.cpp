@@ -9,7 +9,7 @@
 #include "board/coordinate.h"
 #include "movegen/generate.h"
 #include "movegen/move_text.h"
-#include "shell/base/console.h"
+#include "shell/base/note.h"
 
 namespace brivok {
 
@@ -128,7 +128,7 @@ bool OpeningBook::Open() {
 
 bool OpeningBook::openOrReport() {
     if (Open()) return true;
-    LogOnly(*theApplication, "I can't open file %s!\n", name.c_str());
+    Note("I can't open file %s!\n", name.c_str());
     return false;
 }
 
@@ -204,21 +204,19 @@ Move OpeningBook::SelectMove(Board& board) {
     std::uint32_t sumDraws = 0;
     const std::uint32_t total = CountBookMoves(board, moveCount, sumWhite, sumBlack, sumDraws);
     if (moveCount == 0) {
-        LogOnly(*theApplication, "This position don't have moves in the book\n");
+        Note("This position don't have moves in the book\n");
         return NoMove;
     }
-    LogOnly(*theApplication, "This position has been played %lu times\n",
-            static_cast<unsigned long>(total));
-    LogOnly(*theApplication, "and there are %d possible moves in the book\n", moveCount);
+    Note("This position has been played %lu times\n", static_cast<unsigned long>(total));
+    Note("and there are %d possible moves in the book\n", moveCount);
 
     bool thirdOccurrence = false;
     const std::vector<BookCandidate> candidates = findBookCandidates(board, *this, thirdOccurrence);
     for (const BookCandidate& candidate : candidates) {
         const BookRecord& record = candidate.record;
-        LogOnly(*theApplication, "(%s%s) + %5u - %5u = %5u score %5ld\n",
-                moveToCoordinate(candidate.move).c_str(),
-                std::string(AnnotationText(record.annotation)).c_str(), record.whiteWins,
-                record.blackWins, record.draws, static_cast<long>(candidate.score));
+        Note("(%s%s) + %5u - %5u = %5u score %5ld\n", moveToCoordinate(candidate.move).c_str(),
+             std::string(AnnotationText(record.annotation)).c_str(), record.whiteWins,
+             record.blackWins, record.draws, static_cast<long>(candidate.score));
     }
     if (thirdOccurrence) {
         board.bookGate = FullBookGate;

@@ -13,7 +13,7 @@
 #include "egtb/table_index.h"
 #include "egtb/tablebase_probe.h"
 #include "shell/base/application.h"
-#include "shell/base/console.h"
+#include "shell/base/note.h"
 
 namespace brivok {
 
@@ -202,13 +202,13 @@ void InitTablebases(const std::string& dir, std::uint32_t cacheBytes) {
     TablebaseState& state = tablebases;
     if (!state.tbDirectories.empty() && state.tbDirectories == dir) return;
     state.tbDirectories = dir;
-    LogOnly(*theApplication, "Checking for endgame tablebases in %s\n", dir.c_str());
+    Note("Checking for endgame tablebases in %s\n", dir.c_str());
     state.tbMaxMen = RegisterTables(dir);
     if (state.tbMaxMen != 0) {
-        LogOnly(*theApplication, "Using %d-men Nalimov's Endgame Tablebases\n", state.tbMaxMen);
+        Note("Using %d-men Nalimov's Endgame Tablebases\n", state.tbMaxMen);
         SetCacheSize(cacheBytes);
     } else {
-        LogOnly(*theApplication, "The Endgames Tablebases were don't found\n");
+        Note("The Endgames Tablebases were don't found\n");
     }
 }
 
@@ -216,12 +216,10 @@ void SetCacheSize(std::uint32_t bytes) {
     if (tablebases.tbMaxMen == 0) return;
     tablebases.tbCacheBytes = bytes;
     if (!blockCache.InitCache(bytes) && bytes != 0) {
-        LogOnly(*theApplication, "I couldn't allocate EGTB cache\n");
+        Note("I couldn't allocate EGTB cache\n");
         ExitProgram(1);
     }
-    if (theApplication->currentProtocol != Protocol::Uci) {
-        LogOnly(*theApplication, "Allocated %u bytes for EGTB cache\n", bytes);
-    }
+    if (tablebases.noteCacheSize) Note("Allocated %u bytes for EGTB cache\n", bytes);
 }
 
 int RegisterTables(std::string_view dir) try {

@@ -12,6 +12,7 @@ struct TablebaseState {
     std::int32_t tbMaxMen = 0;       ///< men of the largest table found: 0, 3, 4, 5 or 6
     std::string tbDirectories;       ///< the list of directories in force
     std::uint32_t tbCacheBytes = 0;  ///< budget of the cache in force
+    bool noteCacheSize = true;       ///< a new cache is noted in the log
     // Since the start of the program; they wrap around in a very long analysis.
     std::uint32_t tbProbes = 0;  ///< positions that were asked for
     std::uint32_t tbHits = 0;    ///< probes that gave a value

@@ -5,9 +5,6 @@
 
 #include "eval/eval_weights.h"
 #include "eval/terms.h"
-#include "hash/eval_hash.h"
-#include "hash/search_stats.h"
-#include "shell/base/settings.h"
 
 namespace brivok {
 
@@ -19,12 +16,13 @@ namespace {
 
 /// The record of the pawns, computed if the table does not hold it. Without pawns (key 0) a fresh
 /// table answers with a zeroed record.
-[[nodiscard]] const PawnHashRecord& PawnRecord(const Board& board) {
-    ++searchStats.pawnHashProbes;
-    PawnHashRecord& record = pawnHashTable.Find(board.pawnKey);
+[[nodiscard]] const PawnHashRecord& PawnRecord(const Board& board, Evaluation& with) {
+    ++with.stats.pawnHashProbes;
+    PawnHashRecord& record = with.pawnHash.Find(board.pawnKey);
     if (record.key == board.pawnKey) {
-        ++searchStats.pawnHashHits;
+        ++with.stats.pawnHashHits;
     } else {
+        ++with.stats.pawnHashStores;
         EvaluatePawns(board, record);
     }
     return record;
@@ -47,12 +45,14 @@ template <Side S>
 
 }  // namespace
 
-int Evaluate(const Board& board, int alpha, int beta) {
+int Evaluate(const Board& board, Evaluation& with, int alpha, int beta) {
+    SearchStats& stats = with.stats;
+
     // 1. A position that has been evaluated before.
-    ++searchStats.evalHashProbes;
-    EvalHashRecord& record = evalHashTable.Find(board.hashKey);
+    ++stats.evalHashProbes;
+    EvalHashRecord& record = with.evalHash.Find(board.hashKey);
     if (record.key == board.hashKey) {
-        ++searchStats.evalHashHits;
+        ++stats.evalHashHits;
         return record.score;
     }
 
@@ -60,23 +60,24 @@ int Evaluate(const Board& board, int alpha, int beta) {
     const int materialBalance = board.material[White] - board.material[Black];
     int score = materialBalance + MaterialImbalance(board);
     score += Development<White>(board) - Development<Black>(board);
-    const PawnHashRecord& pawns = PawnRecord(board);
+    const PawnHashRecord& pawns = PawnRecord(board, with);
     score += pawns.score;
     score += Patterns<White>(board) - Patterns<Black>(board);
 
     // 3. Lazy exit: far enough outside the window. Such a score is not kept.
-    if (settings.lazyEvalEnabled) {
+    int& lazyMargin = with.lazyMargin;
+    if (with.settings.lazyEvalEnabled) {
         const int partial = FromSideToMove(board, score);
         if (partial + lazyMargin < alpha) {
-            ++searchStats.evalLazy;
+            ++stats.evalLazy;
             return partial + lazyMargin;
         }
         if (partial - lazyMargin > beta) {
-            ++searchStats.evalLazy;
+            ++stats.evalLazy;
             return partial - lazyMargin;
         }
     }
-    ++searchStats.evalFull;
+    ++stats.evalFull;
 
     // 4. Pieces and kings.
     const bool endgame = IsEndgame(board);
@@ -86,7 +87,7 @@ int Evaluate(const Board& board, int alpha, int beta) {
     // 5. The margin learns, and the score is kept, cut to 16 bits.
     lazyMargin = std::max(lazyMargin, std::abs(materialBalance - score));
     const int result = FromSideToMove(board, score);
-    ++searchStats.evalHashStores;
+    ++stats.evalHashStores;
     record.key = board.hashKey;
     record.score = static_cast<std::int16_t>(result);
     return result;

@@ -71,7 +71,7 @@ int MaterialImbalance(const Board& board) {
 
 template <Side S>
 int Development(const Board& board) {
-    if (settings.variant != Variant::Normal || !DevelopmentIsOpen<S>(board)) return 0;
+    if (board.rules->variant != Variant::Normal || !DevelopmentIsOpen<S>(board)) return 0;
     constexpr Piece OwnPawn = pieceOf(Kind::Pawn, S);
     const auto at = [&board](Square sq) { return board.squares[Seen<S>(sq)]; };
 

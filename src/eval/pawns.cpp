@@ -3,7 +3,6 @@
 
 #include "eval/evaluate.h"
 #include "eval/terms.h"
-#include "hash/search_stats.h"
 
 namespace brivok {
 
@@ -63,7 +62,6 @@ template <Side S>
 }  // namespace
 
 void EvaluatePawns(const Board& board, PawnHashRecord& record) {
-    ++searchStats.pawnHashStores;
     record = PawnHashRecord{};
     record.key = board.pawnKey;
     std::fill(std::begin(record.whiteRearRow), std::end(record.whiteRearRow), NoWhitePawnRow);

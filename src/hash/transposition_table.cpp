@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "hash/search_stats.h"
 #include "hash/table_report.h"
 #include "shell/base/settings.h"
 
@@ -58,7 +57,6 @@ TranspositionTable::Probe TranspositionTable::probe(std::uint64_t key, int searc
                                                     int depth, Found& found, bool& allowNull) {
     found.mateThreat = false;
     found.move = NoMove;
-    ++searchStats.ttProbes;
 
     const Bucket& bucket = bucketOf(key);
     std::uint32_t info = 0;
@@ -72,7 +70,6 @@ TranspositionTable::Probe TranspositionTable::probe(std::uint64_t key, int searc
         return Probe::None;
     }
 
-    ++searchStats.ttHits;
     found.mateThreat = mateThreatOf(info);
     const int score = scoreOf(info);
     if (boundOf(info) == BoundUpper && depth - NullHintDepth <= depthOf(info) && score < beta) {
@@ -91,7 +88,6 @@ TranspositionTable::Probe TranspositionTable::probe(std::uint64_t key, int searc
 
 void TranspositionTable::store(std::uint64_t key, int searchPly, int score, Bound bound, Move move,
                                bool mateThreat, int depth) {
-    ++searchStats.ttStores;
     if (score > MateBound) {
         score += searchPly;
     } else if (score < -MateBound) {

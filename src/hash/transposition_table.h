@@ -17,7 +17,8 @@ inline constexpr int MateBound = 32267;
 /// an always-replace slot. Mate scores are kept relative to the stored position.
 class TranspositionTable {
 public:
-    /// Result of probe(): nothing, a usable bound, or an entry too shallow to cut off.
+    /// Result of probe(): the position is not there, a usable bound, or an entry too shallow to cut
+    /// off.
     enum class Probe { None = 0, Upper = 1, Lower = 2, Exact = 3, TooShallow = 4 };
 
     /// What an entry gives besides its bound.

@@ -2,7 +2,6 @@
 
 #include "board/coordinate.h"
 #include "movegen/legal_moves.h"
-#include "shell/base/console.h"
 
 namespace brivok {
 
@@ -85,16 +84,6 @@ Move parseMove(Board& board, std::string_view text) {
         if (moveToCoordinate(list[i]) == text && leavesKingSafe(board, list[i])) found = list[i];
     }
     return found;
-}
-
-void listLegalMoves(Board& board) {
-    MoveList list;
-    generateMoves(board, list);
-    std::string text;
-    for (int i = 0, count = board.moveCount; i < count; ++i) {
-        if (leavesKingSafe(board, list[i])) text += moveToCoordinate(list[i]) + " ";
-    }
-    PrintUnlogged(text + "\n");
 }
 
 }  // namespace brivok

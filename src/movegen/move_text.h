@@ -15,8 +15,4 @@ namespace brivok {
 /// The legal move whose coordinate text equals the word, or 0.
 [[nodiscard]] Move parseMove(Board& board, std::string_view text);
 
-/// Prints the legal moves of the position, each followed by a blank, then a newline, straight to
-/// standard output.
-void listLegalMoves(Board& board);
-
 }  // namespace brivok

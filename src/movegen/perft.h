@@ -17,7 +17,4 @@ using PerftNodes = std::array<std::uint32_t, MaxPerftDepth + 1>;
 /// counting: every leaf is made and unmade.
 [[nodiscard]] PerftNodes countPerft(Board& board, int depth);
 
-/// Runs the count and prints it, one line a depth up to the first empty one.
-void perft(Board& board, int depth);
-
 }  // namespace brivok

@@ -2,11 +2,7 @@
 #include <cstdlib>
 
 #include "board/piece_values.h"
-#include "egtb/tablebase_probe.h"
-#include "hash/eval_hash.h"
-#include "hash/search_stats.h"
 #include "search/searcher.h"
-#include "shell/base/settings.h"
 
 namespace brivok {
 
@@ -35,12 +31,10 @@ constexpr int FutilityMargin = 301;
 constexpr int RazorDepth = 5 * OnePly;
 constexpr int RazorMargin = 901;
 
-}  // namespace
+/// The listener of an analysis is told each time these bits of the node count are all zero.
+constexpr std::uint32_t ManyNodesMask = (1U << 20U) - 1;
 
-int Searcher::searchChild(int alpha, int beta, int newDepth, int childPly, bool recaptured) {
-    return newDepth >= OnePly ? -search(-beta, -alpha, newDepth, childPly, true, recaptured)
-                              : -quiesce(-beta, -alpha, childPly, true);
-}
+}  // namespace
 
 bool Searcher::isRepetitionDraw(int searchPly) const {
     const Board::Repetitions found = board->countRepetitions(searchPly);
@@ -62,88 +56,96 @@ int Searcher::tableDrawScore() const {
     return balance > 0 ? 1 : balance < 0 ? -1 : 0;
 }
 
-bool Searcher::isSeventhRankPush(Move m) const {
-    const Piece piece = board->squares[moveTo(m)];
-    return (piece == WhitePawn && rowOf(moveTo(m)) == 1) ||
-           (piece == BlackPawn && rowOf(moveTo(m)) == 6);
+bool Searcher::probeTablebases(int searchPly, int& score) const {
+    if (searchPly > iteration || board->totalMen() > tablebases.tbMaxMen) return false;
+    if (!mayProbeTablebases(searchPly) || !TablebaseProbe(*board, searchPly, score)) return false;
+    if (score == 0) score = tableDrawScore();
+    return true;
 }
 
-int Searcher::limitExtension(int extension, int searchPly) const {
-    extension = std::min(extension, OnePly);
-    if (searchPly <= 2 * iteration) return extension;
-    if (searchPly > 4 * iteration) return 0;
-    return (4 * iteration - searchPly) * extension / (2 * iteration);
+TranspositionTable::Probe Searcher::probeTable(int searchPly, int beta, int depth,
+                                               TranspositionTable::Found& found, bool& allowNull) {
+    ++stats.ttProbes;
+    const auto result =
+        transpositionTable.probe(board->hashKey, searchPly, beta, depth, found, allowNull);
+    if (result != TranspositionTable::Probe::None) ++stats.ttHits;
+    return result;
 }
 
-int Searcher::extensionOf(Move m, Move prev, const NodeFacts& node, int searchPly,
-                          bool& recaptured) {
+void Searcher::storeInTable(int searchPly, int score, Bound bound, Move move, bool mateThreat,
+                            int depth) {
+    ++stats.ttStores;
+    transpositionTable.store(board->hashKey, searchPly, score, bound, move, mateThreat, depth);
+}
+
+bool Searcher::mayTryNullMove(const Node& node, bool allowNull) const {
+    return settings.useNullMove && allowNull && !node.inCheck && !node.mateThreat &&
+           (board->phaseCount[board->sideToMove] > BarePhase || node.depth < BareNullDepth);
+}
+
+/// Null move (Beal 1989, Donninger 1993), without verification. True when the node is done with,
+/// also by a stop; else it may have found that the opponent threatens mate.
+bool Searcher::nullMoveCuts(Node& node, int& score) {
     Board& b = *board;
-    int extension = 0;
-    b.inCheckAtPly[searchPly + 1] = b.inCheck();
-    if (b.inCheckAtPly[searchPly + 1] != 0) {
-        extension += settings.checkExtension;
-        ++searchStats.extCheck;
+    const bool deep = node.depth > DeepNullDepth && b.phaseCount[b.sideToMove] > DeepNullPhase;
+    const int reduction = deep ? settings.nullMoveMax : settings.nullMoveMin;
+    ++(deep ? stats.nullTriesMax : stats.nullTriesMin);
+    b.makeNullMove();
+    const int nullDepth = node.depth - reduction - OnePly;
+    const int childPly = node.searchPly + 1;
+    score = nullDepth >= OnePly
+                ? -search(-node.beta, 1 - node.beta, nullDepth, childPly, false, false)
+                : -quiesce(-node.beta, 1 - node.beta, childPly, true);
+    b.unmakeNullMove();
+    if (stopSearch) {
+        score = 0;
+        return true;
     }
-    if (node.mateThreat) {
-        extension += settings.mateThreatExtension;
-        ++searchStats.extMateThreat;
+    if (score >= node.beta) {
+        ++(reduction == settings.nullMoveMax ? stats.nullCutsMax : stats.nullCutsMin);
+        storeInTable(node.searchPly, score, BoundLower, NoMove, false, node.depth);
+        return true;
     }
-    const Piece captured = moveCapture(m);
-    const bool recaptures = extension == 0 && !node.recaptureExtended && captured != Empty &&
-                            moveTo(m) == moveTo(prev) &&
-                            pieceValue[captured] == pieceValue[moveCapture(prev)];
-    recaptured = recaptures || movePromotion(m) != Empty;
-    if (recaptured) {
-        extension += settings.recaptureExtension;
-        ++searchStats.extRecapture;
+    if (score < -MateBound) node.mateThreat = true;
+    return false;
+}
+
+/// Internal iterative deepening: a shallower search of the node finds the move to begin with. The
+/// caller looks whether it was stopped.
+Move Searcher::deepenInternally(int alpha, const Node& node) {
+    const int depth = node.depth - IidReduction;
+    ++stats.iidSearches;
+    const int score = search(alpha, node.beta, depth, node.searchPly, true, false);
+    if (score <= alpha && !stopSearch) {
+        ++stats.iidSearches;
+        (void)search(-MateScore, node.beta, depth, node.searchPly, true, false);
     }
-    if (isSeventhRankPush(m)) {
-        extension += settings.pawnPushExtension;
-        ++searchStats.extPawnPush;
-    }
-    if (captured != Empty && !isPawn(captured) && b.pieceCount[0] + b.pieceCount[1] == 2) {
-        extension += settings.endgameCaptureExtension;
-        ++searchStats.extEndgameCapture;
-    }
-    if (node.onlyReply) {
-        extension += settings.oneReplyExtension;
-        ++searchStats.extOneReply;
-    }
-    return limitExtension(extension, searchPly);
+    return board->pvTable[node.searchPly][node.searchPly];
 }
 
 int Searcher::search(int alpha, int beta, int depth, int searchPly, bool allowNull,
                      bool recaptureExtended) {
+    // 1. Node entry
     Board& b = *board;
-
-    // Node entry
-    ++searchStats.nodes;
+    ++stats.nodes;
     if (pollSearch()) return 0;
     b.inCheckAtPly[searchPly + 1] = 0;
     b.pvLength[searchPly] = searchPly;
-    const bool nodeInCheck = b.inCheckAtPly[searchPly] != 0;
     if (searchPly >= MaxMainPly) return alpha;
-    if (nodeLimit != 0 && searchStats.nodes >= nodeLimit && iteration >= 2) {
+    if (nodeLimit != 0 && stats.nodes >= nodeLimit && iteration >= 2) {
         stopSearch = true;
         return 0;
     }
-    printPeriodic();
+    if ((stats.nodes & ManyNodesMask) == 0) tellManyNodes();
 
-    // Draws
+    // 2. Draws and endgame tables
     if (isRepetitionDraw(searchPly)) return DrawScore;
+    if (int score = 0; probeTablebases(searchPly, score)) return score;
+    if (b.isInsufficientMaterial()) return DrawScore;
 
-    // Endgame tables
-    if (searchPly <= iteration && b.totalMen() <= tablebases.tbMaxMen) {
-        if (int score = 0; mayProbeTablebases(searchPly) && TablebaseProbe(b, searchPly, score)) {
-            return score != 0 ? score : tableDrawScore();
-        }
-    }
-
-    if (b.totalMen() < 4 && b.isInsufficientMaterial()) return DrawScore;
-
-    // Transposition table; it cuts off at every node
+    // 3. Transposition table; it cuts off at every node
     TranspositionTable::Found found;
-    switch (transpositionTable.probe(b.hashKey, searchPly, beta, depth, found, allowNull)) {
+    switch (probeTable(searchPly, beta, depth, found, allowNull)) {
         case TranspositionTable::Probe::Upper:
             if (found.score <= alpha) return found.score;
             break;
@@ -154,102 +156,54 @@ int Searcher::search(int alpha, int beta, int depth, int searchPly, bool allowNu
         case TranspositionTable::Probe::None:
         case TranspositionTable::Probe::TooShallow: break;
     }
-    Move hashMove = found.move;
-    bool mateThreat = found.mateThreat;
-    const int alphaAtEntry = alpha;
+    Node node{.beta = beta,
+              .depth = depth,
+              .searchPly = searchPly,
+              .inCheck = b.inCheckAtPly[searchPly] != 0,
+              .mateThreat = found.mateThreat,
+              .recaptureExtended = recaptureExtended};
 
-    // Null move (Beal 1989, Donninger 1993), without verification
-    const int phase = b.phaseCount[b.sideToMove];
-    if (settings.useNullMove && allowNull && !nodeInCheck && !mateThreat &&
-        (phase > BarePhase || depth < BareNullDepth)) {
-        const bool deep = depth > DeepNullDepth && phase > DeepNullPhase;
-        const int reduction = deep ? settings.nullMoveMax : settings.nullMoveMin;
-        ++(deep ? searchStats.nullTriesMax : searchStats.nullTriesMin);
-        b.makeNullMove();
-        const int nullDepth = depth - reduction - OnePly;
-        const int score = nullDepth >= OnePly
-                              ? -search(-beta, 1 - beta, nullDepth, searchPly + 1, false, false)
-                              : -quiesce(-beta, 1 - beta, searchPly + 1, true);
-        b.unmakeNullMove();
-        if (stopSearch) return 0;
-        if (score >= beta) {
-            ++(reduction == settings.nullMoveMax ? searchStats.nullCutsMax
-                                                 : searchStats.nullCutsMin);
-            transpositionTable.store(b.hashKey, searchPly, score, BoundLower, NoMove, false, depth);
-            return score;
-        }
-        if (score < -MateBound) mateThreat = true;
+    // 4. Null move
+    if (mayTryNullMove(node, allowNull)) {
+        if (int score = 0; nullMoveCuts(node, score)) return score;
     }
 
-    // Internal iterative deepening, on the last principal variation only
+    // 5. Internal deepening, on the last principal variation only
+    Move hashMove = found.move;
     if (settings.useIid && hashMove == NoMove && followPv && depth >= IidDepth &&
         depth <= MaxIidDepth && allowNull) {
-        ++searchStats.iidSearches;
-        const int score = search(alpha, beta, depth - IidReduction, searchPly, true, false);
+        hashMove = deepenInternally(alpha, node);
         if (stopSearch) return 0;
-        if (score <= alpha) {
-            ++searchStats.iidSearches;
-            (void)search(-MateScore, beta, depth - IidReduction, searchPly, true, false);
-            if (stopSearch) return 0;
-        }
-        hashMove = b.pvTable[searchPly][searchPly];
     }
 
-    // Move list
+    // 6. Move list
     Frame frame;
-    if (nodeInCheck) {
+    if (node.inCheck) {
         generateEvasions(b, frame.moves);
     } else {
         generateMoves(b, frame.moves);
     }
     frame.count = b.moveCount;
     scoreMoves(frame, hashMove, searchPly);
+    node.onlyReply = node.inCheck && frame.count == 1;
+    // Below a null move that is whatever the undo record last held.
+    node.prev = b.undo[b.ply - 1].move;
 
-    // The move that led here. Below a null move that is whatever the undo record last held.
-    const Move prev = b.undo[b.ply - 1].move;
-
-    // Move loop
+    // 7. Move loop
+    const int alphaAtEntry = alpha;
     Move bestMove = NoMove;
     int movesDone = 0;
     int i = 0;
     for (Move m = pickMove(frame, i); m != NoMove; m = pickMove(frame, i)) {
         b.makeMove(m);
         transpositionTable.prefetch(b.hashKey);
-        evalHashTable.prefetch(b.hashKey);
-        if (!nodeInCheck && b.moverInCheck()) {
-            ++searchStats.nodes;
+        evaluation.evalHash.prefetch(b.hashKey);
+        if (!node.inCheck && b.moverInCheck()) {
+            ++stats.nodes;
             b.unmakeMove();
             continue;
         }
-        bool recaptured = false;
-        const bool onlyReply = movesDone == 0 && nodeInCheck && frame.count == 1;
-        int extension =
-            extensionOf(m, prev, {mateThreat, recaptureExtended, onlyReply}, searchPly, recaptured);
-        int score = 0;
-        if (movesDone == 0) {
-            score = searchChild(alpha, beta, depth + extension - OnePly, searchPly + 1, recaptured);
-        } else {
-            bool toQuiescence = false;
-            if (settings.useFutility && extension == 0 && std::abs(alpha) < MateBound &&
-                searchPly >= PruningPly && !nodeInCheck) {
-                const int balance = b.material[opposite(b.sideToMove)] - b.material[b.sideToMove];
-                if (depth < FutilityDepth) {
-                    if (balance + FutilityMargin <= alpha) {
-                        toQuiescence = true;
-                        ++searchStats.futilityCuts;
-                    }
-                } else if (depth <= RazorDepth && balance + RazorMargin <= alpha) {
-                    extension = -OnePly;
-                    ++searchStats.razorReductions;
-                }
-            }
-            const int newDepth = depth + extension - OnePly;
-            score = searchChild(alpha, alpha + 1, toQuiescence ? 0 : newDepth, searchPly + 1,
-                                recaptured);
-            if (score > alpha && score < beta && !stopSearch) {
-                score = searchChild(alpha, beta, newDepth, searchPly + 1, recaptured);
-            }
-        }
+        const int score = searchMove(m, alpha, node, movesDone);
         ++movesDone;
         b.unmakeMove();
         if (stopSearch) return 0;
@@ -260,9 +214,9 @@ int Searcher::search(int alpha, int beta, int depth, int searchPly, bool allowNu
                 b.updateHistory(m, depth);
                 b.storeKiller(m, searchPly);
             }
-            transpositionTable.store(b.hashKey, searchPly, score, BoundLower, m, mateThreat, depth);
-            if (movesDone == 1) ++searchStats.failHighsFirst;
-            ++searchStats.failHighs;
+            storeInTable(searchPly, score, BoundLower, m, node.mateThreat, depth);
+            if (movesDone == 1) ++stats.failHighsFirst;
+            ++stats.failHighs;
             return score;
         }
         alpha = score;
@@ -270,15 +224,111 @@ int Searcher::search(int alpha, int beta, int depth, int searchPly, bool allowNu
         b.updatePv(searchPly, m);
     }
 
-    // Mate, stalemate and the draws that need a move to be possible
-    if (movesDone == 0) return nodeInCheck ? searchPly - MateScore : DrawScore;
-    if (b.fiftyCount > FiftyMoveLimit) return DrawScore;
-    if (b.totalMen() < 4 && b.isInsufficientMaterial()) return DrawScore;
-
-    transpositionTable.store(b.hashKey, searchPly, alpha,
-                             alpha == alphaAtEntry ? BoundUpper : BoundExact, bestMove, mateThreat,
-                             depth);
+    // 8. Mate, stalemate and the draws that need a move to be possible
+    if (movesDone == 0) return node.inCheck ? searchPly - MateScore : DrawScore;
+    if (drawnBy<GameOutcome::FiftyMoves, GameOutcome::InsufficientMaterial>(b) !=
+        GameOutcome::None) {
+        return DrawScore;
+    }
+    storeInTable(searchPly, alpha, alpha == alphaAtEntry ? BoundUpper : BoundExact, bestMove,
+                 node.mateThreat, depth);
     return alpha;
+}
+
+/// Searches behind the move just made: the first of a node with the whole window, the others with
+/// an empty one, pruned if they look hopeless, and with the whole again if they rise above alpha.
+int Searcher::searchMove(Move m, int alpha, const Node& node, int movesDone) {
+    bool recaptured = false;
+    const int extension = extensionOf(m, node, recaptured);
+    const int childPly = node.searchPly + 1;
+    int newDepth = node.depth + extension - OnePly;
+    if (movesDone == 0) return searchChild(alpha, node.beta, newDepth, childPly, recaptured);
+
+    const Pruning pruning = pruningOf(alpha, node, extension);
+    if (pruning == Pruning::OnePlyLess) newDepth -= OnePly;
+    const int firstDepth = pruning == Pruning::ToQuiescence ? 0 : newDepth;
+    const int score = searchChild(alpha, alpha + 1, firstDepth, childPly, recaptured);
+    if (score <= alpha || score >= node.beta || stopSearch) return score;
+    return searchChild(alpha, node.beta, newDepth, childPly, recaptured);
+}
+
+int Searcher::searchChild(int alpha, int beta, int newDepth, int childPly, bool recaptured) {
+    return newDepth >= OnePly ? -search(-beta, -alpha, newDepth, childPly, true, recaptured)
+                              : -quiesce(-beta, -alpha, childPly, true);
+}
+
+Searcher::Pruning Searcher::pruningOf(int alpha, const Node& node, int extension) {
+    if (!settings.useFutility || extension != 0 || std::abs(alpha) >= MateBound ||
+        node.searchPly < PruningPly || node.inCheck) {
+        return Pruning::None;
+    }
+    const Side them = board->sideToMove;
+    const int balance = board->material[opposite(them)] - board->material[them];
+    if (node.depth < FutilityDepth) {
+        if (balance + FutilityMargin > alpha) return Pruning::None;
+        ++stats.futilityCuts;
+        return Pruning::ToQuiescence;
+    }
+    if (node.depth > RazorDepth || balance + RazorMargin > alpha) return Pruning::None;
+    ++stats.razorReductions;
+    return Pruning::OnePlyLess;
+}
+
+int Searcher::checkExtensionOf(int searchPly) {
+    Board& b = *board;
+    b.inCheckAtPly[searchPly + 1] = b.inCheck();
+    if (b.inCheckAtPly[searchPly + 1] == 0) return 0;
+    ++stats.extCheck;
+    return settings.checkExtension;
+}
+
+int Searcher::pawnPushExtensionOf(Move m) {
+    const Piece piece = board->squares[moveTo(m)];
+    const int row = rowOf(moveTo(m));
+    if ((piece != WhitePawn || row != 1) && (piece != BlackPawn || row != 6)) return 0;
+    ++stats.extPawnPush;
+    return settings.pawnPushExtension;
+}
+
+int Searcher::extensionOf(Move m, const Node& node, bool& recaptured) {
+    const Board& b = *board;
+    int extension = checkExtensionOf(node.searchPly);
+    if (node.mateThreat) {
+        extension += settings.mateThreatExtension;
+        ++stats.extMateThreat;
+    }
+    const Piece captured = moveCapture(m);
+    const bool recaptures = extension == 0 && !node.recaptureExtended && captured != Empty &&
+                            moveTo(m) == moveTo(node.prev) &&
+                            pieceValue[captured] == pieceValue[moveCapture(node.prev)];
+    recaptured = recaptures || movePromotion(m) != Empty;
+    if (recaptured) {
+        extension += settings.recaptureExtension;
+        ++stats.extRecapture;
+    }
+    extension += pawnPushExtensionOf(m);
+    if (captured != Empty && !isPawn(captured) && b.pieceCount[0] + b.pieceCount[1] == 2) {
+        extension += settings.endgameCaptureExtension;
+        ++stats.extEndgameCapture;
+    }
+    if (node.onlyReply) {
+        extension += settings.oneReplyExtension;
+        ++stats.extOneReply;
+    }
+    return limitExtension(extension, node.searchPly);
+}
+
+int Searcher::limitExtension(int extension, int searchPly) const {
+    extension = std::min(extension, OnePly);
+    if (searchPly <= 2 * iteration) return extension;
+    if (searchPly > 4 * iteration) return 0;
+    return (4 * iteration - searchPly) * extension / (2 * iteration);
+}
+
+void Searcher::tellManyNodes() {
+    if (searchMode == SearchMode::Analysing && iteration >= FirstToldIteration) {
+        listener->onManyNodes(progress());
+    }
 }
 
 }  // namespace brivok

@@ -1,4 +1,3 @@
-#include "hash/search_stats.h"
 #include "search/searcher.h"
 
 namespace brivok {

@@ -1,8 +1,4 @@
-#include "eval/evaluate.h"
-#include "hash/eval_hash.h"
-#include "hash/search_stats.h"
 #include "search/searcher.h"
-#include "shell/base/settings.h"
 
 namespace brivok {
 
@@ -14,15 +10,15 @@ constexpr int MaxQuiescencePly = 64;
 
 int Searcher::quiesce(int alpha, int beta, int searchPly, bool checkRepetition) {
     Board& b = *board;
-    ++searchStats.nodes;
-    ++searchStats.qnodes;
+    ++stats.nodes;
+    ++stats.qnodes;
     if (pollSearch()) return 0;
     b.pvLength[searchPly] = searchPly;
     if (searchPly > selDepth) selDepth = searchPly;
     if (checkRepetition && isRepetitionDraw(searchPly)) return DrawScore;
     if (searchPly >= MaxQuiescencePly) return beta;
 
-    const int standPat = Evaluate(b, alpha, beta);
+    const int standPat = Evaluate(b, evaluation, alpha, beta);
     if (standPat > alpha) {
         if (standPat >= beta) return standPat;
         alpha = standPat;
@@ -38,15 +34,15 @@ int Searcher::quiesce(int alpha, int beta, int searchPly, bool checkRepetition) 
     for (Move m = pickMove(frame, i); m != NoMove; m = pickMove(frame, i)) {
         const int see = frame.seeValues[i];
         if (see < 0) {
-            ++searchStats.seeCuts;
+            ++stats.seeCuts;
             continue;
         }
         if (settings.useDeltaPruning && see < alpha - standPat) {
-            ++searchStats.deltaCuts;
+            ++stats.deltaCuts;
             continue;
         }
         b.makeMove(m);
-        evalHashTable.prefetch(b.hashKey);
+        evaluation.evalHash.prefetch(b.hashKey);
         if (b.moverInCheck()) {
             b.unmakeMove();
             continue;

@@ -1,102 +1,66 @@
-#include "board/coordinate.h"
-#include "hash/search_stats.h"
-#include "movegen/move_text.h"
 #include "search/searcher.h"
-#include "shell/base/application.h"
-#include "shell/base/settings.h"
 
 namespace brivok {
 
 namespace {
 
-bool speaksWinBoard() { return theApplication->currentProtocol == Protocol::WinBoard; }
+constexpr int RootPly = 1;
 
 }  // namespace
 
-/// Under WinBoard the engine watches over the end of the game itself. A ponder search leaves the
-/// result alone.
+/// Who keeps the game watches over its end too. A ponder search leaves the result alone.
 bool Searcher::isRootDrawn() {
-    if (!speaksWinBoard()) return false;
-    GameOutcome outcome = GameOutcome::None;
-    if (board->countRepetitions(0).inGame >= 3) {
-        outcome = GameOutcome::Repetition;
-    } else if (board->isInsufficientMaterial()) {
-        outcome = GameOutcome::InsufficientMaterial;
-    }
-    if (outcome == GameOutcome::None) return false;
-    if (searchMode != SearchMode::Pondering) gameOutcome = outcome;
+    if (!keepsGame) return false;
+    const GameOutcome draw =
+        drawnBy<GameOutcome::Repetition, GameOutcome::InsufficientMaterial>(*board);
+    if (draw == GameOutcome::None) return false;
+    if (searchMode != SearchMode::Pondering) gameOutcome = draw;
     return true;
 }
 
 int Searcher::searchRoot(int alpha, int beta, int depth) {
-    constexpr int RootPly = 1;
+    // 1. Start of the pass
     Board& b = *board;
     followPv = true;
     b.pvLength[RootPly] = RootPly;
     bestRootMove = NoMove;
     int best = -MateScore;
     int movesDone = 0;
-
     if (isRootDrawn()) {
         b.pvLength[RootPly] = 0;
         return DrawScore;
     }
 
-    // Table: for its move and threat only. The depth is the one before the check extension.
+    // 2. Table: for its move and threat only. The depth is the one before the check extension.
     TranspositionTable::Found found;
     bool allowNull = true;
-    (void)transpositionTable.probe(b.hashKey, RootPly, beta, depth, found, allowNull);
+    (void)probeTable(RootPly, beta, depth, found, allowNull);
 
     const bool rootInCheck = b.inCheckAtPly[RootPly] != 0;
     if (rootInCheck) {
         depth += settings.checkExtension;
-        ++searchStats.extCheck;
+        ++stats.extCheck;
     }
     rootMovesTotal = rootMovesLeft = legalRootMoveCount;
     selDepth = 1;
     scoreMoves(root, found.move, RootPly);
 
-    // Move loop
+    // 3. Move loop
     int i = 0;
     for (Move m = pickMove(root, i); m != NoMove; m = pickMove(root, i)) {
-        currentMoveText = speaksWinBoard() ? moveToSan(b, m) : moveToCoordinate(m);
+        currentMoveText = listener->rootMoveText(b, m);
         b.makeMove(m);
         if (!rootInCheck && b.moverInCheck()) {
             b.unmakeMove();
             continue;
         }
-        const std::uint32_t nodesBefore = searchStats.nodes;
-
-        // Extensions, without a cap
-        int extension = 0;
-        b.inCheckAtPly[RootPly + 1] = b.inCheck();
-        if (b.inCheckAtPly[RootPly + 1] != 0) {
-            extension = settings.checkExtension;
-            ++searchStats.extCheck;
-        }
-        if (isSeventhRankPush(m)) {
-            extension += settings.pawnPushExtension;
-            ++searchStats.extPawnPush;
-        }
+        const std::uint32_t nodesBefore = stats.nodes;
+        // Extensions, without a limit
+        const int extension = checkExtensionOf(RootPly) + pawnPushExtensionOf(m);
         --rootMovesLeft;
-        printRootMove(movesDone == 0);
-
-        const int newDepth = depth + extension - OnePly;
-        int score = 0;
-        if (movesDone == 0 || iteration == 1) {
-            score = searchChild(alpha, beta, newDepth, RootPly + 1, false);
-            if (!stopSearch && iteration >= 3 && score <= alpha) failingLow = true;
-        } else {
-            score = searchChild(alpha, alpha + 1, newDepth, RootPly + 1, false);
-            if (score > alpha && score < beta && !stopSearch) {
-                score = searchChild(alpha, beta, newDepth, RootPly + 1, false);
-                if (score > alpha && !stopSearch) {
-                    failingLow = false;
-                    bestRootMove = m;
-                    best = score;
-                }
-            }
-        }
+        if (iteration >= FirstToldIteration) listener->onRootMove(progress(), movesDone == 0);
+        const int score =
+            searchRootMove(m, alpha, beta, depth + extension - OnePly, movesDone, best);
         b.unmakeMove();
         if (stopSearch) {
             if (movesDone == 0) bestRootMove = NoMove;
@@ -115,31 +79,46 @@ int Searcher::searchRoot(int alpha, int beta, int depth) {
             }
             bestRootMove = m;
             best = alpha = score;
-            transpositionTable.store(b.hashKey, RootPly, score, BoundLower, m, found.mateThreat,
-                                     depth);
+            storeInTable(RootPly, score, BoundLower, m, found.mateThreat, depth);
             b.updatePv(RootPly, m);
             if (score >= beta) return score;
-            printIteration(score, Event::NewBest);
+            tellIteration(score, SearchEvent::NewBest);
         }
-        rootMoveNodes[static_cast<unsigned>(i)] = searchStats.nodes - nodesBefore;
+        rootMoveNodes[static_cast<unsigned>(i)] = stats.nodes - nodesBefore;
     }
 
-    // End of the game
+    // 4. The end of the game
     if (searchMode == SearchMode::Pondering) return best;
     if (movesDone == 0) {
-        gameOutcome = outcomeWithoutMoves();
+        gameOutcome = outcomeWithoutMoves(b.sideToMove, rootInCheck);
         return best;
     }
-    if (b.fiftyCount > FiftyMoveLimit) {
-        gameOutcome = GameOutcome::FiftyMoves;
-    } else if (b.isInsufficientMaterial()) {
-        gameOutcome = GameOutcome::InsufficientMaterial;
-    } else {
-        return best;
-    }
+    const GameOutcome draw = drawnBy<GameOutcome::FiftyMoves, GameOutcome::InsufficientMaterial>(b);
+    if (draw == GameOutcome::None) return best;
+    gameOutcome = draw;
     b.pvLength[RootPly] = 0;
     bestRootMove = NoMove;
     return DrawScore;
+}
+
+/// Searches behind a root move: with the whole window the first one of a pass and all those of the
+/// first iteration, else with an empty one and with the whole again if it rises above alpha.
+int Searcher::searchRootMove(Move m, int alpha, int beta, int newDepth, int movesDone, int& best) {
+    if (movesDone == 0 || iteration == 1) {
+        const int score = searchChild(alpha, beta, newDepth, RootPly + 1, false);
+        if (!stopSearch && iteration >= FirstTimedIteration && score <= alpha) failingLow = true;
+        return score;
+    }
+    int score = searchChild(alpha, alpha + 1, newDepth, RootPly + 1, false);
+    if (score > alpha && score < beta && !stopSearch) {
+        score = searchChild(alpha, beta, newDepth, RootPly + 1, false);
+        if (score > alpha && !stopSearch) {
+            failingLow = false;
+            bestRootMove = m;
+            best = score;
+        }
+    }
+    return score;
 }
 
 }  // namespace brivok

@@ -1,7 +1,6 @@
-#include "hash/search_stats.h"
+#include <string>
+
 #include "search/searcher.h"
-#include "search/time_control.h"
-#include "shell/base/console.h"
 
 namespace brivok {
 
@@ -14,38 +13,37 @@ bool Searcher::endsByItself() const {
 
 /// A fixed depth, pondering and analysis have no limit of time, whatever budget stands.
 bool Searcher::isTimed() const {
-    return timeControl.allocated != 0 && maxIteration == NoFixedDepth &&
+    return clock.allocated != 0 && maxIteration == NoFixedDepth &&
            searchMode != SearchMode::Pondering && searchMode != SearchMode::Analysing;
 }
 
 bool Searcher::pollInputAndClock() {
     // While the search unwinds no further line is read: an idle handler would act on it.
     if (stopSearch) return true;
-    const Input input = PollInput(*theApplication);
-    if (input == Input::Ended && !endsByItself()) stopSearch = true;
+    if (!listener->pollInput() && !endsByItself()) stopSearch = true;
     if (stopSearch) return true;
 
-    searchStats.nextPoll += searchMode == SearchMode::Pondering ? PonderPollInterval : PollInterval;
+    stats.nextPoll += searchMode == SearchMode::Pondering ? PonderPollInterval : PollInterval;
     if (iteration < FirstTimedIteration || !isTimed()) return false;
     const std::uint32_t used = elapsed();
-    if (used < timeControl.allocated) return false;
+    if (used < clock.allocated) return false;
+    stopSearch = !mayGoOn(used);
+    return stopSearch;
+}
 
-    if (mayExtendTime && failingLow) {
-        // The accented letters are single bytes of the Windows-1252 code page.
-        Application& app = *theApplication;
-        LogOnly(app, "Intento extender el tiempo de b\xFAsqueda\n");
-        LogOnly(app, "Tiempo usado: %ld\n", static_cast<long>(used));
-        LogOnly(app, "Tiempo disponible: %lu\n",
-                static_cast<unsigned long>(timeControl.ownTime - used));
-        if (timeControl.ExtendTime()) {
-            mayExtendTime = false;
-            LogOnly(app, "Nuevo tiempo de b\xFAsqueda: %lu\n",
-                    static_cast<unsigned long>(timeControl.allocated));
-            return false;
-        }
-        LogOnly(app, "Tiempo de b\xFAsqueda no extendido. B\xFAsqueda terminada\n");
+/// The one extension of a budget that is used up: when the iteration fails low and the clock bears
+/// it. The accented letters are single bytes of the Windows-1252 code page.
+bool Searcher::mayGoOn(std::uint32_t used) {
+    if (!mayExtendTime || !failingLow) return false;
+    note("Intento extender el tiempo de b\xFAsqueda\n");
+    note("Tiempo usado: " + std::to_string(used) + "\n");
+    note("Tiempo disponible: " + std::to_string(clock.ownTime - used) + "\n");
+    if (!clock.ExtendTime()) {
+        note("Tiempo de b\xFAsqueda no extendido. B\xFAsqueda terminada\n");
+        return false;
     }
-    stopSearch = true;
+    mayExtendTime = false;
+    note("Nuevo tiempo de b\xFAsqueda: " + std::to_string(clock.allocated) + "\n");
     return true;
 }
 

@@ -1,33 +1,62 @@
 #include "search/searcher.h"
 
-#include <algorithm>
-
-#include "search/time_control.h"
-#include "shell/base/settings.h"
+#include "board/piece_values.h"
+#include "board/static_tables.h"
 
 namespace brivok {
 
-Searcher theSearcher;
+Searcher theSearcher{{.board = theBoard,
+                      .settings = brivok::settings,
+                      .stats = searchStats,
+                      .clock = timeControl,
+                      .transpositionTable = brivok::transpositionTable,
+                      .evaluation = theEvaluation,
+                      .tablebases = brivok::tablebases}};
 
-Searcher::Searcher() : searchStartTime(centiseconds()), board(&theBoard) { newGameListener = this; }
+Searcher::Searcher(const SearchParts& parts)
+    : searchStartTime(centiseconds()),
+      board(&parts.board),
+      settings(parts.settings),
+      stats(parts.stats),
+      clock(parts.clock),
+      transpositionTable(parts.transpositionTable),
+      evaluation(parts.evaluation),
+      tablebases(parts.tablebases) {}
 
 void Searcher::onNewGame() {
-    timeControl.setDefault();
+    clock.setDefault();
     gameOutcome = GameOutcome::None;
 }
 
-void Searcher::clearRootMoves() {
-    std::fill(std::begin(root.moves), std::end(root.moves), NoMove);
-    root.count = 0;
-}
-
 std::uint32_t Searcher::elapsed() const { return centiseconds() - searchStartTime; }
+
+SearchProgress Searcher::progress() const {
+    return {.board = *board,
+            .table = transpositionTable,
+            .stats = stats,
+            .mode = searchMode,
+            .iteration = iteration,
+            .selDepth = selDepth,
+            .iterationScore = iterationScore,
+            .elapsed = elapsed(),
+            .tableHits = tablebases.tbHits,
+            .branchingFactor = branchingFactor,
+            .rootMovesLeft = rootMovesLeft,
+            .rootMovesTotal = rootMovesTotal,
+            .currentMoveText = currentMoveText};
+}
 
 bool Searcher::ShouldCountResign() const {
     constexpr std::uint32_t FairTime = 20000;
     constexpr int TrustedIteration = 6;
     return iterationScore <= settings.resignValue && iterationScore >= -MateBound &&
-           !board->inCheck() && timeControl.oppTime >= FairTime && iteration >= TrustedIteration;
+           !board->inCheck() && clock.oppTime >= FairTime && iteration >= TrustedIteration;
+}
+
+void prepareEngine() {
+    buildStaticTables();
+    RefreshPieceValues();
+    theBoard.newGameListener = &theSearcher;
 }
 
 }  // namespace brivok

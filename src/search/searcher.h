@@ -5,25 +5,22 @@
 #include <string>
 
 #include "board/board.h"
+#include "egtb/tablebase_probe.h"
+#include "eval/evaluate.h"
 #include "hash/search_stats.h"
 #include "hash/transposition_table.h"
 #include "movegen/generate.h"
+#include "search/game_end.h"
+#include "search/score.h"
+#include "search/search_listener.h"
+#include "search/search_request.h"
+#include "search/time_control.h"
+#include "shell/base/settings.h"
 
 namespace brivok {
 
 /// Depth is measured in sixteenths of a ply. A node with less than a ply left is quiescence.
 inline constexpr int OnePly = 16;
-
-/// Scores are centipawns from the side to move. A side that is mated at search ply p scores
-/// p - MateScore; beyond MateBound all scores are mates.
-inline constexpr int DrawScore = 0;
-inline constexpr int MateScore = 32767;  ///< of a mate at ply 0
-
-/// More reversible half-moves than this are a draw.
-inline constexpr std::uint32_t FiftyMoveLimit = 100;
-
-/// `maxIteration` when no fixed depth is set.
-inline constexpr int NoFixedDepth = 40;
 
 /// The iterations before this one always finish. From here on the clock may end the deepening, and
 /// a ponder move is trusted.
@@ -37,35 +34,45 @@ inline constexpr std::uint32_t PollInterval = 20000;
 /// The same while it ponders.
 inline constexpr std::uint32_t PonderPollInterval = 5000;
 
-/// State of the search; odd values mean that one is running.
-enum class SearchMode : int { Idle = 0, Thinking = 1, Pondering = 3, Analysing = 5 };
-
-/// Why a game has ended.
-enum class GameOutcome : int {
-    None = 0,
-    Stalemate = 1,
-    BlackMates = 2,
-    WhiteMates = 3,
-    FiftyMoves = 4,
-    Repetition = 5,
-    InsufficientMaterial = 6
+/// What a search works with: nothing else is read or written but the piece values, the endgame
+/// tables and the book, which belong to the process. Two searchers with parts of their own do not
+/// disturb each other.
+struct SearchParts {
+    Board& board;
+    const Settings& settings;
+    SearchStats& stats;
+    TimeControl& clock;
+    TranspositionTable& transpositionTable;
+    Evaluation& evaluation;
+    const TablebaseState& tablebases;  ///< of the process
 };
 
 /// The search: iterative deepening with aspiration windows over a principal-variation search
 /// (Marsland and Campbell, 1982) with null move, and a quiescence search of captures. One thread;
 /// the outside is reached by polling only.
+///
+/// The members stand by what they are for, in files of these names: think.cpp, root_search.cpp,
+/// alpha_beta.cpp, quiescence.cpp, move_ordering.cpp, search_clock.cpp.
 class Searcher final : public NewGameListener {
 public:
-    Searcher();
+    /// The parts outlive the searcher.
+    explicit Searcher(const SearchParts& parts);
 
-    /// Searches the position on the board and returns the move to play, or 0 when there is none;
-    /// `gameOutcome` then tells why. Returns when the search is over; lines that arrive meanwhile
-    /// are handled on its stack. The caller sets `searchMode`, `searchStartTime`, `maxIteration`,
-    /// `nodeLimit` and the time control before.
-    Move think();
+    /// Searches the position on the board as the request asks and returns the move to play, or 0
+    /// when there is none; `gameOutcome` then tells why. Returns when the search is over; lines
+    /// that arrive meanwhile are handled on its stack, by the listener. `searchMode` is left as it
+    /// is then, for a ponder hit may have changed it: the caller sets it to Idle.
+    Move think(const SearchRequest& request, SearchListener& listener);
+
+    /// The limits of the last search, which outlive it: a fixed depth holds until it is lifted.
+    [[nodiscard]] SearchRequest standingRequest() const {
+        return {.maxIteration = maxIteration, .nodeLimit = nodeLimit};
+    }
 
     /// A game begins: the clocks get their defaults, and its result is open.
     void onNewGame() override;
+
+    // --- State that a caller may read and set -------------------------------------------------
 
     SearchMode searchMode = SearchMode::Idle;  ///< what the caller wants, Idle when over
     int maxIteration = NoFixedDepth;  ///< last iteration; any other value turns the clock off
@@ -75,7 +82,8 @@ public:
     bool postThinking = true;         ///< print thinking lines outside UCI
     bool stopSearch = false;          ///< the running search is to unwind
 
-    GameOutcome gameOutcome = GameOutcome::None;  ///< set by think()
+    // What a search leaves, until the next one. Only `ponderMove` and `gameOutcome` reach into it.
+    GameOutcome gameOutcome = GameOutcome::None;  ///< why there is no more to play
     Move ponderMove = NoMove;                     ///< reply expected from the opponent
     std::uint64_t hashPonder = 0;                 ///< key of the position before the ponder move
     bool bookMove = false;                        ///< the move returned came from the opening book
@@ -94,14 +102,8 @@ public:
     /// of time.
     [[nodiscard]] bool ShouldCountResign() const;
 
-    /// Prints how far the search in progress has come, without a line of moves.
-    void printAnalysisStatus();
-
-    /// Notes the counters of the search in the log.
-    void printStatistics() const;
-
-    /// Forgets the root list; a search makes its own.
-    void clearRootMoves();
+    /// How far the search in progress has come.
+    [[nodiscard]] SearchProgress progress() const;
 
 private:
     /// What every node keeps on its own stack frame.
@@ -112,69 +114,112 @@ private:
         int count = 0;
     };
 
+    // --- think: from the request to the move --------------------------------------------------
+
+    void prepare(const SearchRequest& request);
+    Move askBook();
+    void makePonderMove();
+    /// Fills the root list and counts its legal moves. Returns the index of the last legal one.
+    int listRootMoves();
+    void beginSearch();
+    void allocateBudget();
+    void setBudget();
+    /// Deepens until the search is over. Returns the best move of the last iteration that counts.
+    Move deepen();
+    /// One iteration: a pass with a window around the last score, and those of the re-searches.
+    /// False when it has ended the game.
+    bool searchIteration(int& score, Move& bestMove);
+    int searchAgain(SearchEvent event, int score, int alpha, int beta, int depth);
+    void noteFinishedIteration();
+    [[nodiscard]] bool isBudgetNearlySpent() const;
+    void findPonderMove(Move bestMove);
+    void note(const std::string& line) { listener->onNote(line); }
+    void tellIteration(int score, SearchEvent event);
+    void tellManyNodes();
+
+    // --- root search --------------------------------------------------------------------------
+
     int searchRoot(int alpha, int beta, int depth);
-    bool isRootDrawn();
-    int search(int alpha, int beta, int depth, int searchPly, bool allowNull,
-               bool recaptureExtended);
-    int quiesce(int alpha, int beta, int searchPly, bool checkRepetition);
+    int searchRootMove(Move m, int alpha, int beta, int newDepth, int movesDone, int& best);
+    [[nodiscard]] bool isRootDrawn();
+    [[nodiscard]] bool endsGame(int movesDone);
 
-    int searchChild(int alpha, int beta, int newDepth, int childPly, bool recaptured);
-    [[nodiscard]] bool isRepetitionDraw(int searchPly) const;
-    [[nodiscard]] bool mayProbeTablebases(int searchPly) const;
-    [[nodiscard]] int tableDrawScore() const;
-    [[nodiscard]] int limitExtension(int extension, int searchPly) const;
+    // --- alpha-beta ---------------------------------------------------------------------------
 
-    /// What the extensions of a move depend on besides the move.
-    struct NodeFacts {
-        bool mateThreat;
+    /// What the moves of a node share.
+    struct Node {
+        int beta;
+        int depth;
+        int searchPly;
+        bool inCheck;
+        bool mateThreat;         ///< a null move was answered by mate
         bool recaptureExtended;  ///< the parent's move got the recapture extension
-        bool onlyReply;          ///< the one move out of a check
+        bool onlyReply = false;  ///< there is one move, out of a check
+        Move prev = NoMove;      ///< the move that led here
     };
 
-    /// The extension of the move just made, in units. `recaptured` tells whether the recapture
-    /// extension is part of it; the flag of the next ply's check is set on the way.
-    int extensionOf(Move m, Move prev, const NodeFacts& node, int searchPly, bool& recaptured);
-    [[nodiscard]] bool isSeventhRankPush(Move m) const;
+    int search(int alpha, int beta, int depth, int searchPly, bool allowNull,
+               bool recaptureExtended);
+    [[nodiscard]] bool isRepetitionDraw(int searchPly) const;
+    [[nodiscard]] bool probeTablebases(int searchPly, int& score) const;
+    [[nodiscard]] bool mayProbeTablebases(int searchPly) const;
+    [[nodiscard]] int tableDrawScore() const;
+    TranspositionTable::Probe probeTable(int searchPly, int beta, int depth,
+                                         TranspositionTable::Found& found, bool& allowNull);
+    void storeInTable(int searchPly, int score, Bound bound, Move move, bool mateThreat, int depth);
+    [[nodiscard]] bool mayTryNullMove(const Node& node, bool allowNull) const;
+    [[nodiscard]] bool nullMoveCuts(Node& node, int& score);
+    Move deepenInternally(int alpha, const Node& node);
+    int searchMove(Move m, int alpha, const Node& node, int movesDone);
+    int searchChild(int alpha, int beta, int newDepth, int childPly, bool recaptured);
+
+    /// The extension for a check and for a push to the seventh rank of the move just made, in
+    /// units. The flag of the next ply's check is set on the way.
+    int checkExtensionOf(int searchPly);
+    int pawnPushExtensionOf(Move m);
+    /// All extensions of a move in the tree, limited. `recaptured` tells whether the recapture
+    /// extension is part of it.
+    int extensionOf(Move m, const Node& node, bool& recaptured);
+    [[nodiscard]] int limitExtension(int extension, int searchPly) const;
+
+    /// Futility and razoring of a late move, by the material alone.
+    enum class Pruning { None, ToQuiescence, OnePlyLess };
+    Pruning pruningOf(int alpha, const Node& node, int extension);
+
+    // --- quiescence ---------------------------------------------------------------------------
+
+    int quiesce(int alpha, int beta, int searchPly, bool checkRepetition);
+
+    // --- move ordering ------------------------------------------------------------------------
 
     void scoreMoves(Frame& frame, Move hashMove, int searchPly);
     static Move pickMove(Frame& frame, int& index);
 
+    // --- search clock -------------------------------------------------------------------------
+
     /// True when the search must stop now. In the common case one comparison, which bears the
     /// counters' wrap-around in a very long analysis.
     [[nodiscard]] bool pollSearch() {
-        return static_cast<std::int32_t>(searchStats.nodes - searchStats.nextPoll) > 0 &&
-               pollInputAndClock();
+        return static_cast<std::int32_t>(stats.nodes - stats.nextPoll) > 0 && pollInputAndClock();
     }
     [[nodiscard]] bool pollInputAndClock();
+    [[nodiscard]] bool mayGoOn(std::uint32_t used);
     [[nodiscard]] bool endsByItself() const;
     [[nodiscard]] bool isTimed() const;
     [[nodiscard]] std::uint32_t elapsed() const;
 
-    void beginSearch();
-    void allocateBudget();
-    void setBudget();
-    Move askBook();
-    void makePonderMove();
-    [[nodiscard]] bool isBudgetNearlySpent() const;
-    [[nodiscard]] GameOutcome outcomeWithoutMoves() const;
-    void noteFinishedIteration();
-    void findPonderMove(Move bestMove);
+    // --- What it works with -------------------------------------------------------------------
 
-    /// What a line of thinking is about.
-    enum class Event { NewBest, Finished, FailedHigh, FailedLow };
+    const Settings& settings;
+    SearchStats& stats;
+    TimeControl& clock;
+    TranspositionTable& transpositionTable;
+    Evaluation& evaluation;
+    const TablebaseState& tablebases;
+    SearchListener* listener = nullptr;  ///< of the search in progress
+    bool keepsGame = false;              ///< see SearchRequest
 
-    void printRootMove(bool firstOfPass);
-    /// The line of a new best move or a finished or failed iteration, once they are worth showing.
-    void printIteration(int score, Event event);
-    void printUciInfo(int score, Event event);
-    void printUciRootMove(bool firstOfPass);
-    void printThinking(int score, Event event);
-    void printStat01(const std::string& moveText);
-    void printPeriodic();
-    /// The principal variation, continued from the transposition table, in coordinate text or in
-    /// SAN with move numbers and the continuation in angle brackets.
-    enum class PvStyle { San, Coordinate };
-    std::string renderPv(PvStyle style);
+    // --- State of the search in progress ------------------------------------------------------
 
     Frame root{};  ///< pseudo-legal root list; its order never changes, only the order scores do
     std::array<std::uint32_t, MaxMoves> rootMoveNodes{};  ///< by position in the root list
@@ -189,7 +234,11 @@ private:
     bool followPv = false;       ///< the node to be ordered still lies on the last line
 };
 
-/// The one of the engine.
+/// The one of the engine, with its parts.
 extern Searcher theSearcher;
+
+/// Makes the engine ready for use: the tables that never change, the piece values, and the board
+/// that tells the searcher of new games. Called once, at the start of a program.
+void prepareEngine();
 
 }  // namespace brivok

@@ -2,14 +2,8 @@
 
 #include "board/coordinate.h"
 #include "book/opening_book.h"
-#include "eval/evaluate.h"
-#include "hash/search_stats.h"
 #include "movegen/legal_moves.h"
-#include "movegen/move_text.h"
 #include "search/searcher.h"
-#include "search/time_control.h"
-#include "shell/base/console.h"
-#include "shell/base/settings.h"
 
 namespace brivok {
 
@@ -33,100 +27,134 @@ constexpr std::uint32_t ClockReserve = 5;
 
 }  // namespace
 
-Move Searcher::think() {
-    searchStats = {};
-    bookMove = false;
-    lazyMargin = 0;
-    mayExtendTime = true;
-    stopSearch = false;
-    Move bestMove = NoMove;
+Move Searcher::think(const SearchRequest& request, SearchListener& toTell) {
+    listener = &toTell;
+    prepare(request);
 
-    Board& b = *board;
+    // 1. The book, and the move to ponder on
     if (const Move fromBook = askBook(); fromBook != NoMove) return fromBook;
     makePonderMove();
 
-    // Root list
-    clearRootMoves();
+    // 2. The root list. One move needs no search, and none ends the game.
+    const int lastLegal = listRootMoves();
+    if (searchMode != SearchMode::Pondering && legalRootMoveCount == 1) {
+        ponderMove = NoMove;
+        return root.moves[lastLegal];
+    }
+    if (legalRootMoveCount == 0) {
+        if (searchMode != SearchMode::Pondering) {
+            gameOutcome = outcomeWithoutMoves(board->sideToMove, board->inCheckAtPly[1] != 0);
+        }
+        return NoMove;
+    }
+
+    // 3. The search
+    allocateBudget();
+    beginSearch();
+    const Move bestMove = deepen();
+
+    // 4. What is left to the caller
+    findPonderMove(bestMove);
+    if (iterationScore == MateInOne && searchMode != SearchMode::Pondering) {
+        ponderMove = NoMove;
+        gameOutcome = outcomeWithoutMoves(opposite(board->sideToMove), true);
+    }
+    listener->onStatistics(stats);
+    return bestMove;
+}
+
+void Searcher::prepare(const SearchRequest& request) {
+    searchMode = request.mode;
+    maxIteration = request.maxIteration;
+    nodeLimit = request.nodeLimit;
+    searchStartTime = request.startTime;
+    keepsGame = request.keepsGame;
+    if (request.clock) clock = *request.clock;
+
+    stats = {};
+    bookMove = false;
+    evaluation.lazyMargin = 0;
+    mayExtendTime = true;
+    stopSearch = false;
+}
+
+int Searcher::listRootMoves() {
+    Board& b = *board;
+    std::fill(std::begin(root.moves), std::end(root.moves), NoMove);
     const bool inCheck = generateForPosition(b, root.moves);
     b.inCheckAtPly[1] = inCheck;
     root.count = b.moveCount;
     int lastLegal = root.count - 1;
     legalRootMoveCount =
         inCheck ? root.count : countLegalInList(b, root.moves, root.count, lastLegal);
-    if (searchMode != SearchMode::Pondering && legalRootMoveCount == 1) {
-        ponderMove = NoMove;
-        return root.moves[lastLegal];
-    }
-    if (legalRootMoveCount == 0) {
-        if (searchMode != SearchMode::Pondering) gameOutcome = outcomeWithoutMoves();
-        return NoMove;
-    }
+    return lastLegal;
+}
 
-    allocateBudget();
-    beginSearch();
-
-    // Iterations
+Move Searcher::deepen() {
+    Move bestMove = NoMove;
     for (iteration = 1; iteration <= maxIteration; ++iteration) {
-        const int depth = iteration * OnePly + OnePly / 2;
-        const int window = settings.aspirationWindow;
-        const int alpha = iteration == 1 ? FullAlpha : iterationScore - window;
-        const int beta = iteration == 1 ? FullBeta : iterationScore + window;
-        failingLow = false;
-        int score = searchRoot(alpha, beta, depth);
-        if (gameOutcome != GameOutcome::None) break;
-
-        if (score <= alpha && !stopSearch) {
-            ++searchStats.reSearches;
-            failingLow = true;
-            printIteration(score, Event::FailedLow);
-            const int limit = score + 1;
-            score = searchRoot(OpenAlpha, limit, depth);
-            if (!stopSearch) failingLow = false;
-            if (gameOutcome != GameOutcome::None) break;
-            if (score >= limit && !stopSearch) {
-                ++searchStats.reSearches;
-                failingLow = false;
-                printIteration(score, Event::FailedHigh);
-                score = searchRoot(FullAlpha, FullBeta, depth);
-            }
-        }
-        // Not an alternative to the above: a score that came back from a failed-low pass is held
-        // against beta too.
-        if (score >= beta && !stopSearch) {
-            ++searchStats.reSearches;
-            bestMove = bestRootMove;
-            failingLow = false;
-            iterationScore = score;
-            printIteration(score, Event::FailedHigh);
-            const int limit = score - 1;
-            score = searchRoot(limit, OpenBeta, depth);
-            if (gameOutcome != GameOutcome::None) break;
-            if (score <= limit && !stopSearch) {
-                ++searchStats.reSearches;
-                failingLow = true;
-                printIteration(score, Event::FailedLow);
-                score = searchRoot(FullAlpha, FullBeta, depth);
-                if (!stopSearch) failingLow = false;
-            }
-        }
-
+        int score = 0;
+        if (!searchIteration(score, bestMove)) break;
         if (bestRootMove != NoMove && !failingLow) {
             iterationScore = score;
             bestMove = bestRootMove;
             noteFinishedIteration();
-            if (!stopSearch) printIteration(score, Event::Finished);
+            if (!stopSearch) tellIteration(score, SearchEvent::Finished);
             if (iterationScore > SurelyWon && MateScore - iterationScore < iteration) break;
         }
         if (stopSearch || isBudgetNearlySpent()) break;
     }
-
-    findPonderMove(bestMove);
-    if (iterationScore == MateInOne && searchMode != SearchMode::Pondering) {
-        ponderMove = NoMove;
-        gameOutcome = b.sideToMove == White ? GameOutcome::WhiteMates : GameOutcome::BlackMates;
-    }
-    if (theApplication->currentProtocol != Protocol::Uci) printStatistics();
     return bestMove;
+}
+
+bool Searcher::searchIteration(int& score, Move& bestMove) {
+    // 1. A window around the last score
+    const int depth = iteration * OnePly + OnePly / 2;
+    const int window = settings.aspirationWindow;
+    const int alpha = iteration == 1 ? FullAlpha : iterationScore - window;
+    const int beta = iteration == 1 ? FullBeta : iterationScore + window;
+    failingLow = false;
+    score = searchRoot(alpha, beta, depth);
+    if (gameOutcome != GameOutcome::None) return false;
+
+    // 2. It failed low: a window below, and if the score comes back from there, none.
+    if (score <= alpha && !stopSearch) {
+        const int limit = score + 1;
+        score = searchAgain(SearchEvent::FailedLow, score, OpenAlpha, limit, depth);
+        if (!stopSearch) failingLow = false;
+        if (gameOutcome != GameOutcome::None) return false;
+        if (score >= limit && !stopSearch) {
+            score = searchAgain(SearchEvent::FailedHigh, score, FullAlpha, FullBeta, depth);
+        }
+    }
+
+    // 3. It failed high: the move is accepted, and a window above tells the score. Not an
+    // alternative to the above: a score that came back from a failed-low pass is held against beta
+    // too.
+    if (score >= beta && !stopSearch) {
+        bestMove = bestRootMove;
+        iterationScore = score;
+        const int limit = score - 1;
+        score = searchAgain(SearchEvent::FailedHigh, score, limit, OpenBeta, depth);
+        if (gameOutcome != GameOutcome::None) return false;
+        if (score <= limit && !stopSearch) {
+            score = searchAgain(SearchEvent::FailedLow, score, FullAlpha, FullBeta, depth);
+            if (!stopSearch) failingLow = false;
+        }
+    }
+    return true;
+}
+
+/// Another pass of the iteration, after a score outside the window.
+int Searcher::searchAgain(SearchEvent event, int score, int alpha, int beta, int depth) {
+    ++stats.reSearches;
+    failingLow = event == SearchEvent::FailedLow;
+    tellIteration(score, event);
+    return searchRoot(alpha, beta, depth);
+}
+
+void Searcher::tellIteration(int score, SearchEvent event) {
+    if (iteration >= FirstToldIteration) listener->onIteration(progress(), score, event);
 }
 
 /// A move from the opening book, if one is wanted and known; 0 otherwise.
@@ -136,21 +164,18 @@ Move Searcher::askBook() {
     if (!wanted) return NoMove;
     const Move move = OpeningBook(settings.bookFileName).SelectMove(*board);
     if (move == NoMove) return NoMove;
-    if (theApplication->currentProtocol == Protocol::WinBoard) {
-        Print(*theApplication, "0 1 0 0 %s (Book move)\n", moveToSan(*board, move).c_str());
-    }
+    listener->onBookMove(*board, move);
     bookMove = true;
     ponderMove = NoMove;
     iterationScore = 0;
     return move;
 }
 
-/// Under UCI the interface has placed the position already.
+/// Unless the interface keeps the game: it has placed the position already.
 void Searcher::makePonderMove() {
-    if (searchMode != SearchMode::Pondering) return;
-    if (theApplication->currentProtocol == Protocol::Uci || !isLegalMove(*board, ponderMove))
-        return;
-    Print(*theApplication, "Hint: %s\n", moveToSan(*board, ponderMove).c_str());
+    if (searchMode != SearchMode::Pondering || !keepsGame) return;
+    if (!isLegalMove(*board, ponderMove)) return;
+    listener->onPonderMove(*board, ponderMove);
     board->playGameMove(ponderMove);
 }
 
@@ -158,44 +183,33 @@ void Searcher::noteFinishedIteration() {
     const auto index = static_cast<std::size_t>(iteration);
     branchingFactor = 0;
     if (index >= nodesAtIteration.size()) return;
-    nodesAtIteration[index] = searchStats.nodes;
+    nodesAtIteration[index] = stats.nodes;
     const std::uint32_t before = nodesAtIteration[index - 1];
     if (before != 0) {
-        branchingFactor = static_cast<float>(searchStats.nodes) / static_cast<float>(before);
+        branchingFactor = static_cast<float>(stats.nodes) / static_cast<float>(before);
     }
-}
-
-GameOutcome Searcher::outcomeWithoutMoves() const {
-    if (board->inCheckAtPly[1] == 0) return GameOutcome::Stalemate;
-    return board->sideToMove == White ? GameOutcome::BlackMates : GameOutcome::WhiteMates;
 }
 
 void Searcher::allocateBudget() {
-    TimeControl& clock = timeControl;
     clock.allocated = 0;
     if (searchMode == SearchMode::Analysing || maxIteration != NoFixedDepth) return;
-    // Under UCI the moves to go are told with the clock.
-    const bool uci = theApplication->currentProtocol == Protocol::Uci;
     if (clock.kind != ClockKind::Conventional) {
         clock.movesLeft = 0;
-    } else if (!uci) {
+    } else if (keepsGame) {
         clock.movesLeft = clock.movesPerSession - board->gamePly() / 2 % clock.movesPerSession;
     }
     setBudget();
-    if (uci && clock.movesLeft == 1) {
+    if (!keepsGame && clock.movesLeft == 1) {
         const std::uint32_t most = clock.ownTime > ClockReserve ? clock.ownTime - ClockReserve : 1;
         clock.allocated = std::min(clock.allocated, most);
     }
-    if (searchMode != SearchMode::Pondering) {
-        Print(*theApplication, "## (Think) Left time: %d Thinking time: %d\n",
-              static_cast<int>(clock.ownTime), static_cast<int>(clock.allocated));
-    }
+    if (searchMode != SearchMode::Pondering) listener->onBudget(clock);
 }
 
 /// No budget at all reads as no limit: the shortest one is meant when there is a clock.
 void Searcher::setBudget() {
-    timeControl.allocated = timeControl.AllocateTime();
-    if (timeControl.clockGiven) timeControl.allocated = std::max(timeControl.allocated, 1U);
+    clock.allocated = clock.AllocateTime();
+    if (clock.clockGiven) clock.allocated = std::max(clock.allocated, 1U);
 }
 
 void Searcher::takePonderHit() {
@@ -217,8 +231,8 @@ void Searcher::beginSearch() {
 
 /// No new iteration is begun after two thirds of the budget, except under a fixed time.
 bool Searcher::isBudgetNearlySpent() const {
-    if (!isTimed() || timeControl.kind == ClockKind::FixedTime) return false;
-    return iteration >= FirstTimedIteration && elapsed() > timeControl.allocated * 2.0 / 3.0;
+    if (!isTimed() || clock.kind == ClockKind::FixedTime) return false;
+    return iteration >= FirstTimedIteration && elapsed() > clock.allocated * 2.0 / 3.0;
 }
 
 void Searcher::findPonderMove(Move bestMove) {
@@ -230,8 +244,8 @@ void Searcher::findPonderMove(Move bestMove) {
     ponderMove = transpositionTable.bestMove(*board);
     board->unmakeMove();
     if (ponderMove != NoMove) {
-        LogOnly(*theApplication, "Ponder move: %s - Current score: %d\n",
-                moveToCoordinate(ponderMove).c_str(), iterationScore);
+        note("Ponder move: " + moveToCoordinate(ponderMove) +
+             " - Current score: " + std::to_string(iterationScore) + "\n");
     }
 }
 

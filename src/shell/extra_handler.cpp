@@ -31,15 +31,17 @@ void ExtraHandler::ProcessCommand(std::string_view line) {
         done = true;
         app.requestedProtocol = Protocol::Uci;
     }
-    if (words[0] == "evaltest") runTest(RunEvalTest);
+    if (words[0] == "evaltest") {
+        runTest([](Application& application, SearchListener&) { RunEvalTest(application); });
+    }
     if (words[0] == "epdtest") runTest(RunEpdTest);
 }
 
-void ExtraHandler::runTest(void (*test)(Application&)) {
+void ExtraHandler::runTest(void (*test)(Application&, SearchListener&)) {
     // A line that a search of a test has met cannot start another: the board is in use.
     if (testing) return;
     testing = true;
-    test(app);
+    test(app, listener);
     testing = false;
     theBoard.NewGame();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "shell/base/application.h"
+#include "shell/console_listener.h"
 
 namespace brivok {
 
@@ -14,8 +15,9 @@ public:
     void Run() override;
 
 private:
-    void runTest(void (*test)(Application&));
+    void runTest(void (*test)(Application&, SearchListener&));
 
+    ConsoleListener listener{app};
     bool testing = false;  ///< a test runs, and lines come in from its searches
 };
 

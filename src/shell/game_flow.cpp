@@ -53,30 +53,31 @@ bool WinBoardHandler::wantsSearch() const {
     return theSearcher.ponderEnabled && theSearcher.ponderMove != NoMove && theBoard.ply != 0;
 }
 
-void WinBoardHandler::startSearch() {
+/// What the state of the game asks for. A fixed depth and a limit of nodes hold until a command
+/// lifts them.
+SearchRequest WinBoardHandler::nextSearch() {
     Searcher& searcher = theSearcher;
+    SearchRequest request = searcher.standingRequest();
+    request.keepsGame = true;
     if (searcher.searchMode == SearchMode::Analysing) {
         LogOnly(app, "Starting analysis\n");
+        request.mode = SearchMode::Analysing;
         // A game that is over is analysed like any other.
         searcher.gameOutcome = GameOutcome::None;
     } else if (searcher.ponderEnabled && theBoard.sideToMove != engineSide) {
-        searcher.searchMode = SearchMode::Pondering;
+        request.mode = SearchMode::Pondering;
         LogOnly(app, "Starting pondering -> Hint: %s\n",
                 moveToCoordinate(searcher.ponderMove).c_str());
         searcher.hashPonder = theBoard.hashKey;
-    } else {
-        searcher.searchMode = SearchMode::Thinking;
     }
-    searcher.clearRootMoves();
-    searcher.searchStartTime = centiseconds();
+    return request;
 }
 
 /// Runs one search and acts on its result. False when it came to nothing: neither a move nor the
 /// end of the game.
 bool WinBoardHandler::runSearch() {
     Searcher& searcher = theSearcher;
-    startSearch();
-    const Move move = searcher.think();
+    const Move move = searcher.think(nextSearch(), listener);
 
     // The mode is read now: a ponder hit has changed it during the call.
     const SearchMode mode = searcher.searchMode;
@@ -109,12 +110,10 @@ void WinBoardHandler::playEngineMove(Move move) {
 /// A draw by rule replaces whatever result the search has left.
 void WinBoardHandler::testGameEnd() {
     GameOutcome& outcome = theSearcher.gameOutcome;
-    if (theBoard.countRepetitions(0).inGame >= 3) {
-        outcome = GameOutcome::Repetition;
-    } else if (theBoard.fiftyCount > FiftyMoveLimit) {
-        outcome = GameOutcome::FiftyMoves;
-    } else if (theBoard.isInsufficientMaterial()) {
-        outcome = GameOutcome::InsufficientMaterial;
+    const GameOutcome draw = drawnBy<GameOutcome::Repetition, GameOutcome::FiftyMoves,
+                                     GameOutcome::InsufficientMaterial>(theBoard);
+    if (draw != GameOutcome::None) {
+        outcome = draw;
     } else if (outcome == GameOutcome::None) {
         if (resignCounter <= PatientMoves) return;
         gameOver = true;

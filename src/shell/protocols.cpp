@@ -1,6 +1,7 @@
 #include "shell/protocols.h"
 
 #include "egtb/registration.h"
+#include "egtb/tablebase_probe.h"
 #include "hash/eval_hash.h"
 #include "hash/pawn_hash.h"
 #include "hash/transposition_table.h"
@@ -38,6 +39,7 @@ void RunProtocols(Application& app) {
             ExitProgram(1);
         }
         app.currentProtocol = app.requestedProtocol;
+        tablebases.noteCacheSize = app.currentProtocol != Protocol::Uci;
         app.requestedProtocol = Protocol::None;
     }
 }

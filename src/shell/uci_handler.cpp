@@ -14,6 +14,7 @@
 #include "shell/base/console.h"
 #include "shell/base/words.h"
 #include "shell/board_diagram.h"
+#include "shell/move_counts.h"
 #include "shell/protocols.h"
 #include "shell/uci_options.h"
 
@@ -45,29 +46,29 @@ int depthValue(const std::string& text) {
     return static_cast<int>(std::clamp(parseInteger(text), -DeepestIteration, DeepestIteration));
 }
 
-/// The limits of a search as the words of "go" give them. Clocks are put down by the side to move.
-class GoLimits {
+/// The request of a search as the words of "go" give it. Clocks are put down by the side to move.
+class GoWords {
 public:
-    explicit GoLimits(Side side) : us(side) {}
+    GoWords(SearchRequest& toFill, Side side) : request(toFill), us(side) {}
 
     /// Takes a keyword with its value; false for a word that has none.
     [[nodiscard]] bool take(const std::string& word, const std::string& value) {
         if (word == "wtime") {
-            setClock(us == White ? timeControl.ownTime : timeControl.oppTime, value);
+            setClock(us == White ? clock().ownTime : clock().oppTime, value);
         } else if (word == "btime") {
-            setClock(us == Black ? timeControl.ownTime : timeControl.oppTime, value);
+            setClock(us == Black ? clock().ownTime : clock().oppTime, value);
         } else if (word == "winc") {
-            (us == White ? timeControl.ownIncrement : timeControl.oppIncrement) = timeValue(value);
+            (us == White ? clock().ownIncrement : clock().oppIncrement) = timeValue(value);
         } else if (word == "binc") {
-            (us == Black ? timeControl.ownIncrement : timeControl.oppIncrement) = timeValue(value);
+            (us == Black ? clock().ownIncrement : clock().oppIncrement) = timeValue(value);
         } else if (word == "movestogo") {
             movesToGo = std::min(countValue(value), LongestTime);
         } else if (word == "depth") {
-            theSearcher.maxIteration = depthValue(value);
+            request.maxIteration = depthValue(value);
         } else if (word == "nodes") {
-            theSearcher.nodeLimit = countValue(value);
+            request.nodeLimit = countValue(value);
         } else if (word == "movetime") {
-            timeControl.setFixedTime(timeValue(value));
+            clock().setFixedTime(timeValue(value));
         } else {
             return false;
         }
@@ -75,18 +76,21 @@ public:
     }
 
     /// A number of moves to go makes the clock a conventional control.
-    void finish() const {
-        if (movesToGo == 0 || timeControl.kind == ClockKind::FixedTime) return;
-        timeControl.kind = ClockKind::Conventional;
-        timeControl.movesPerSession = timeControl.movesLeft = movesToGo;
+    void finish() {
+        if (movesToGo == 0 || clock().kind == ClockKind::FixedTime) return;
+        clock().kind = ClockKind::Conventional;
+        clock().movesPerSession = clock().movesLeft = movesToGo;
     }
 
 private:
-    static void setClock(std::uint32_t& clock, const std::string& value) {
-        clock = timeValue(value);
-        timeControl.clockGiven = true;
+    TimeControl& clock() { return *request.clock; }
+
+    void setClock(std::uint32_t& time, const std::string& value) {
+        time = timeValue(value);
+        clock().clockGiven = true;
     }
 
+    SearchRequest& request;
     Side us;
     std::uint32_t movesToGo = 0;
 };
@@ -201,19 +205,15 @@ void UciHandler::setPosition(const Words& words) {
 
 void UciHandler::go(const Words& words) {
     Searcher& searcher = theSearcher;
-    timeControl = {};
-    searcher.nodeLimit = 0;
-    searcher.maxIteration = NoFixedDepth;
-
-    GoLimits limits(theBoard.sideToMove);
+    SearchRequest request{.clock = TimeControl{}};
+    GoWords limits(request, theBoard.sideToMove);
     for (std::size_t i = 1; i < words.size(); ++i) {
         if (words[i] == "infinite") {
-            searcher.searchMode = SearchMode::Analysing;
+            request.mode = SearchMode::Analysing;
             break;
         }
         if (words[i] == "ponder") {
-            searcher.searchMode =
-                searcher.ponderEnabled ? SearchMode::Pondering : SearchMode::Thinking;
+            request.mode = searcher.ponderEnabled ? SearchMode::Pondering : SearchMode::Thinking;
             continue;
         }
         // A keyword without its value means nothing; a blank at the end of the line is no value.
@@ -221,11 +221,8 @@ void UciHandler::go(const Words& words) {
         if (hasValue && limits.take(words[i], words[i + 1])) ++i;
     }
     limits.finish();
-    if (searcher.searchMode == SearchMode::Idle) searcher.searchMode = SearchMode::Thinking;
 
-    searcher.clearRootMoves();
-    searcher.searchStartTime = centiseconds();
-    const Move best = searcher.think();
+    const Move best = searcher.think(request, listener);
     searcher.searchMode = SearchMode::Idle;
 
     std::string answer = "\nbestmove " + moveToCoordinate(best) + " ";

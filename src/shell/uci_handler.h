@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "shell/base/application.h"
+#include "shell/uci_listener.h"
 
 namespace brivok {
 
@@ -30,6 +31,7 @@ private:
     void setPosition(const Words& words);
     void go(const Words& words);
 
+    UciListener listener{app};
     std::string longPosition;  ///< a "position" line that is not complete yet
 };
 

@@ -19,6 +19,7 @@
 #include "shell/base/words.h"
 #include "shell/board_diagram.h"
 #include "shell/configuration.h"
+#include "shell/move_counts.h"
 #include "shell/protocols.h"
 
 namespace brivok {
@@ -86,7 +87,8 @@ WinBoardHandler::~WinBoardHandler() { LogOnly(app, "WB support closed\n"); }
 const WinBoardHandler::Command WinBoardHandler::AnalysisCommands[] = {
     {"exit", [](WinBoardHandler&, const Line&) { theSearcher.stopSearch = true; }},
     {"quit", [](WinBoardHandler& self, const Line&) { self.quit(); }},
-    {".", [](WinBoardHandler&, const Line&) { theSearcher.printAnalysisStatus(); }},
+    {".", [](WinBoardHandler& self,
+             const Line&) { printAnalysisStatus(self.app, theSearcher.progress()); }},
     {"ping", [](WinBoardHandler& self, const Line& line) { self.ping(line); }},
 };
 
@@ -103,7 +105,8 @@ const WinBoardHandler::Command WinBoardHandler::PonderCommands[] = {
 const WinBoardHandler::Command WinBoardHandler::ThinkCommands[] = {
     {"?", [](WinBoardHandler&, const Line&) { theSearcher.stopSearch = true; }},
     {"quit", [](WinBoardHandler& self, const Line&) { self.quit(); }},
-    {".", [](WinBoardHandler&, const Line&) { theSearcher.printAnalysisStatus(); }},
+    {".", [](WinBoardHandler& self,
+             const Line&) { printAnalysisStatus(self.app, theSearcher.progress()); }},
     {"force", [](WinBoardHandler& self, const Line&) { self.forceAndStop(); }},
     {"ping", [](WinBoardHandler& self, const Line& line) { self.ping(line); }},
 };
@@ -196,7 +199,7 @@ void WinBoardHandler::ProcessCommand(std::string_view text) {
             } else if (line.words[0] != "perft") {
                 unknown(line);
             } else if (const std::string* depth = line.word(1)) {
-                perft(theBoard, static_cast<int>(numberUpTo(*depth, MaxPerftDepth)));
+                perft(app, theBoard, static_cast<int>(numberUpTo(*depth, MaxPerftDepth)));
             }
             break;
     }

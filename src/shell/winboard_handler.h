@@ -6,11 +6,14 @@
 
 #include "board/move.h"
 #include "shell/base/application.h"
+#include "shell/console_listener.h"
 
 namespace brivok {
 
 /// Plays games under the WinBoard protocol, version 2: the handler keeps the game, thinks when it
 /// is the engine's turn, ponders, analyses, resigns and claims results.
+///
+/// What the commands do stands in winboard_handler.cpp, the flow of the game in game_flow.cpp.
 ///
 /// ProcessCommand() is reached from Run() when the engine idles, and from deep inside a search when
 /// that polls the input; the mode of the search decides which commands are understood.
@@ -66,7 +69,7 @@ private:
     // The flow of the game.
     [[nodiscard]] bool wantsSearch() const;
     [[nodiscard]] bool runSearch();
-    void startSearch();
+    [[nodiscard]] SearchRequest nextSearch();
     void playEngineMove(Move move);
     void testGameEnd();
     void endPondering();
@@ -76,6 +79,7 @@ private:
     static const Command ThinkCommands[];
     static const Command IdleCommands[];
 
+    WinBoardListener listener{app};
     int protocolVersion = 1;  ///< of the last "protover"; only stored
     Side engineSide = Black;
     int resignCounter = 0;   ///< moves made with a hopeless score since "new"

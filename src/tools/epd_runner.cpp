@@ -49,8 +49,10 @@ std::string rule(char mark) { return std::string(RuleWidth, mark); }
 /// in the middle of a search.
 class EpdRun {
 public:
-    EpdRun(Application& application, const std::string& baseName, std::uint32_t secondsEach)
+    EpdRun(Application& application, SearchListener& toTell, const std::string& baseName,
+           std::uint32_t secondsEach)
         : app(application),
+          listener(toTell),
           resultsName(baseName + "-results.txt"),
           notFoundName(baseName + "-notfound.epd"),
           seconds(secondsEach) {}
@@ -64,6 +66,7 @@ private:
     Move think();
 
     Application& app;
+    SearchListener& listener;
     std::string resultsName;
     std::string notFoundName;
     std::ofstream results;
@@ -103,10 +106,12 @@ void EpdRun::writeHead(const std::string& suiteName) {
 Move EpdRun::think() {
     transpositionTable.clear();
     evalHashTable.Clear();
-    timeControl.setFixedTime(seconds * Second);
-    theSearcher.maxIteration = NoFixedDepth;
-    theSearcher.searchStartTime = centiseconds();
-    return theSearcher.think();
+    SearchRequest request = theSearcher.standingRequest();
+    request.maxIteration = NoFixedDepth;
+    request.clock.emplace().setFixedTime(seconds * Second);
+    const Move move = theSearcher.think(request, listener);
+    theSearcher.searchMode = SearchMode::Idle;
+    return move;
 }
 
 void EpdRun::runPosition(const std::string& line) {
@@ -145,7 +150,7 @@ void EpdRun::writeSummary() {
     const double rate = used > 0 ? static_cast<double>(nodes) / used : 0;
 
     searchStats = sum;
-    theSearcher.printStatistics();
+    listener.onStatistics(sum);
     Print(app, "\n");
     Print(app, "FINAL RESULTS:\n");
     Print(app, "---------------\n\n");
@@ -177,7 +182,7 @@ bool CheckSolution(Board& board, std::string_view line, Move move) {
     return holds("am") && !holds(san);
 }
 
-void RunEpdTest(Application& app) {
+void RunEpdTest(Application& app, SearchListener& listener) {
     const std::optional<std::string> name = Ask(app, "EPD Filename: ");
     if (!name) return;
     PositionFile suite(*name);
@@ -195,7 +200,8 @@ void RunEpdTest(Application& app) {
         return;
     }
 
-    EpdRun run(app, name->substr(0, name->find('.')), static_cast<std::uint32_t>(seconds));
+    EpdRun run(app, listener, name->substr(0, name->find('.')),
+               static_cast<std::uint32_t>(seconds));
     if (!run.openFiles()) return;
     run.writeHead(*name);
     std::string line;

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "platform/platform.h"
+#include "shell/base/note.h"
 
 namespace brivok {
 
@@ -89,6 +90,14 @@ void formatTo(const char* format, std::va_list values, Sink sink) {
     va_end(again);
 }
 
+void noteIn(Logger& logger, const char* format, std::va_list values) {
+    if (!logger.enabled) return;
+    formatTo(format, values, [&logger](std::string_view text) {
+        logger.write("## ");
+        logger.write(text);
+    });
+}
+
 }  // namespace
 
 void PrintUnlogged(std::string_view text) {
@@ -107,13 +116,17 @@ void Print(Application& app, const char* format, ...) {
 }
 
 void LogOnly(Application& app, const char* format, ...) {
-    if (!app.logger.enabled) return;
     std::va_list values;
     va_start(values, format);
-    formatTo(format, values, [&app](std::string_view text) {
-        app.logger.write("## ");
-        app.logger.write(text);
-    });
+    noteIn(app.logger, format, values);
+    va_end(values);
+}
+
+void Note(const char* format, ...) {
+    if (theApplication == nullptr) return;
+    std::va_list values;
+    va_start(values, format);
+    noteIn(theApplication->logger, format, values);
     va_end(values);
 }
 

@@ -1,0 +1,43 @@
+#include "shell/move_counts.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+
+#include "board/coordinate.h"
+#include "movegen/legal_moves.h"
+#include "movegen/perft.h"
+#include "platform/platform.h"
+#include "shell/base/console.h"
+
+namespace brivok {
+
+void perft(Application& app, Board& board, int depth) {
+    depth = std::clamp(depth, 0, MaxPerftDepth);
+    const std::uint64_t start = platform::milliseconds() / 10;
+    const PerftNodes perftNodes = countPerft(board, depth);
+    const std::uint64_t spent = platform::milliseconds() / 10 - start;
+
+    Print(app, "\n");
+    Print(app, "Results for perft %d\n", depth);
+    Print(app, "Depth Nodes          Total nodes\n");
+    long total = 0;
+    for (unsigned d = 1; d < perftNodes.size() && perftNodes[d] != 0; ++d) {
+        total += perftNodes[d];
+        Print(app, " %3u  %-13u  %ld\n", d, perftNodes[d], total);
+    }
+    Print(app, "telluser Nodes: %u - Time: %f\n", perftNodes[static_cast<unsigned>(depth)],
+          static_cast<double>(spent) * 0.01);
+}
+
+void listLegalMoves(Board& board) {
+    MoveList list;
+    generateMoves(board, list);
+    std::string text;
+    for (int i = 0, count = board.moveCount; i < count; ++i) {
+        if (leavesKingSafe(board, list[i])) text += moveToCoordinate(list[i]) + " ";
+    }
+    PrintUnlogged(text + "\n");
+}
+
+}  // namespace brivok
