@@ -185,15 +185,6 @@ Board::Repetitions Board::countRepetitions(int searchPly) const {
     return found;
 }
 
-bool Board::isInsufficientMaterial() const {
-    const int men = totalMen();
-    if (men == 2) return true;
-    if (men != 3) return false;
-    const Bitboard minors =
-        pieces[WhiteKnight] | pieces[BlackKnight] | pieces[WhiteBishop] | pieces[BlackBishop];
-    return minors != 0 && (minors & (minors - 1)) == 0;
-}
-
 void Board::updatePv(int searchPly, Move move) {
     const int end = pvLength[searchPly + 1];
     pvTable[searchPly][searchPly] = move;

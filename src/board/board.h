@@ -234,7 +234,13 @@ struct Board {
     [[nodiscard]] Repetitions countRepetitions(int searchPly) const;
 
     /// Bare kings, or one minor piece against a bare king.
-    [[nodiscard]] bool isInsufficientMaterial() const;
+    [[nodiscard]] bool isInsufficientMaterial() const {
+        const int men = totalMen();
+        if (men > 3) return false;
+        const Bitboard minors =
+            pieces[WhiteKnight] | pieces[BlackKnight] | pieces[WhiteBishop] | pieces[BlackBishop];
+        return men == 2 || (men == 3 && minors != 0 && (minors & (minors - 1)) == 0);
+    }
 
     // --- Learning tables of the search -------------------------------------------------------
 

@@ -252,11 +252,6 @@ int Searcher::searchMove(Move m, int alpha, const Node& node, int movesDone) {
     return searchChild(alpha, node.beta, newDepth, childPly, recaptured);
 }
 
-int Searcher::searchChild(int alpha, int beta, int newDepth, int childPly, bool recaptured) {
-    return newDepth >= OnePly ? -search(-beta, -alpha, newDepth, childPly, true, recaptured)
-                              : -quiesce(-beta, -alpha, childPly, true);
-}
-
 Searcher::Pruning Searcher::pruningOf(int alpha, const Node& node, int extension) {
     if (!settings.useFutility || extension != 0 || std::abs(alpha) >= MateBound ||
         node.searchPly < PruningPly || node.inCheck) {

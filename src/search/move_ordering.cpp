@@ -8,7 +8,6 @@ constexpr int OrderPvMove = 128'000'000;
 constexpr int OrderGoodCapture = 10'000'000;
 constexpr int OrderKiller1 = 7'000'000;
 constexpr int OrderKiller2 = 5'000'000;
-constexpr int OrderPicked = -1'000'000;  ///< written over a picked entry
 
 }  // namespace
 
@@ -49,21 +48,6 @@ void Searcher::scoreMoves(Frame& frame, Move hashMove, int searchPly) {
         frame.orderScores[i] = order;
         frame.seeValues[i] = see;
     }
-}
-
-Move Searcher::pickMove(Frame& frame, int& index) {
-    int best = OrderPicked;
-    int bestAt = -1;
-    for (int i = 0; i < frame.count; ++i) {
-        if (frame.orderScores[i] > best) {
-            best = frame.orderScores[i];
-            bestAt = i;
-        }
-    }
-    if (bestAt < 0) return NoMove;
-    frame.orderScores[bestAt] = OrderPicked;
-    index = bestAt;
-    return frame.moves[bestAt];
 }
 
 }  // namespace brivok

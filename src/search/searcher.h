@@ -171,7 +171,11 @@ private:
     [[nodiscard]] bool nullMoveCuts(Node& node, int& score);
     Move deepenInternally(int alpha, const Node& node);
     int searchMove(Move m, int alpha, const Node& node, int movesDone);
-    int searchChild(int alpha, int beta, int newDepth, int childPly, bool recaptured);
+    /// The score of the position after a move: of the tree, or of quiescence below a ply.
+    int searchChild(int alpha, int beta, int newDepth, int childPly, bool recaptured) {
+        return newDepth >= OnePly ? -search(-beta, -alpha, newDepth, childPly, true, recaptured)
+                                  : -quiesce(-beta, -alpha, childPly, true);
+    }
 
     /// The extension for a check and for a push to the seventh rank of the move just made, in
     /// units. The flag of the next ply's check is set on the way.
@@ -193,7 +197,23 @@ private:
     // --- move ordering ------------------------------------------------------------------------
 
     void scoreMoves(Frame& frame, Move hashMove, int searchPly);
-    static Move pickMove(Frame& frame, int& index);
+    /// The move with the highest order score of those not yet picked, the first among equals; 0
+    /// when there is none left. `index` is its place in the list.
+    static Move pickMove(Frame& frame, int& index) {
+        constexpr int Picked = -1'000'000;  // written over the score of a picked move
+        int best = Picked;
+        int bestAt = -1;
+        for (int i = 0; i < frame.count; ++i) {
+            if (frame.orderScores[i] > best) {
+                best = frame.orderScores[i];
+                bestAt = i;
+            }
+        }
+        if (bestAt < 0) return NoMove;
+        frame.orderScores[bestAt] = Picked;
+        index = bestAt;
+        return frame.moves[bestAt];
+    }
 
     // --- search clock -------------------------------------------------------------------------
 
