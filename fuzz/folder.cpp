@@ -43,7 +43,7 @@ extern "C" const char* __asan_default_options() {
     return "quarantine_size_mb=16:malloc_context_size=8";
 }
 
-/// Called by libFuzzer once, before all else. What the engine prints is of no use.
+/// Called by libFuzzer once, before all else.
 extern "C" int LLVMFuzzerInitialize(int* count, char*** arguments) {
     // The names of inputs and of their folders are to mean the same from the other folder.
     static std::list<std::string> paths;
@@ -52,7 +52,7 @@ extern "C" int LLVMFuzzerInitialize(int* count, char*** arguments) {
         argument = paths.emplace_back(std::filesystem::absolute(argument).string()).data();
     }
     std::string name = (std::filesystem::temp_directory_path() / "brivok-fuzz-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr || std::freopen("/dev/null", "w", stdout) == nullptr) {
+    if (::mkdtemp(name.data()) == nullptr) {
         std::fprintf(stderr, "cannot make a folder like %s\n", name.c_str());
         std::exit(1);
     }

@@ -1,19 +1,67 @@
 #include "session.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <memory>
 
 #include "board/piece_values.h"
 #include "egtb/tablebase_probe.h"
 #include "fresh_engine.h"
-#include "outside.h"
+#include "hash/search_stats.h"
+#include "program.h"
+#include "search/searcher.h"
+#include "shell/base/application.h"
 #include "shell/base/settings.h"
-#include "shell/extra_handler.h"
-#include "shell/protocols.h"
 
 namespace brivok::fuzz {
 
+namespace {
+
+/// Nodes between two looks of a search at the input, of one search, and of all searches on one
+/// input.
+constexpr std::uint32_t NodesBetweenLooks = 40;
+constexpr std::uint32_t NodesOfSearch = 400;
+constexpr std::uint32_t NodesOfInput = 1000;
+
+/// By so much each look at the clock moves it on, in milliseconds: a few of them make a second.
+constexpr std::uint64_t ClockStep = 50;
+
+/// What lies around the engine. A search meets a line every few nodes and gets no further than some
+/// hundred; what is printed is of no use.
+class Outside final : public FakePlatform {
+public:
+    Outside() { stepOfLook = ClockStep; }
+
+    /// Only a running search asks, the first time at its first node. It is made to ask again soon,
+    /// and told to stop, as by a line, when it has gone far enough.
+    bool inputReady() override {
+        SearchStats& stats = searchStats;
+        const bool pondering = theSearcher.searchMode == SearchMode::Pondering;
+        stats.nextPoll = stats.nodes + NodesBetweenLooks;
+        stats.nextPoll -= pondering ? PonderPollInterval : PollInterval;
+        nodes += stats.nodes - std::min(nodesAtLook, stats.nodes);
+        nodesAtLook = stats.nodes;
+        if (stats.nodes > NodesOfSearch || nodes > NodesOfInput) theSearcher.stopSearch = true;
+        return !theSearcher.stopSearch && FakePlatform::inputReady();
+    }
+
+    Transfer writeOutput(std::string_view text) override {
+        return {Transfer::Outcome::Moved, text.size()};
+    }
+
+    MadeDirectory makeDirectory(const std::string&) override { return MadeDirectory::Failure; }
+
+private:
+    std::uint32_t nodes = 0;  ///< of all searches, up to the last look
+    std::uint32_t nodesAtLook = 0;
+};
+
+}  // namespace
+
 void freshBoard() {
+    static Outside outside;
     if (theApplication == nullptr) {
+        replacePlatform(outside);
         theApplication = std::make_unique<Application>();
         makeFresh();
     }
@@ -22,20 +70,19 @@ void freshBoard() {
     theBoard.NewGame();
 }
 
-void runEngine(std::string lines) {
-    theApplication = std::make_unique<Application>();
-    makeFresh();
+void runEngine(std::string_view lines) {
+    Outside outside;
+    Program program(outside);
     // A log that grows nowhere. The folder of the tables counts as looked through already, which
     // would take longer than all else.
     settings.logInSingleFile = settings.createLog = true;
     tablebases.tbDirectories = settings.egtbDir = "nowhere";
-    setInput(std::move(lines));
-    try {
-        theApplication->handler = std::make_unique<ExtraHandler>(*theApplication);
-        RunProtocols(*theApplication);
-    } catch (const ProcessEnded&) {
-        theApplication->handler.reset();
+    while (!lines.empty()) {
+        const std::size_t end = std::min(lines.find('\n'), lines.size() - 1) + 1;
+        outside.send(std::string(lines.substr(0, end)));
+        lines.remove_prefix(end);
     }
+    program.run();
 }
 
 }  // namespace brivok::fuzz

@@ -17,7 +17,7 @@
 #include "egtb/tablebase_probe.h"
 #include "expect.h"
 #include "folder.h"
-#include "outside.h"
+#include "platform/fake/fake_platform.h"
 #include "session.h"
 #include "shell/base/settings.h"
 
@@ -59,7 +59,7 @@ void registerAndProbe(const Table& table, int side) try {
     tablebases.tbDirectories.clear();
     InitTablebases(".", Megabyte);
     probe(table, side);
-} catch (const fuzz::ProcessEnded&) {
+} catch (const ProcessEnded&) {
 }
 
 }  // namespace

@@ -14,13 +14,13 @@ constexpr std::uint64_t ShowEvery = 250;  // milliseconds
 }  // namespace
 
 Progress::Progress()
-    : active(platform::errorIsTerminal()), start(platform::milliseconds()), lastShown(start) {}
+    : active(platform().errorIsTerminal()), start(platform().milliseconds()), lastShown(start) {}
 
 Progress::~Progress() { clear(); }
 
 void Progress::games(std::uint64_t count, std::uint64_t bytesDone, std::uint64_t bytesInAll) {
     if (!active || ++calls % CallsBetweenLooks != 0) return;
-    const std::uint64_t now = platform::milliseconds();
+    const std::uint64_t now = platform().milliseconds();
     if (now - lastShown < ShowEvery) return;
     lastShown = now;
     shown = true;

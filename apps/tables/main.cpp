@@ -72,7 +72,7 @@ private:
     }
 
     std::string name;
-    bool isShown = platform::errorIsTerminal();
+    bool isShown = platform().errorIsTerminal();
 };
 
 std::string nameOf(int id) { return std::string(descriptorOf(id).signature()); }

@@ -7,43 +7,67 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 
-namespace brivok::platform {
+namespace brivok {
 
-bool inputIsTerminal() { return ::isatty(STDIN_FILENO) == 1; }
+namespace {
 
-bool errorIsTerminal() { return ::isatty(STDERR_FILENO) == 1; }
-
-bool inputReady() {
-    pollfd input{STDIN_FILENO, POLLIN, 0};
-    return ::poll(&input, 1, 0) > 0;
+Transfer transferOf(ssize_t count) {
+    using enum Transfer::Outcome;
+    if (count > 0) return {Moved, static_cast<std::size_t>(count)};
+    if (count == 0) return {Failed};
+    if (errno == EINTR) return {Interrupted};
+    return {errno == EAGAIN || errno == EWOULDBLOCK ? WouldBlock : Failed};
 }
 
-std::size_t readInput(char* buffer, std::size_t capacity) {
-    for (;;) {
-        const ssize_t count = ::read(STDIN_FILENO, buffer, capacity);
-        if (count >= 0) return static_cast<std::size_t>(count);
-        if (errno == EAGAIN || errno == EWOULDBLOCK) {
-            // Somebody has made the descriptor non-blocking.
-            pollfd input{STDIN_FILENO, POLLIN, 0};
-            ::poll(&input, 1, -1);
-        } else if (errno != EINTR) {
-            return 0;
-        }
+/// The result of poll() for one event of one descriptor.
+int pollOne(int descriptor, short event, int timeout) {
+    pollfd polled{descriptor, event, 0};
+    return ::poll(&polled, 1, timeout);
+}
+
+class PosixPlatform final : public Platform {
+public:
+    bool inputIsTerminal() override { return ::isatty(STDIN_FILENO) == 1; }
+    bool errorIsTerminal() override { return ::isatty(STDERR_FILENO) == 1; }
+
+    bool inputReady() override { return pollOne(STDIN_FILENO, POLLIN, 0) > 0; }
+
+    Transfer readInput(char* buffer, std::size_t capacity) override {
+        return transferOf(::read(STDIN_FILENO, buffer, capacity));
     }
-}
 
-void surviveClosedOutput() { std::signal(SIGPIPE, SIG_IGN); }
+    void waitForInput() override { pollOne(STDIN_FILENO, POLLIN, -1); }
 
-MadeDirectory makeDirectory(const std::string& path) {
-    if (::mkdir(path.c_str(), 0777) == 0) return MadeDirectory::Success;
-    return errno == EEXIST ? MadeDirectory::Exists : MadeDirectory::Failure;
-}
+    Transfer writeOutput(std::string_view text) override {
+        return transferOf(::write(STDOUT_FILENO, text.data(), text.size()));
+    }
 
-std::uint64_t milliseconds() {
-    using namespace std::chrono;
-    return static_cast<std::uint64_t>(
-        duration_cast<std::chrono::milliseconds>(steady_clock::now().time_since_epoch()).count());
-}
+    void waitForOutput() override { pollOne(STDOUT_FILENO, POLLOUT, -1); }
 
-}  // namespace brivok::platform
+    void surviveClosedOutput() override { std::signal(SIGPIPE, SIG_IGN); }
+
+    MadeDirectory makeDirectory(const std::string& path) override {
+        if (::mkdir(path.c_str(), 0777) == 0) return MadeDirectory::Success;
+        return errno == EEXIST ? MadeDirectory::Exists : MadeDirectory::Failure;
+    }
+
+    std::uint64_t milliseconds() override {
+        using namespace std::chrono;
+        const auto sinceStart = steady_clock::now().time_since_epoch();
+        return static_cast<std::uint64_t>(
+            duration_cast<std::chrono::milliseconds>(sinceStart).count());
+    }
+
+    void endProcess(int code) override { std::exit(code); }
+    void endProcessAtOnce(int code) override { std::_Exit(code); }
+};
+
+constinit PosixPlatform posix;
+
+}  // namespace
+
+Platform& systemPlatform() { return posix; }
+
+}  // namespace brivok

@@ -119,6 +119,6 @@ bool TimeControl::ExtendTime() {
     return true;
 }
 
-std::uint32_t centiseconds() { return static_cast<std::uint32_t>(platform::milliseconds() / 10); }
+std::uint32_t centiseconds() { return static_cast<std::uint32_t>(platform().milliseconds() / 10); }
 
 }  // namespace brivok

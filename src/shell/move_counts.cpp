@@ -14,9 +14,9 @@ namespace brivok {
 
 void perft(Application& app, Board& board, int depth) {
     depth = std::clamp(depth, 0, MaxPerftDepth);
-    const std::uint64_t start = platform::milliseconds() / 10;
+    const std::uint64_t start = platform().milliseconds() / 10;
     const PerftNodes perftNodes = countPerft(board, depth);
-    const std::uint64_t spent = platform::milliseconds() / 10 - start;
+    const std::uint64_t spent = platform().milliseconds() / 10 - start;
 
     Print(app, "\n");
     Print(app, "Results for perft %d\n", depth);

@@ -52,7 +52,7 @@ void allocateTables() {
 }
 
 void logConnection(Application& app) {
-    LogOnly(app, platform::inputIsTerminal() ? "Console Mode\n" : "Conected with pipe\n");
+    LogOnly(app, platform().inputIsTerminal() ? "Console Mode\n" : "Conected with pipe\n");
 }
 
 }  // namespace brivok

@@ -10,25 +10,22 @@ namespace brivok {
 
 std::unique_ptr<Application> theApplication;
 
-Application::Application() {
-    platform::surviveClosedOutput();
-    // An interface sees each line at once. Input is read past the streams altogether.
-    std::fflush(nullptr);
-    std::setvbuf(stdout, nullptr, _IONBF, 0);
-}
+Application::Application() { platform().surviveClosedOutput(); }
 
 void ExitProgram(int code) {
     if (theApplication != nullptr) {
         theApplication->handler.reset();
         theApplication.reset();
     }
-    std::exit(code);
+    platform().endProcess(code);
+    std::abort();  // never reached
 }
 
 void EndAtOnce(const std::string& text) {
     PrintUnlogged("*** " + text + "\n");
     std::fflush(nullptr);
-    std::_Exit(1);
+    platform().endProcessAtOnce(1);
+    std::abort();  // never reached
 }
 
 }  // namespace brivok

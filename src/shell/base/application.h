@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "shell/base/input_buffer.h"
 #include "shell/base/logger.h"
 
 namespace brivok {
@@ -45,6 +46,7 @@ public:
 
     Protocol currentProtocol = Protocol::Extra;   ///< of `handler`
     Protocol requestedProtocol = Protocol::None;  ///< the handler that a handler asks for
+    InputBuffer input;                            ///< of this run
     Logger logger{*this};                         ///< of this run
     std::unique_ptr<ProtocolHandler> handler;     ///< the one in force; none before the first
 };
@@ -53,7 +55,8 @@ public:
 extern std::unique_ptr<Application> theApplication;
 
 /// The usual way out of the process: deletes the handler, which may still be on the call stack,
-/// closes the log and ends with `code` (0 for "quit", 1 for every failure).
+/// closes the log and ends with `code` (0 for "quit", 1 for every failure). Where a test's platform
+/// throws instead of ending, nothing on the way up may touch the handler or the application.
 [[noreturn]] void ExitProgram(int code);
 
 /// The other one, with code 1, where data are damaged and nothing above is to be told: prints

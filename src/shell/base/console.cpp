@@ -1,10 +1,8 @@
 #include "shell/base/console.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdarg>
 #include <cstdio>
-#include <cstring>
 #include <string>
 
 #include "platform/platform.h"
@@ -13,62 +11,6 @@
 namespace brivok {
 
 namespace {
-
-/// The bytes of standard input that have been read and not yet handed out. A line stays in place
-/// until the next one is asked for.
-class InputBuffer {
-public:
-    /// A whole line, a full piece of one or the end of the input is in the buffer.
-    [[nodiscard]] bool hasLine() const { return lineLength() != 0 || ended; }
-    [[nodiscard]] bool atEnd() const { return ended && begin == end; }
-
-    /// Reads once; blocks if nothing waits.
-    void fill() {
-        if (begin != 0) {
-            std::memmove(bytes.data(), bytes.data() + begin, end - begin);
-            end -= begin;
-            scanned -= begin;
-            begin = 0;
-        }
-        const std::size_t count = platform::readInput(bytes.data() + end, bytes.size() - end);
-        end += count;
-        ended = count == 0;
-    }
-
-    /// The next line with its newline, a full piece, or what was left before the end.
-    [[nodiscard]] std::string_view take() {
-        std::size_t length = lineLength();
-        if (length == 0) length = end - begin;
-        char* const line = bytes.data() + begin;
-        begin += length;
-        scanned = begin;
-        while (length >= 2 && line[length - 1] == '\n' && line[length - 2] == '\r') {
-            line[--length - 1] = '\n';
-        }
-        return {line, length};
-    }
-
-private:
-    /// Length of the next line or full piece; 0 while neither is complete.
-    [[nodiscard]] std::size_t lineLength() const {
-        const std::size_t limit = std::min(end, begin + MaxLineLength);
-        while (scanned < limit) {
-            if (bytes[scanned++] == '\n') {
-                --scanned;
-                return scanned + 1 - begin;
-            }
-        }
-        return limit - begin == MaxLineLength ? MaxLineLength : 0;
-    }
-
-    std::array<char, 1U << 16U> bytes{};
-    std::size_t begin = 0;            ///< first byte not yet handed out
-    std::size_t end = 0;              ///< end of the bytes read
-    mutable std::size_t scanned = 0;  ///< no newline lies between begin and here
-    bool ended = false;
-};
-
-InputBuffer input;
 
 /// Room for nearly every text; longer ones are formatted a second time into a string.
 constexpr std::size_t TextRoom = 1024;
@@ -101,8 +43,15 @@ void noteIn(Logger& logger, const char* format, std::va_list values) {
 }  // namespace
 
 void PrintUnlogged(std::string_view text) {
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fflush(stdout);
+    while (!text.empty()) {
+        const Transfer written = platform().writeOutput(text);
+        switch (written.outcome) {
+            case Transfer::Outcome::Moved: text.remove_prefix(written.bytes); break;
+            case Transfer::Outcome::Interrupted: break;
+            case Transfer::Outcome::WouldBlock: platform().waitForOutput(); break;
+            case Transfer::Outcome::Failed: return;
+        }
+    }
 }
 
 void Print(Application& app, const char* format, ...) {
@@ -131,22 +80,23 @@ void Note(const char* format, ...) {
 }
 
 bool ReadLine(Application& app, std::string_view& line) {
-    while (!input.hasLine()) input.fill();
-    if (input.atEnd()) return false;
-    line = input.take();
+    while (!app.input.hasLine()) app.input.fill();
+    if (app.input.atEnd()) return false;
+    line = app.input.take();
     app.logger.write(line);
     return true;
 }
 
-Input InputWaiting() {
-    if (!input.hasLine() && platform::inputReady()) input.fill();
+Input InputWaiting(Application& app) {
+    InputBuffer& input = app.input;
+    if (!input.hasLine() && platform().inputReady()) input.fill();
     if (!input.hasLine()) return Input::Nothing;
     return input.atEnd() ? Input::Ended : Input::Line;
 }
 
 Input PollInput(Application& app) {
     if (app.handler == nullptr) return Input::Nothing;
-    const Input waiting = InputWaiting();
+    const Input waiting = InputWaiting(app);
     std::string_view line;
     if (waiting != Input::Line || !ReadLine(app, line)) return waiting;
     app.handler->ProcessCommand(line);

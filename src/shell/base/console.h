@@ -1,15 +1,10 @@
 #pragma once
 
-#include <cstddef>
 #include <string_view>
 
 #include "shell/base/application.h"
 
 namespace brivok {
-
-/// Longest piece of an input line that a handler gets, the newline included; a longer line arrives
-/// in several pieces.
-inline constexpr std::size_t MaxLineLength = 4095;
 
 /// Writes to standard output, at once, and to the log if one is open.
 [[gnu::format(printf, 2, 3)]] void Print(Application& app, const char* format, ...);
@@ -17,7 +12,8 @@ inline constexpr std::size_t MaxLineLength = 4095;
 /// Writes to the log only, behind "## ".
 [[gnu::format(printf, 2, 3)]] void LogOnly(Application& app, const char* format, ...);
 
-/// Writes to standard output only, for the few texts that never reach the log.
+/// Writes to standard output only, for the few texts that never reach the log. What cannot be
+/// written is lost, and the rest of the text with it.
 void PrintUnlogged(std::string_view text);
 
 /// Reads the next line, blocking, and logs it. `line` is valid until the next read and holds its
@@ -32,7 +28,7 @@ enum class Input {
     Ended     ///< the input is closed and everything in it has been read
 };
 /// Looks at the input without blocking.
-[[nodiscard]] Input InputWaiting();
+[[nodiscard]] Input InputWaiting(Application& app);
 
 /// Hands one waiting line, if there is one, to the handler in force. Without a handler nothing is
 /// read.

@@ -75,7 +75,7 @@ void CreateLogFolders(std::string_view path) {
     for (std::size_t end = path.find('/'); end != path.npos; end = path.find('/', end + 1)) {
         const std::string folder(path.substr(0, end));
         if (folder.empty()) continue;  // the root
-        if (platform::makeDirectory(folder) == platform::MadeDirectory::Failure) {
+        if (platform().makeDirectory(folder) == MadeDirectory::Failure) {
             PrintUnlogged("Error creating directory!\n");
             return;
         }
