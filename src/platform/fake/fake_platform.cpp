@@ -49,13 +49,18 @@ bool FakePlatform::doSteps() {
     return false;
 }
 
+void FakePlatform::countLook() {
+    if (++idleLooks > patience) throw std::logic_error("the engine searches without end");
+}
+
 bool FakePlatform::inputReady() {
-    ++polls;
+    countLook();
     clock += stepOfPoll;
     return doSteps();
 }
 
 Transfer FakePlatform::readInput(char* buffer, std::size_t capacity) {
+    idleLooks = 0;
     while (!doSteps()) {
         if (script.empty()) throw ScriptDone();
         if (!isPrinted()) {
@@ -73,6 +78,7 @@ Transfer FakePlatform::readInput(char* buffer, std::size_t capacity) {
 }
 
 Transfer FakePlatform::writeOutput(std::string_view text) {
+    idleLooks = 0;
     printed += text;
     doSteps();
     return {Transfer::Outcome::Moved, text.size()};
@@ -83,7 +89,7 @@ MadeDirectory FakePlatform::makeDirectory(const std::string& path) {
 }
 
 std::uint64_t FakePlatform::milliseconds() {
-    ++looks;
+    countLook();
     return clock += stepOfLook;
 }
 

@@ -43,7 +43,8 @@ struct Moment {
 ///
 /// The steps of the script are done in their order, each when its Moment has come. A read that
 /// blocks waits for the next step: the clock jumps to its time. It cannot wait for a text, since
-/// nothing is printed during a read; std::logic_error then tells what was missing.
+/// nothing is printed during a read; std::logic_error then tells what was missing. It is thrown too
+/// when so many looks bring nothing that the search seems to have no end.
 class FakePlatform : public Platform {
 public:
     FakePlatform() = default;
@@ -71,8 +72,7 @@ public:
     std::uint64_t clock = 0;        ///< milliseconds; may be set by hand, forwards
     std::uint64_t stepOfLook = 0;   ///< by so many milliseconds each look at the clock moves it on
     std::uint64_t stepOfPoll = 0;   ///< and so does each look at the input without blocking
-    std::uint64_t looks = 0;        ///< at the clock so far
-    std::uint64_t polls = 0;        ///< at the input without blocking so far
+    std::uint64_t patience = 500;   ///< most looks, at input or clock, without a read or a write
     bool isTerminal = false;        ///< input and error are terminals
     std::set<std::string> folders;  ///< made so far; none of them is made on the disk
 
@@ -98,6 +98,7 @@ private:
         std::uint64_t milliseconds = 0;  ///< to turn the clock by
     };
 
+    void countLook();
     void add(Step step);
     /// The next step's text has been printed.
     [[nodiscard]] bool isPrinted();
@@ -107,6 +108,7 @@ private:
     /// to read.
     bool doSteps();
 
+    std::uint64_t idleLooks = 0;  ///< at input or clock since the last read or write
     std::deque<Step> script;
     std::string printed;
     std::size_t searched = 0;  ///< from here on the next step's text is looked for in `printed`
