@@ -7,7 +7,7 @@
 
 int main() {
     using namespace brivok;
-    prepareEngine();
+    setUpEngine();
     theApplication = std::make_unique<Application>();
     theApplication->handler = std::make_unique<ExtraHandler>(*theApplication);
     theApplication->currentProtocol = Protocol::Extra;

@@ -12,7 +12,7 @@
 namespace brivok {
 
 void makeFresh() {
-    static const bool ready = (prepareEngine(), true);
+    static const bool ready = (setUpEngine(), true);
     static_cast<void>(ready);
     static const Board emptyBoard;
     theBoard = emptyBoard;

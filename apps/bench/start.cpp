@@ -8,7 +8,7 @@
 namespace brivok {
 
 void startEngine() {
-    prepareEngine();
+    setUpEngine();
     theApplication = std::make_unique<Application>();
 }
 

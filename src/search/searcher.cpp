@@ -53,7 +53,7 @@ bool Searcher::ShouldCountResign() const {
            !board->inCheck() && clock.oppTime >= FairTime && iteration >= TrustedIteration;
 }
 
-void prepareEngine() {
+void setUpEngine() {
     buildStaticTables();
     RefreshPieceValues();
     theBoard.newGameListener = &theSearcher;

@@ -259,6 +259,6 @@ extern Searcher theSearcher;
 
 /// Makes the engine ready for use: the tables that never change, the piece values, and the board
 /// that tells the searcher of new games. Called once, at the start of a program.
-void prepareEngine();
+void setUpEngine();
 
 }  // namespace brivok
