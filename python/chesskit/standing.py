@@ -5,7 +5,7 @@ import math
 DEVIATIONS = 1.96  # of the mean, that 95 % of all matches stay within
 
 
-def elo(share):
+def elo(share: float) -> float:
     """The rating difference at which this share of the points is to be expected."""
     if share in (0, 1):
         return math.copysign(math.inf, share - 0.5)
@@ -13,10 +13,10 @@ def elo(share):
 
 
 class Standing:
-    def __init__(self, won=0, drawn=0, lost=0):
+    def __init__(self, won: int = 0, drawn: int = 0, lost: int = 0) -> None:
         self.won, self.drawn, self.lost = won, drawn, lost
 
-    def add(self, result, white):
+    def add(self, result: str, white: bool) -> None:
         """A game in which the side that is looked at was White, or Black."""
         points = {"1-0": 1, "1/2-1/2": 0.5, "0-1": 0}[result]
         points = points if white else 1 - points
@@ -25,18 +25,18 @@ class Standing:
         self.lost += points == 0
 
     @property
-    def games(self):
+    def games(self) -> int:
         return self.won + self.drawn + self.lost
 
     @property
-    def points(self):
+    def points(self) -> float:
         return self.won + self.drawn / 2
 
     @property
-    def share(self):
+    def share(self) -> float:
         return self.points / self.games
 
-    def interval(self):
+    def interval(self) -> tuple[float, float]:
         """Bounds of the share, with 95 % confidence. They are those of the games and of one more
         win and loss: with no more than a few games, all of them won, much is still open."""
         won, lost, games = self.won + 1, self.lost + 1, self.games + 2
@@ -45,6 +45,7 @@ class Standing:
         reach = DEVIATIONS * math.sqrt(squares) / games
         return max(0, mean - reach), min(1, mean + reach)
 
-    def rating(self):
-        """The difference and its bounds."""
-        return tuple(map(elo, (self.share, *self.interval())))
+    def rating(self) -> tuple[float, float, float]:
+        """The difference and its lower and upper bound."""
+        low, high = self.interval()
+        return elo(self.share), elo(low), elo(high)
