@@ -1,6 +1,8 @@
 import pytest
 
-from uci_engine import Brivok, Referee, installed
+from chesskit.brivok import Brivok
+from chesskit.programs import installed
+from chesskit.referee import Referee
 
 
 @pytest.fixture
@@ -15,7 +17,7 @@ def start(tmp_path, request):
     yield make
     for engine in engines:
         if request.node.failed:
-            engine.p.kill()
+            engine.kill()
         else:
             engine.finish()
 
@@ -31,8 +33,7 @@ def referee():
         pytest.skip("no stockfish to act as referee")
     process = Referee()
     yield process
-    process.send("quit")
-    process.p.wait(10)
+    assert process.quit(10)
 
 
 @pytest.hookimpl(hookwrapper=True)

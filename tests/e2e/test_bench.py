@@ -1,30 +1,25 @@
 """brivok-bench and the scripts that compare with it, through their command lines."""
 
 import json
-import os
 import re
-import subprocess
 from pathlib import Path
 
 import pytest
 
-from uci_engine import BRIVOK, ROOT, SLOW
+from chesskit.board import START
+from chesskit.programs import BENCH_TOOL, BRIVOK, ROOT, SLOW, run_tool
 
-TOOL = os.path.abspath(os.environ.get("BRIVOK_BENCH", BRIVOK + "-bench"))
 BUILD = Path(BRIVOK).parent.parent
-START = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1"
 
 
 def run(command, *arguments, code=0):
     """What the program prints; its errors if it must fail."""
-    done = subprocess.run([command, *map(str, arguments)], capture_output=True, text=True,
-                          timeout=600)
-    assert done.returncode == code, done.stdout + done.stderr
+    done = run_tool(command, *arguments, code=code)
     return done.stderr if code else done.stdout
 
 
 def measured(*arguments):
-    return json.loads(run(TOOL, "--json", *arguments))
+    return json.loads(run(BENCH_TOOL, "--json", *arguments))
 
 
 def check_sums(result):
@@ -41,7 +36,7 @@ def test_signature_and_depths():
     signature = measured("signature", "--depth", 3)["signature"]
     check_sums(signature)
     assert len(signature["positions"]) == 41 and "knownNodes" not in signature
-    text = run(TOOL, "signature", "--depth", 3)
+    text = run(BENCH_TOOL, "signature", "--depth", 3)
     nodes = [p["nodes"] for p in signature["positions"]]
     assert [int(n) for n in re.findall(r"^ +(\d+) +[\d.]+ ", text, re.M)] == [*nodes, sum(nodes)]
 
@@ -51,7 +46,7 @@ def test_signature_and_depths():
     for position in depth["positions"]:
         assert [d["depth"] for d in position["depths"]] == [1, 2, 3]
         assert position["nodes"] == position["depths"][-1]["nodes"] == by_fen[position["fen"]]
-    assert re.search(rf"^ +3 .* {depth['nodes']}$", run(TOOL, "depth", "--depth", 3), re.M)
+    assert re.search(rf"^ +3 .* {depth['nodes']}$", run(BENCH_TOOL, "depth", "--depth", 3), re.M)
 
 
 @pytest.mark.skipif(SLOW, reason="takes minutes under the sanitizers")
@@ -75,7 +70,7 @@ def test_perft(variant, fen, depth, count):
     assert [(p["fen"], p["variant"]) for p in perft["positions"]] == [(fen, variant)]
     if count is None:
         other = run(BRIVOK + "-perft", depth, fen, variant)
-        count = int(re.search(r"Nodes: (\d+)", other)[1])
+        count = int(re.findall(r"Nodes: (\d+)", other)[0])
     assert perft["nodes"] == count
 
 
@@ -89,7 +84,7 @@ def test_perft(variant, fen, depth, count):
     (["signature", "--hash", 3], "--hash"),
 ])
 def test_bad_arguments(arguments, told):
-    assert told in run(TOOL, *arguments, code=1)
+    assert told in run(BENCH_TOOL, *arguments, code=1)
 
 
 def test_compare():

@@ -6,9 +6,8 @@ import struct
 
 import pytest
 
-from test_protocol import START
-from uci_engine import squares
-from winboard_engine import WinBoard
+from chesskit.board import START, squares
+from chesskit.brivok import WinBoard
 
 WORD = 2**64 - 1
 NOTE = re.compile(r"## (This position|and there are|\([a-h])")

@@ -2,42 +2,36 @@
 positions are told apart by their text, not by keys."""
 
 import os
-import subprocess
 from collections import defaultdict
 from pathlib import Path
 
 import pytest
 
-from test_book_tool import RECORD, TOOL
-from uci_engine import ROOT, SLOW, installed
+from chesskit.board import squares
+from chesskit.programs import BOOK_TOOL, ROOT, SLOW, installed, run_tool
+from test_book_tool import RECORD
 
 GAMES = Path(os.environ.get("BRIVOK_GAMES", ROOT / "data/book/games.pgn"))
 PLIES = 40
 RESULTS = ["1-0", "0-1", "1/2-1/2"]
 
 
-def file_is(row, file, pawn):
-    """The row of a placement has the pawn on the file, 0 to 7."""
-    squares = "".join("." * int(c) if c.isdigit() else c for c in row)
-    return 0 <= file < 8 and squares[file] == pawn
-
-
 def position_of(epd):
     """The four fields; a square passed over only with an enemy pawn beside the one that did."""
     placement, side, castling, passed = epd.split(" ")[:4]
     if passed != "-":
-        row = placement.split("/")[4 if side == "b" else 3]
-        file = "abcdefgh".index(passed[0])
-        pawn = "p" if side == "b" else "P"
-        if not any(file_is(row, beside, pawn) for beside in (file - 1, file + 1)):
+        pawn, rank = ("p", 4) if side == "b" else ("P", 5)
+        men, file = squares(placement), ord(passed[0])
+        if pawn not in (men.get(f"{chr(beside)}{rank}") for beside in (file - 1, file + 1)):
             passed = "-"
     return f"{placement} {side} {castling} {passed}"
 
 
 def count_positions(lines):
     """Position -> [White's wins, Black's wins, draws], each once a game."""
-    counts = defaultdict(lambda: [0, 0, 0])
-    games, game = 0, []
+    counts: dict[str, list[int]] = defaultdict(lambda: [0, 0, 0])
+    game: list[str] = []
+    games = 0
     for line in [*lines, ""]:
         if line:
             game.append(line)
@@ -53,18 +47,15 @@ def count_positions(lines):
 def test_every_count_is_equal(tmp_path):
     program = installed("pgn-extract")
     assert program, "Debian's pgn-extract is missing"
-    replayed = subprocess.run([program, "-s", "-Wepd", GAMES], capture_output=True, text=True,
-                              encoding="latin-1", check=True)
+    replayed = run_tool(program, "-s", "-Wepd", GAMES)
     games, counts = count_positions(replayed.stdout.splitlines())
 
     book = tmp_path / "book.bin"
-    text = subprocess.run([TOOL, "build", GAMES, "-o", book, "--plies", str(PLIES)], text=True,
-                          capture_output=True, check=True).stdout
+    text = run_tool(BOOK_TOOL, "build", GAMES, "-o", book, "--plies", PLIES).stdout
     assert f" {games} games read\n" in text and f" {games} counted\n" in text
     assert book.stat().st_size == RECORD.size * len(counts)
 
     positions = list(counts)
-    found = subprocess.run([TOOL, "lookup", book], text=True, capture_output=True, check=True,
-                           input="".join(position + "\n" for position in positions)).stdout
+    found = run_tool(BOOK_TOOL, "lookup", book, input="".join(x + "\n" for x in positions)).stdout
     for position, line in zip(positions, found.splitlines(), strict=True):
         assert [int(x) for x in line.split()[1:4]] == counts[position], position

@@ -11,9 +11,9 @@ import time
 
 import pytest
 
-from uci_engine import PATIENCE, ROOT
+from chesskit.process import PATIENCE
+from chesskit.programs import BOOK_TOOL, run_tool
 
-TOOL = os.path.abspath(os.environ.get("BRIVOK_BOOK", ROOT / "build/release/bin/brivok-book"))
 RECORD = struct.Struct("<QIIII")
 GAMES = """\
 [Event "?"]
@@ -57,10 +57,8 @@ GAMES = """\
 def run(tmp_path):
     """Runs the tool in an empty folder; returns what it prints, or its errors if it must fail."""
     def call(*arguments, data="", fails=False, **more):
-        done = subprocess.run([TOOL, *map(str, arguments)], input=data.encode("latin-1"),
-                              capture_output=True, timeout=PATIENCE, cwd=tmp_path, **more)
-        assert done.returncode == (1 if fails else 0), done
-        return (done.stderr if fails else done.stdout).decode("latin-1")
+        done = run_tool(BOOK_TOOL, *arguments, code=int(fails), input=data, cwd=tmp_path, **more)
+        return done.stderr if fails else done.stdout
 
     return call
 
@@ -152,13 +150,14 @@ def test_spilling_changes_nothing(run, tmp_path):
 
 def test_faulty_books(run, tmp_path):
     good = [(1, 1, 0, 0, 0), (7, 0, 1, 2, 32), (1 << 63, 0, 0, 1, 0)]
-    for name, rows, tail, message in [
-            ("good", good, b"", None), ("empty", [], b"", None),
-            ("cut", good, b"\0" * 23, r"record 4 \(byte 72\): the file ends"),
-            ("order", [good[1], good[0]], b"", r"record 2 \(byte 24\): its key is below"),
-            ("twice", [good[0], good[0]], b"", r"record 2 \(byte 24\): its key is that of"),
-            ("no games", [(1, 0, 0, 0, 0)], b"", r"record 1 \(byte 0\): it has no games"),
-            ("mark", [(1, 1, 0, 0, 3)], b"", r"record 1 \(byte 0\): its annotation 3")]:
+    cases: list[tuple[str, list, bytes, str | None]] = [
+        ("good", good, b"", None), ("empty", [], b"", None),
+        ("cut", good, b"\0" * 23, r"record 4 \(byte 72\): the file ends"),
+        ("order", [good[1], good[0]], b"", r"record 2 \(byte 24\): its key is below"),
+        ("twice", [good[0], good[0]], b"", r"record 2 \(byte 24\): its key is that of"),
+        ("no games", [(1, 0, 0, 0, 0)], b"", r"record 1 \(byte 0\): it has no games"),
+        ("mark", [(1, 1, 0, 0, 3)], b"", r"record 1 \(byte 0\): its annotation 3")]
+    for name, rows, tail, message in cases:
         (tmp_path / name).write_bytes(b"".join(RECORD.pack(*r) for r in rows) + tail)
         if message is None:
             assert "sound" in run("check", name)
@@ -217,8 +216,9 @@ def wait_until(condition):
 
 def test_interrupt_leaves_nothing(tmp_path):
     # While games are read there is nothing to put away.
-    process = subprocess.Popen([TOOL, "build", "-", "-o", "a.bin"], cwd=tmp_path,
+    process = subprocess.Popen([BOOK_TOOL, "build", "-", "-o", "a.bin"], cwd=tmp_path,
                                stdin=subprocess.PIPE)
+    assert process.stdin
     process.stdin.write(GAMES.encode())
     process.stdin.flush()
     time.sleep(0.2)
@@ -228,7 +228,7 @@ def test_interrupt_leaves_nothing(tmp_path):
 
     # While a book is written there is.
     os.mkfifo(tmp_path / "pipe")
-    process = subprocess.Popen([TOOL, "merge", "pipe", "-o", "a.bin"], cwd=tmp_path)
+    process = subprocess.Popen([BOOK_TOOL, "merge", "pipe", "-o", "a.bin"], cwd=tmp_path)
     with open(tmp_path / "pipe", "wb") as pipe:
         pipe.write(RECORD.pack(1, 1, 0, 0, 0))
         pipe.flush()

@@ -13,12 +13,14 @@ from pathlib import Path
 
 import pytest
 
-from uci_engine import BRIVOK, PATIENCE, ROOT, SLOW, Process
+from chesskit.process import PATIENCE, Process
+from chesskit.programs import BRIVOK, ROOT, SLOW
 
 PAGES = [ROOT / "README.md", ROOT / "CONTRIBUTING.md", ROOT / "data/README.md",
          *sorted((ROOT / "docs").glob("*.md"))]
 BLOCK = re.compile(r"^(<!-- not run: .+ -->\n)?```(\w+)\n(.*?)^```$", re.M | re.S)
-PATHS = re.compile(r"(?<![\w./-])(?:apps|bench|data|docs|fuzz|scripts|src|tests)/[\w./*-]*\w")
+FOLDERS = "apps|bench|data|docs|fuzz|python|scripts|src|tests"
+PATHS = re.compile(rf"(?<![\w./-])(?:{FOLDERS})/[\w./*-]*\w")
 EACH_PAGE = pytest.mark.parametrize("page", PAGES, ids=lambda page: str(page.relative_to(ROOT)))
 
 
@@ -30,7 +32,7 @@ def rows(page, head, section=""):
     """The cells of all tables below a heading whose first column has this head."""
     text, found, taken = (ROOT / page).read_text(), [], False
     if section:
-        text = re.search(rf"^(#+) {section}\n(.*?)(?=^\1 |\Z)", text, re.M | re.S)[2]
+        [(_, text)] = re.findall(rf"^(#+) {section}\n(.*?)(?=^\1 |\Z)", text, re.M | re.S)
     for line in text.splitlines():
         cells = [cell.strip() for cell in line.strip().strip("|").split("|")]
         if not line.startswith("|"):

@@ -1,28 +1,38 @@
 """Full games of the engine against itself; a referee checks every move."""
 
+import math
 import random
 import time
 
 import pytest
 
-from game import Clocks, Game
-from uci_engine import SLACK, SLOW, squares
+from chesskit.board import squares
+from chesskit.brivok import NO_MOVE, SLACK, Brivok
+from chesskit.game import Clocks, Game
+from chesskit.programs import SLOW
 
 PLIES = 24 if SLOW else 200
 TIME_UNIT = 5 if SLOW else 1  # clocks of a sanitizer build run longer
 
 
-def self_play(game, engines, go, plies=PLIES, limit=None, ends=None):
+def check_end(game, engine):
+    """With the game over by rule there is no move; repetition is the interface's to claim."""
+    best = engine.go("go depth 3", game.line()).best
+    over = game.end in ("mate", "stalemate") or game.end != "repetition" and len(game.legal) > 1
+    assert best == NO_MOVE if over else best in game.legal, (best, game.end, game.line())
+
+
+def self_play(game, engines, go, plies=PLIES, limit=math.inf, ends=None):
     """Plays on to the end, or until one of `ends`. `go` is a line or a function of the game."""
     while game.end not in (ends or (game.end or "-",)) and game.legal and len(game.moves) < plies:
         engine = engines[len(game.moves) % len(engines)]
-        assert game.check or engine.moves(game.line()) == set(game.legal), game.line()
+        assert game.check or set(engine.moves(game.line())) == set(game.legal), game.line()
         if callable(go):
             go(engine, game)
         else:
-            game.play(engine.go(go, game.line(), limit))
+            game.play(engine.go(go, game.line(), limit=limit))
     if game.end:
-        game.check_end(engines[0])
+        check_end(game, engines[0])
 
 
 class Timed(Clocks):
@@ -33,7 +43,7 @@ class Timed(Clocks):
 
     def move(self, engine, game):
         side = game.side
-        reply = engine.go("go " + self.text(side), game.line(), self.left[side] / 1000)
+        reply = engine.go("go " + self.text(side), game.line(), limit=self.left[side] / 1000)
         self.spend(side, reply.seconds)
         game.play(reply)
 
@@ -47,10 +57,11 @@ def test_clocks(start, referee, base, increment, session, plies):
 
 @pytest.mark.parametrize("go, limit, processes, fen", [
     ("go movetime 30", 0.03, 2, "startpos"),
-    ("go depth 5", None, 2, "startpos"),
-    ("go depth 4", None, 1, "fen r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq -"),
-    ("go nodes 4000", None, 1, "startpos"),
-    ("go nodes 1", None, 1, "startpos")])
+    ("go depth 5", math.inf, 2, "startpos"),
+    ("go depth 4", math.inf, 1,
+     "fen r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq -"),
+    ("go nodes 4000", math.inf, 1, "startpos"),
+    ("go nodes 1", math.inf, 1, "startpos")])
 def test_fixed_limits(start, referee, go, limit, processes, fen):
     self_play(Game(referee, fen), [start() for _ in range(processes)], go, limit=limit)
 
@@ -69,7 +80,8 @@ def test_infinite_and_stop(engine, referee):
 
 def test_pondering(start, referee):
     """Both sides think on each other's time, as an interface has it done."""
-    clocks, guesses, counts = Timed(3000 * TIME_UNIT, 20 * TIME_UNIT), {}, {"hit": 0, "miss": 0}
+    clocks, counts = Timed(3000 * TIME_UNIT, 20 * TIME_UNIT), {"hit": 0, "miss": 0}
+    guesses: dict[Brivok, list[str]] = {}
     engines = [start(), start()]
 
     def go(engine, game):
@@ -114,7 +126,7 @@ def test_fischer_random(start, referee, array):
         castlings = [m for m in game.legal if m.startswith("O")]
         quiet = [m for m in game.legal if m[:2] not in squares(game.fen) or
                  squares(game.fen)[m[:2]] not in "KkRr" and m[2:4] not in squares(game.fen)]
-        assert game.check or engine.moves(game.line()) == set(game.legal), game.line()
+        assert game.check or set(engine.moves(game.line())) == set(game.legal), game.line()
         game.push(chance.choice(castlings or sorted(quiet) or sorted(game.legal)))
         if game.end:
             break

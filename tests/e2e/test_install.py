@@ -6,13 +6,15 @@ import resource
 import shutil
 import subprocess
 from pathlib import Path
+from typing import Any
 
 import pytest
 
-from uci_engine import BRIVOK, PATIENCE, SLOW
+from chesskit.process import PATIENCE
+from chesskit.programs import BRIVOK, SLOW
 
-CMAKE = shutil.which("cmake")
-pytestmark = pytest.mark.skipif(SLOW or not CMAKE, reason="no cmake; the sanitizers have no part in it")
+CMAKE = shutil.which("cmake") or ""
+pytestmark = pytest.mark.skipif(SLOW or not CMAKE, reason="no cmake, or the sanitizers")
 TALK = b"uci\nposition startpos\ngo movetime 3000\n"
 
 
@@ -35,8 +37,13 @@ def user(prefix, tmp_path):
         return subprocess.Popen([program], cwd=cwd, env=environment, stdin=subprocess.PIPE,
                                 stdout=subprocess.PIPE, stderr=subprocess.PIPE, **more)
 
-    start.folder = tmp_path / "home/.local/share/brivok"
     return start
+
+
+@pytest.fixture
+def folder(tmp_path):
+    """Where the user's files lie."""
+    return tmp_path / "home/.local/share/brivok"
 
 
 def talk(process, lines=TALK):
@@ -52,38 +59,38 @@ def content(folder):
     return {str(x.relative_to(folder)): x.read_bytes() for x in folder.rglob("*") if x.is_file()}
 
 
-def test_first_start(prefix, user):
+def test_first_start(prefix, user, folder):
     # Several at once, as an interface starts them for a tournament.
     assert [talk(process) for process in [user() for _ in range(8)]] == [""] * 8
-    assert content(user.folder) == content(prefix / "share/brivok")
-    assert len(content(user.folder)) >= 5
-    assert not (user.folder / "brivok.ini").is_symlink()
-    assert (user.folder / "libro.bin").is_symlink()
+    assert content(folder) == content(prefix / "share/brivok")
+    assert len(content(folder)) >= 5
+    assert not (folder / "brivok.ini").is_symlink()
+    assert (folder / "libro.bin").is_symlink()
 
 
-def test_next_start_keeps_the_users_files(prefix, user):
+def test_next_start_keeps_the_users_files(prefix, user, folder):
     talk(user())
-    settings = user.folder / "brivok.ini"
+    settings = folder / "brivok.ini"
     settings.write_text(settings.read_text().replace("CreateLog: false", "CreateLog: true"))
-    (user.folder / "libro.bin").unlink()
-    (user.folder / "libro.bin").touch()
-    subprocess.run([prefix / "bin/brivok-tables", "pack", user.folder / "kqk.nbw"], check=True)
-    kept = {name: (user.folder / name).read_bytes()
+    (folder / "libro.bin").unlink()
+    (folder / "libro.bin").touch()
+    subprocess.run([prefix / "bin/brivok-tables", "pack", folder / "kqk.nbw"], check=True)
+    kept = {name: (folder / name).read_bytes()
             for name in ("brivok.ini", "libro.bin", "kqk.nbw.emd")}
     links = {"kqk.nbw": None, "krk.nbw": "/gone/share/brivok/krk.nbw",
              "suites/tactical.epd": None, "suites/endings.epd": "/media/disc/endings.epd"}
     for name, target in links.items():
-        (user.folder / name).unlink()
+        (folder / name).unlink()
         if target:
-            (user.folder / name).symlink_to(target)
+            (folder / name).symlink_to(target)
 
     assert talk(user(), b"xboard\nquit\n") == ""
-    after = content(user.folder)
+    after = content(folder)
     assert {name: after[name] for name in kept} == kept
     assert "logs/" in str(after.keys())
     assert "kqk.nbw" not in after
     assert {"krk.nbw", "suites/tactical.epd"} <= after.keys()
-    assert os.readlink(user.folder / "suites/endings.epd") == links["suites/endings.epd"]
+    assert os.readlink(folder / "suites/endings.epd") == links["suites/endings.epd"]
 
 
 @pytest.mark.parametrize("program", ["new one/bin/brivok", "link"])
@@ -103,8 +110,8 @@ def test_any_place(prefix, user, tmp_path, program):
 @pytest.mark.parametrize("trouble, said", [
     ("unset", "HOME is not set"), ("missing", "there is no folder"), ("a file", "File exists"),
     ("no writing", "cannot create"), ("full", "cannot be completed")])
-def test_trouble_at_home_stops_no_game(prefix, user, tmp_path, trouble, said):
-    arguments, folder = {}, user.folder
+def test_trouble_at_home_stops_no_game(prefix, user, folder, tmp_path, trouble, said):
+    arguments: dict[str, Any] = {}
     if trouble == "unset":
         arguments["home"] = None
     elif trouble == "missing":

@@ -5,7 +5,7 @@ import time
 
 import pytest
 
-from uci_engine import PATIENCE
+from chesskit.process import PATIENCE
 
 SETTINGS = "CreateLog: true\nOpeningsBook: false\n"
 STARTED = """## Allocated 65536 hash entries = 1048576 bytes
@@ -44,6 +44,7 @@ def body(path):
     """What stands behind the head of a numbered log."""
     text = path.read_text()
     head = HEAD.match(text)
+    assert head
     stamp = time.mktime(time.strptime(head[2], "%a %b %d %H:%M:%S %Y"))
     assert time.time() - 3 * PATIENCE < stamp <= time.time()
     return text[head.end():]

@@ -8,16 +8,16 @@ from pathlib import Path
 
 import pytest
 
-from uci_engine import BRIVOK, ROOT
+from chesskit.programs import BRIVOK, ROOT, run_tool
 
 PAGES = sorted((ROOT / "docs/man").iterdir())
-VERSION = re.search(r"brivok VERSION (\S+)", (ROOT / "CMakeLists.txt").read_text())[1]
+VERSION = re.findall(r"brivok VERSION (\S+)", (ROOT / "CMakeLists.txt").read_text())[0]
 TOOLS = [page.stem for page in PAGES if page.suffix == ".1"]
 OPTION = re.compile(r"(?<![\w-])--?[a-z][\w-]*")
 
 
 def help_of(*command):
-    return subprocess.run([*command, "--help"], check=True, capture_output=True, text=True).stdout
+    return run_tool(*command, "--help").stdout
 
 
 @pytest.mark.parametrize("name", TOOLS)

@@ -7,10 +7,9 @@ import sys
 
 import pytest
 
-from uci_engine import BRIVOK, PATIENCE, ROOT, SLOW, installed
-
-sys.path.insert(0, str(ROOT / "tests/soak"))
-from standing import Standing  # noqa: E402
+from chesskit.process import PATIENCE
+from chesskit.programs import BRIVOK, ROOT, SLOW, installed
+from chesskit.standing import Standing
 
 pytestmark = pytest.mark.skipif(
     SLOW or not (installed("stockfish") and installed("pgn-extract")),

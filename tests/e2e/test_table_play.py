@@ -7,12 +7,12 @@ more tables than those of three men, and BRIVOK_POSITIONS how many positions to 
 import os
 import random
 import re
-import subprocess
 
 import pytest
 
-from uci_engine import BRIVOK, SLOW, Brivok
-from winboard_engine import WinBoard
+from chesskit.board import SQUARES, is_dead, placement
+from chesskit.brivok import Brivok, WinBoard
+from chesskit.programs import SLOW, TABLES_TOOL, run_tool
 
 POSITIONS = int(os.environ.get("BRIVOK_POSITIONS", "12" if SLOW else "60"))
 MATE = 32767
@@ -53,15 +53,7 @@ def random_position(rng, signature):
         if any(attacks(men, man, s, king) for s, man in men.items()
                if man.isupper() == (mover == "w")):
             continue
-        rows = ("".join(men.get(8 * r + f, " ") for f in range(8)) for r in range(7, -1, -1))
-        placement = re.sub(" +", lambda m: str(len(m[0])), "/".join(rows))
-        return f"{placement} {mover} - - 0 1"
-
-
-def is_over(fen):
-    """Neither side has the men to mate: the engine plays on no more."""
-    men = re.sub("[^a-z]", "", fen.split()[0].lower())
-    return sorted(men) in (list("kk"), list("bkk"), list("kkn"))
+        return f"{placement({SQUARES[s]: man for s, man in men.items()})} {mover} - - 0 1"
 
 
 class Oracle(WinBoard):
@@ -77,9 +69,7 @@ def tables(tmp_path_factory):
     if "BRIVOK_TABLES" in os.environ:
         return os.environ["BRIVOK_TABLES"]
     folder = tmp_path_factory.mktemp("tables")
-    tool = os.environ.get("BRIVOK_TABLES_TOOL", BRIVOK + "-tables")
-    subprocess.run([tool, "make", "3men", "-o", folder], check=True,
-                   capture_output=True)
+    run_tool(TABLES_TOOL, "make", "3men", "-o", folder)
     return str(folder)
 
 
@@ -97,12 +87,13 @@ def play(players, referee, rng, start):
     """The engine against itself, or in a draw against any moves, up to a mate or the end of what
     is to be held. Returns the number of half-moves to the mate, or None."""
     engine, oracle = players
-    played, drawn = [], 0
+    drawn = 0
+    played: list[str] = []
     while drawn < 2 * HELD:
         legal, fen, check = referee.look(f"fen {start}", played)
         if not legal:
             return len(played) if check else None
-        if is_over(fen):
+        if is_dead(fen):
             return None
         worth = oracle.after_moves(fen)
         assert worth.keys() == legal.keys(), fen
@@ -118,7 +109,7 @@ def play(players, referee, rng, start):
 
 
 def test_exact_play(players, referee, tables):
-    names = {re.match("k[qrbnp]*k[qrbnp]*", name)[0] for name in os.listdir(tables)}
+    names = set(re.findall("^k[qrbnp]*k[qrbnp]*", "\n".join(os.listdir(tables)), re.M))
     names -= {"kbk", "knk"}  # never played on
     rng, mates = random.Random(1), 0
     for name in (sorted(names) * POSITIONS)[:POSITIONS]:

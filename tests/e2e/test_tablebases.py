@@ -6,9 +6,10 @@ import subprocess
 
 import pytest
 
+from chesskit.brivok import WinBoard
+from chesskit.process import PATIENCE
+from chesskit.programs import BRIVOK, SLOW
 from table_files import packed, plain
-from uci_engine import BRIVOK, PATIENCE, SLOW
-from winboard_engine import WinBoard
 
 KQK = "8/8/8/3k4/8/8/8/Q2K4 w - - 0 1"
 MATED_IN_8 = -118  # the byte of the file
@@ -98,10 +99,7 @@ def test_options(start, tmp_path):
     engine.set("NalimovPath", "none;my Tables")
     engine.set("NalimovCache", 65)
     engine.set("NalimovCache", 3)
-    engine.start("go depth 4", f"position fen {KQK}")
-    said = engine.wait("bestmove")
-    engine.searches -= 1
-    infos = [x for x in said if x.startswith("info depth")]
+    infos = engine.go("go depth 4", f"position fen {KQK}").info
     assert infos and all(re.search(r" hashfull \d+ tbhits [1-9]\d* pv ", x) for x in infos)
     assert "score mate 9 " in infos[-1]
     engine.send("xboard", "uci")
@@ -126,7 +124,7 @@ def test_winboard_output(start, tmp_path, tables):
                           "Using 3-men Nalimov's Endgame Tablebases",
                           "Allocated 2097152 bytes for EGTB cache"]
     line, = [x for x in notes if x.startswith("EGTB: ")]
-    probes, hits, share = re.fullmatch(r"EGTB: \(P/H\): (\d+)/(\d+) \((.*)%\)", line).groups()
+    [(probes, hits, share)] = re.findall(r"^EGTB: \(P/H\): (\d+)/(\d+) \((.*)%\)$", line)
     assert 0 < int(hits) <= int(probes) and share == f"{int(hits) * 100 / (int(probes) + 1):.3f}"
 
 

@@ -3,14 +3,12 @@
 import os
 import random
 import re
-import subprocess
 from pathlib import Path
 
 import pytest
 
-from uci_engine import BRIVOK, SLOW
+from chesskit.programs import SLOW, TABLES_TOOL, run_tool
 
-TOOL = os.environ.get("BRIVOK_TABLES_TOOL", BRIVOK + "-tables")
 FOLDER = Path(os.environ.get("BRIVOK_TABLES", "."))
 THREE = ("kpk", "knk", "kbk", "krk", "kqk")
 MORE = () if SLOW else ("krrk",)
@@ -18,8 +16,9 @@ LONGEST = {  # moves to the longest mate, with the first and with the second sid
     "kqk": (10, 0), "krk": (16, 0), "kpk": (28, 0), "kbk": (0, 0), "knk": (0, 0), "krrk": (7, 0),
 }
 LONGEST_OF_FOUR = {
-    "kbnk": (33, 0), "kbbk": (19, 0), "kqkq": (13, 13), "krkr": (19, 19), "kqkr": (35, 19), "krkb": (29, 0), "krkn": (40, 1),
-    "kqkb": (17, 0), "kqkn": (21, 0), "kqkp": (28, 29), "krkp": (26, 43), "kpkp": (33, 33),
+    "kbnk": (33, 0), "kbbk": (19, 0), "kqkq": (13, 13), "krkr": (19, 19), "kqkr": (35, 19),
+    "krkb": (29, 0), "krkn": (40, 1), "kqkb": (17, 0), "kqkn": (21, 0), "kqkp": (28, 29),
+    "krkp": (26, 43), "kpkp": (33, 33),
 }
 PASSANT = {  # entries of kpkp by side and index: captures in passing, then with the right gone
     (0, 3856553): 127 - 9, (0, 3859781): 127 - 10, (1, 3839818): 127 - 12, (1, 3850788): 127 - 9,
@@ -30,8 +29,7 @@ PASSANT = {  # entries of kpkp by side and index: captures in passing, then with
 
 def tool(*arguments, code=0):
     """What the tool writes."""
-    done = subprocess.run([TOOL, *map(str, arguments)], capture_output=True, text=True, timeout=600)
-    assert done.returncode == code, done.stdout + done.stderr
+    done = run_tool(TABLES_TOOL, *arguments, code=code)
     return done.stdout + done.stderr
 
 
@@ -80,8 +78,8 @@ def test_damage_is_found_and_mended(small):
     damaged[place] += 1
     file.write_bytes(damaged)
     finding = tool("verify", small, code=1)
-    assert re.search(rf"^krk: krk.nbb entry {place} says mated in 8 instead of mated in 7: \S+ b - - 0 1$",
-                     finding, re.M), finding
+    fault = f"krk: krk.nbb entry {place} says mated in 8 instead of mated in 7"
+    assert re.search(rf"^{fault}: \S+ b - - 0 1$", finding, re.M), finding
     (small / "krk.nbb.tmp").write_bytes(b"half")
     file.write_bytes(bytes(random.Random(1).choices(right, k=len(right))))
     tool("verify", small, "--sample", "200", code=1)

@@ -1,12 +1,13 @@
 """The two test drivers of the console: EPD suites and the symmetry of the evaluation."""
 
 import re
-import subprocess
 import sys
 
 import pytest
 
-from uci_engine import BRIVOK, PATIENCE, ROOT, SLACK
+from chesskit.brivok import SLACK, talk
+from chesskit.process import PATIENCE
+from chesskit.programs import BRIVOK, ROOT, run_tool
 
 BACK_RANK = "6k1/5ppp/8/8/8/8/8/R3K3 w - - "
 SUITE = [  # line, solved
@@ -142,10 +143,7 @@ def test_failures_end_the_dialogue_and_nothing_else(start, tmp_path):
     (b"evaltest\nsuite.epd", "GOOD\n\n")])
 def test_end_of_input(tmp_path, data, last):
     write(tmp_path, "suite.epd", [line for line, _ in SUITE[:2]])
-    done = subprocess.run([BRIVOK], input=data, capture_output=True, timeout=PATIENCE,
-                          cwd=tmp_path)
-    assert (done.returncode, done.stderr) == (0, b"")
-    assert done.stdout.decode("latin-1").endswith(last)
+    assert talk(data, tmp_path)[0].endswith(last)
 
 
 def test_input_during_a_run(start, tmp_path):
@@ -172,8 +170,7 @@ def test_input_during_a_run(start, tmp_path):
 
 def test_evaluation_is_symmetric(start, tmp_path):
     script = ROOT / "scripts/make_eval_pairs.py"
-    subprocess.run([sys.executable, script, BRIVOK, tmp_path / "pairs.epd", "--pairs", "500"],
-                   check=True, timeout=PATIENCE * 2)
+    run_tool(sys.executable, script, BRIVOK, tmp_path / "pairs.epd", "--pairs", 500)
     engine = start(uci=False)
     engine.send("evaltest", "pairs.epd", "uci")
     lines = engine.wait("uciok")
@@ -193,6 +190,6 @@ def test_evaluation_of_few_lines(start, tmp_path):
     first, second, verdict, end = engine.wait("Eval1") + engine.wait("")
     assert (first, second, end) == ("EPD Filename: " + white + "w", black + "w", "")
     m = re.fullmatch(r"Eval1: (-?\d+) - Eval2: (-?\d+) - WRONG", verdict)
-    assert int(m[1]) == -int(m[2]) > 0
+    assert m and int(m[1]) == -int(m[2]) > 0
     engine.send("evaltest", "empty.epd")
     assert engine.wait("EPD") == ["EPD Filename: "]

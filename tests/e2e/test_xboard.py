@@ -6,9 +6,11 @@ import subprocess
 
 import pytest
 
-from game import Game
-from uci_engine import BRIVOK, PATH, PATIENCE, SLOW, installed
-from winboard_engine import CLAIMS, read_san
+from chesskit.brivok import claim
+from chesskit.game import Game
+from chesskit.notation import read_san
+from chesskit.process import PATIENCE
+from chesskit.programs import BRIVOK, PATH, SLOW, installed
 
 XBOARD, XVFB = (installed(name) for name in ("xboard", "xvfb-run"))
 # All claims are left to the engines. xboard tests each of them, and counts a false one as a loss.
@@ -32,7 +34,7 @@ RIGHTS = [f"-{side}NeedsNoncompliantFEN" for side in ("first", "second")]
 RIGHTS = [RIGHTS[0], "KQkq -", RIGHTS[1], "KQkq -", "-defaultFrcPosition", "342"]
 
 SD = "2" if SLOW else "4"
-MATCHES = [
+MATCHES: list[tuple[str, int, list[str], str, str | None]] = [
     ("sd", 2, ["-depth", SD, "-xponder"], f"sd {SD}", None),
     ("fischerandom", 2, ["-depth", SD, "-xponder", "-variant", "fischerandom", *RIGHTS],
      f"sd {SD}", None),
@@ -48,7 +50,7 @@ def read_pgn(text):
     """(tags, SAN moves, reason, result) of each game."""
     for game in re.findall(r"((?:\[.+\]\n)+)\n((?:.+\n)+)", text):
         tags = dict(re.findall(r'\[(\w+) "(.*)"\]', game[0]))
-        reason, result = re.search(r"\{([^}]*)\}\s+(\S+)\s*$", game[1]).groups()
+        [(reason, result)] = re.findall(r"\{([^}]*)\}\s+(\S+)\s*$", game[1])
         moves = re.sub(r"\{[^}]*\}|\d+\.(?: \.\.\.)?", " ", game[1]).split()[:-1]
         yield tags, moves, reason, result
 
@@ -86,7 +88,6 @@ def test_match(tmp_path, referee, name, games, arguments, told, start):
             assert game.end is None, (game.end, tags, moves)
             game.push(read_san(san, game.legal, game.fen))
         assert game.end, (reason, game.fen)
-        claims = CLAIMS[game.end]
-        assert reason == claims[not game.white if len(claims) > 1 else 0], (reason, game.end)
+        assert reason == claim(game.end, game.side), (reason, game.end)
         assert result == tags["Result"] == {"Black mates": "0-1", "White mates": "1-0"}.get(
             reason, "1/2-1/2")

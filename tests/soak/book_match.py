@@ -14,45 +14,40 @@ import sys
 import tempfile
 from pathlib import Path
 
-ROOT = Path(__file__).resolve().parents[2]
-sys.path[:0] = [str(ROOT / "tests/e2e"), str(ROOT / "scripts")]
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "python"))
 
-from game import Game  # noqa: E402
-from make_book_games import DRAW, Adjudicator, last_score  # noqa: E402
-from standing import Standing  # noqa: E402
-from uci_engine import Brivok, Referee  # noqa: E402
+from chesskit.brivok import Brivok  # noqa: E402
+from chesskit.errors import ChessError, run_script  # noqa: E402
+from chesskit.game import DRAW, Adjudicator, Game  # noqa: E402
+from chesskit.referee import Referee  # noqa: E402
+from chesskit.standing import Standing  # noqa: E402
 
 BOOK_NAME = "libro.bin"
 MOST_PLIES = 600
 
 
-def play(engines, referee, go):
+def play(engines: list[Brivok], referee: Referee, go: str) -> tuple[str, list[str], list[int]]:
     """One game of White's and Black's engine; its result, its moves, and how many moves each side
     took from a book at its beginning."""
     game, adjudicator, booked, searched = Game(referee), Adjudicator(), [0, 0], [False, False]
     for engine in engines:
-        engine.send("ucinewgame")
-        engine.ready()
+        engine.new_game()
     while not game.end:
         side = game.side
-        engines[side].send(game.line(), "go " + go)
-        lines = engines[side].wait("bestmove")
-        move = lines[-1].split()[1]
-        assert move in game.legal, f"illegal move {move} after {game.line()}"
-        if any(line.startswith("info depth") for line in lines):
+        reply = engines[side].go("go " + go, game.line())
+        score = reply.score
+        if score:
             searched[side] = True
-            score = last_score(lines)
         else:
             booked[side] += not searched[side]
-            score = 0
-        result = adjudicator.result(score, game.white, len(game.moves))
+        result = adjudicator.result(score.centipawns if score else 0, game.white, len(game.moves))
         if result or len(game.moves) == MOST_PLIES:
             return result or DRAW, game.moves, booked
-        game.push(move)
+        game.push(reply.best)
     return game.result, game.moves, booked
 
 
-def report(standing, lines, booked):
+def report(standing: Standing, lines: list[tuple[str, ...]], booked: list[list[int]]) -> None:
     """The standing is that of the side with the book."""
     games, (difference, low, high) = standing.games, standing.rating()
     print(f"score of the book's side: {standing.points:g} of {games} "
@@ -63,29 +58,30 @@ def report(standing, lines, booked):
           f"at most {max(b for b, _ in booked)}; without the book: {sum(n for _, n in booked)}")
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
+def main() -> int:
+    parser = argparse.ArgumentParser(description=(__doc__ or "").split("\n\n")[0])
     parser.add_argument("book", help="the book's file, or none")
     parser.add_argument("--games", type=int, default=200)
     parser.add_argument("--go", default="movetime 50", help="limit of a search (movetime 50)")
     options = parser.parse_args()
-    referee = Referee()
-    standing, lines, booked, troubles = Standing(), [], [], 0
+    referee, standing, troubles = Referee(), Standing(), 0
+    lines: list[tuple[str, ...]] = []
+    booked: list[list[int]] = []
 
     with tempfile.TemporaryDirectory() as with_book, tempfile.TemporaryDirectory() as without:
         if options.book != "none":
             shutil.copy(options.book, Path(with_book) / BOOK_NAME)
-        engines = []
+        engines: list[Brivok] = []
         for number in range(options.games):
             order = 1 if number % 2 == 0 else -1  # the book's side is White, then Black
             try:
                 engines = engines or [Brivok(with_book), Brivok(without)]
                 result, moves, counts = play(engines[::order], referee, options.go)
-            except AssertionError as error:
+            except ChessError as error:
                 troubles += 1
                 print(f"game {number}: {error}", flush=True)
                 for engine in engines:
-                    engine.p.kill()
+                    engine.kill()
                 engines = []
                 continue
             standing.add(result, white=order > 0)
@@ -94,9 +90,8 @@ def main():
             if sys.stdout.isatty():
                 print(f"\r{number + 1}/{options.games}", end="\r", flush=True)
         for engine in engines:
-            engine.send("quit")
-            engine.p.wait(10)
-    referee.send("quit")
+            engine.quit(10)
+    referee.quit()
     if standing.games:
         report(standing, lines, booked)
     print(f"illegal moves, crashes and hangs: {troubles}")
@@ -104,4 +99,4 @@ def main():
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    run_script(main)

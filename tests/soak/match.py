@@ -28,31 +28,40 @@ import sys
 import tempfile
 import threading
 import time
-from collections import Counter, namedtuple
+from collections import Counter
+from collections.abc import Callable, Sequence
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
+from typing import Any, NamedTuple, TypeVar
 
-ROOT = Path(__file__).resolve().parents[2]
-sys.path[:0] = [str(ROOT / "tests/e2e"), str(ROOT / "scripts")]
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "python"))
 
-from game import Clocks, Game  # noqa: E402
-from make_book_games import DRAW, to_pgn, write_san  # noqa: E402
-from players import FAULTS, HASH, KINDS, OPPONENTS, PATIENCE, Forfeit, Settings  # noqa: E402
-from standing import Standing  # noqa: E402
-from uci_engine import BRIVOK, Referee, installed  # noqa: E402
+from chesskit.errors import ChessError, EngineError, run_script  # noqa: E402
+from chesskit.game import DRAW, Clocks, Game  # noqa: E402
+from chesskit.notation import to_pgn, write_pgn  # noqa: E402
+from chesskit.process import Process  # noqa: E402
+from chesskit.programs import BRIVOK, ROOT, installed, needed  # noqa: E402
+from chesskit.referee import Referee  # noqa: E402
+from chesskit.standing import Standing  # noqa: E402
+from players import (FAULTS, HASH, KINDS, OPPONENTS, PATIENCE, Forfeit, Player,  # noqa: E402
+                     Settings)
 
 NAME = "Brivok"
 OPENING_PLIES = 6  # so few that the book has something left to say
 MOST_PLIES = 600
 
-Configuration = namedtuple("Configuration", "protocol ponder book tables")
+Record = dict[str, Any]  # of a game
+Kind = TypeVar("Kind", bound=Process)
 
 
-class Judged(Game):
-    FIFTY = 100  # as the rules of chess have it
+class Configuration(NamedTuple):
+    protocol: str
+    ponder: bool
+    book: bool
+    tables: bool
 
 
-def judge(player, word, game):
+def judge(player: Player, word: str, game: Game) -> tuple[str, str]:
     """The result that an engine declares in place of a move, and why."""
     loss = "0-1" if game.white else "1-0"
     if "resign" in word or word.startswith(loss):
@@ -60,18 +69,19 @@ def judge(player, word, game):
     raise Forfeit(player, "illegal", f"{word} after {game.line()}")
 
 
-def play(players, referee, opening, options):
+def play(players: Sequence[Player], referee: Referee, opening: Sequence[str],
+         options: argparse.Namespace) -> tuple[Record, Forfeit | None]:
     """One game of White's and Black's player: what is to be recorded of it, and the forfeit if
     there was one. "excess" and "left" are those of both clocks, in milliseconds: the greatest one,
     and what was left in the end."""
-    game, clocks = Judged(referee), Clocks(options.time, options.increment)
-    excess, forfeit = [0, 0], None
+    game, clocks = Game(referee, fifty=100), Clocks(options.time, options.increment)
+    excess, forfeit = [0.0, 0.0], None
     for move in opening:
         game.push(move)
     result, reason = DRAW, "too long"
     try:
         for player in players:
-            player.begin(game)
+            player.begin_game(game)
         while not game.end and len(game.moves) < MOST_PLIES:
             side = game.side
             mover, left = players[side], clocks.left[side]
@@ -92,49 +102,53 @@ def play(players, referee, opening, options):
         if game.end:
             result, reason = game.result, game.end
         for player in players:
-            player.end(result)
-    except Forfeit as error:
-        forfeit = error
-        result, reason = "0-1" if error.player is players[0] else "1-0", error.fault
+            player.end_game(result)
+    except EngineError as error:
+        forfeit = (error if isinstance(error, Forfeit) else
+                   Forfeit(error.engine, "crash", str(error)))
+        result, reason = "0-1" if error.engine is players[0] else "1-0", forfeit.fault
     return {"moves": game.moves, "result": result, "reason": reason,
-            "excess": list(map(round, excess)), "left": list(map(round, clocks.left))}, forfeit
+            "excess": [round(x) for x in excess], "left": [round(x) for x in clocks.left]}, forfeit
 
 
 class Match:
     """The games of all pairings; what is played in one pairing runs in the same two processes."""
 
-    def __init__(self, options):
-        self.options, self.records, self.bad_exits = options, [], 0
-        self.stopping, self.lock, self.processes = threading.Event(), threading.Lock(), set()
+    def __init__(self, options: argparse.Namespace) -> None:
+        self.options, self.bad_exits = options, 0
+        self.records: list[Record] = []
+        self.processes: set[Process] = set()
+        self.stopping, self.lock = threading.Event(), threading.Lock()
         openings = sorted({tuple(line.split("\t")[2].split()[:OPENING_PLIES])
                            for line in (ROOT / "data/book/lines.tsv").read_text().splitlines()})
         random.Random(options.seed).shuffle(openings)
         self.openings = openings
-        self.pairings = list(itertools.product(options.configurations, options.opponents))
+        self.pairings: list[tuple[Configuration, str]] = list(
+            itertools.product(options.configurations, options.opponents))
 
-    def start(self, kind, *arguments):
+    def start(self, kind: type[Kind], *arguments: Any) -> Kind:
         process = kind(*arguments)
         with self.lock:
             self.processes.add(process)
         return process
 
-    def end(self, *processes):
+    def end(self, *processes: Process) -> None:
         for process in processes:
-            process.p.kill()
-            process.p.wait()
+            process.kill()
         with self.lock:
             self.processes.difference_update(processes)
 
-    def players(self, folder, configuration, opponent):
+    def players(self, folder: Path, configuration: Configuration,
+                opponent: str) -> list[Player]:
         program, options = OPPONENTS[opponent], self.options
         ours = Settings(True, configuration.ponder, None, options.time, options.increment)
         theirs = ours._replace(tested=False,
                                nodes=options.nodes if opponent == "stockfish" else None)
         return [self.start(KINDS[configuration.protocol], [options.engine], folder, ours),
-                self.start(KINDS[program.kind], [installed(opponent), *program.arguments],
+                self.start(KINDS[program.kind], [needed(opponent), *program.arguments],
                            folder / "opponent", theirs)]
 
-    def furnish(self, folder, configuration):
+    def furnish(self, folder: Path, configuration: Configuration) -> None:
         """Makes the folder that the engine runs in."""
         (folder / "opponent").mkdir()
         (folder / "brivok.ini").write_text(f"HashMB: {HASH}\n")
@@ -144,10 +158,11 @@ class Match:
             for file in Path(self.options.tables).resolve().glob("*.nb[bw]*"):
                 (folder / file.name).symlink_to(file)
 
-    def pairing(self, number):
+    def pairing(self, number: int) -> None:
         """Plays the games of a pairing, each opening with White and with Black."""
         configuration, opponent = self.pairings[number]
-        players, referee = [], self.start(Referee)
+        players: list[Player] = []
+        referee = self.start(Referee)
         with tempfile.TemporaryDirectory() as name:
             folder = Path(name)
             self.furnish(folder, configuration)
@@ -163,19 +178,19 @@ class Match:
                         return
                     record |= {"white": white, "counts": players[0].counts}
                     if forfeit:
-                        record |= {"fault": NAME if forfeit.player is players[0] else opponent,
+                        record |= {"fault": NAME if forfeit.engine is players[0] else opponent,
                                    "particulars": str(forfeit)}
                     self.note(number, record)
                     if forfeit:
                         self.end(*players)
                         players = []
-                if players and not players[0].quits():
+                if players and not players[0].quit(PATIENCE):
                     self.bad_exits += 1
                     print(f"{NAME} did not quit cleanly: {players[0].stderr()[-3000:]}", flush=True)
             finally:
                 self.end(*players, referee)
 
-    def note(self, number, record):
+    def note(self, number: int, record: Record) -> None:
         """Keeps the record of a game; pairs of figures go with the engine's own first."""
         configuration, opponent = self.pairings[number]
         record |= {"pairing": number, "opponent": opponent, **configuration._asdict(),
@@ -190,7 +205,7 @@ class Match:
                   f"{record['result']} {record['reason']} {len(record['moves'])}{fault}",
                   flush=True)
 
-    def run(self):
+    def run(self) -> None:
         """Pairings without pondering first, several at a time."""
         try:
             for ponder, jobs in ((False, self.options.concurrency), (True, 1)):
@@ -205,7 +220,7 @@ class Match:
         except KeyboardInterrupt:
             print("interrupted")
 
-    def stop(self, pool):
+    def stop(self, pool: ThreadPoolExecutor) -> None:
         self.stopping.set()
         with self.lock:
             for process in self.processes:
@@ -213,14 +228,15 @@ class Match:
         pool.shutdown(cancel_futures=True)
 
 
-def label(configuration):
+def label(configuration: Configuration) -> str:
     switches = zip(configuration._fields[1:], configuration[1:])
     return " ".join([configuration.protocol, *(name for name, on in switches if on)])
 
 
-def row(records):
+def row(records: Sequence[Record]) -> Record:
     """What a line of the table tells of these games."""
-    standing, faults = Standing(), Counter()
+    standing = Standing()
+    faults: Counter[tuple[bool, str]] = Counter()
     for record in records:
         standing.add(record["result"], record["white"])
         if "fault" in record:
@@ -233,13 +249,13 @@ def row(records):
             "theirs": [faults[False, fault] for fault in FAULTS]}
 
 
-def rows(records):
+def rows(records: Sequence[Record]) -> list[tuple[str, dict[str, Record]]]:
     """(heading, {name: row}) of the tables."""
-    def group(key):
+    def group(key: Callable[[Record], str]) -> dict[str, Record]:
         names = dict.fromkeys(key(record) for record in records)
         return {name: row([x for x in records if key(x) == name]) for name in names}
 
-    switches = {}
+    switches: dict[str, Record] = {}
     for name in Configuration._fields[1:]:
         split = group(lambda record: f"{'with' if record[name] else 'without'} {name}")
         switches |= split if len(split) > 1 else {}
@@ -249,7 +265,7 @@ def rows(records):
                 "all games": row(records)})]
 
 
-def show(tables):
+def show(tables: Sequence[tuple[str, dict[str, Record]]]) -> None:
     """The tables in Markdown."""
     for heading, table in tables:
         print(f"\n| {heading} | Games | + | = | - | Points | Elo | 95 % | Illegal | Time | Crash |"
@@ -261,7 +277,7 @@ def show(tables):
                   f"{x['crash']} | {x['excess']} | {'/'.join(map(str, x['theirs']))} |")
 
 
-def write_pgn(path, records):
+def write_games(path: str, records: Sequence[Record]) -> list[str]:
     """Writes the games through pgn-extract, which has to take every move and to find the ends that
     the referee has found. Returns the differences."""
     games = []
@@ -272,13 +288,13 @@ def write_pgn(path, records):
                              "Result": record["result"], "Termination": record["reason"]},
                             record["moves"], record["result"]))
     try:
-        write_san(str(path), games)
-    except (RuntimeError, subprocess.CalledProcessError) as error:
+        write_pgn(path, games)
+    except ChessError as error:
         return [str(error)]
     ends, differences = Counter(record["reason"] for record in records), []
     for end, test in (("mate", "--checkmate"), ("stalemate", "--stalemate"),
                       ("repetition", "--repetition"), ("fifty", "--fifty")):
-        found = subprocess.run([installed("pgn-extract"), "--quiet", test, path],
+        found = subprocess.run([needed("pgn-extract"), "--quiet", test, path],
                                capture_output=True, text=True, check=True).stdout
         count = found.count("[Event ")
         if count != ends[end]:
@@ -287,8 +303,8 @@ def write_pgn(path, records):
     return differences
 
 
-def arguments():
-    head, _, tail = __doc__.partition("\n\n")
+def arguments() -> argparse.Namespace:
+    head, _, tail = (__doc__ or "").partition("\n\n")
     parser = argparse.ArgumentParser(description=head, epilog=tail,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     both = {"both": (False, True), "on": (True,), "off": (False,)}
@@ -332,26 +348,22 @@ def arguments():
     return options
 
 
-def main():
+def main() -> int:
     options = arguments()
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     begin, match = time.monotonic(), Match(options)
-    try:
-        match.run()
-    except Forfeit as error:
-        print(f"an engine does not start: {error}")
-        return 1
+    match.run()
     if not match.records:
         return 1
     match.records.sort(key=lambda record: record["pairing"])
     tables = rows(match.records)
     show(tables)
-    counts = Counter()
+    counts: Counter[str] = Counter()
     for record in match.records:
         counts.update(record["counts"])
         counts["plies"] += len(record["moves"])
 
-    def clock(side):
+    def clock(side: int) -> int:
         return round(statistics.mean(record["left"][side] for record in match.records))
 
     print(f"\n{len(match.records)} games, {counts['plies']} half-moves in "
@@ -362,7 +374,7 @@ def main():
     print("Ends: " + ", ".join(f"{reason} {count}" for reason, count in Counter(
         record["reason"] for record in match.records).most_common()))
     with tempfile.TemporaryDirectory() as folder:
-        differences = write_pgn(options.pgn or Path(folder) / "games.pgn", match.records)
+        differences = write_games(options.pgn or folder + "/games.pgn", match.records)
     print("\n".join(differences) or "pgn-extract agrees with the referee on every move and end.")
     if options.json:
         Path(options.json).write_text(json.dumps(
@@ -373,4 +385,4 @@ def main():
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    run_script(main)

@@ -12,108 +12,95 @@ import random
 import re
 import sys
 import tempfile
-import time
 from collections import Counter
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "e2e"))
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "python"))
 
-from game import Game  # noqa: E402
-from test_winboard import shown  # noqa: E402
-from uci_engine import BRIVOK, Referee  # noqa: E402
-from winboard_engine import CLAIMS, OTHER, RESULTS, THINKING, WinBoard  # noqa: E402
+from chesskit.brivok import WinBoard, claim, shown  # noqa: E402
+from chesskit.errors import ChessError, EngineError, IllegalMove, run_script  # noqa: E402
+from chesskit.game import Clocks, Game  # noqa: E402
+from chesskit.programs import BRIVOK  # noqa: E402
+from chesskit.referee import Referee  # noqa: E402
+from chesskit.winboard import RESULTS  # noqa: E402
 
 PATIENCE = 60  # seconds until an engine counts as hanging
-LATE = 0.2  # seconds that a busy machine may take from a clock
+LATE = 200  # milliseconds that a busy machine may take from a clock
 MOST_PLIES = 500
 GROWTH = 4096  # kilobytes of memory that a process may gain after its first games
 
 
-class Trouble(Exception):
+class Trouble(ChessError):
     """Holds what went wrong, in a word or two, and the particulars."""
 
 
-def check(lines):
-    for line in lines:
-        if not (THINKING.fullmatch(line) or OTHER.fullmatch(line) or line.startswith("move ")):
-            raise Trouble("unexpected output", line)
-
-
-def memory(engine):
+def memory(engine: WinBoard) -> int:
+    """Kilobytes."""
     status = Path(f"/proc/{engine.p.pid}/status").read_text()
-    return int(re.search(r"VmRSS:\s+(\d+)", status)[1])
+    return int(re.findall(r"VmRSS:\s+(\d+)", status)[0])
 
 
-def play(engines, referee, chance, ponder, control, base):
-    """One game; the reason of its end, and its result. `engines` are White's and Black's."""
-    game, clocks, playing = Game(referee), [base, base], [False, False]
+def play(engines: list[WinBoard], referee: Referee, chance: random.Random, ponder: bool,
+         control: list[str], base: int) -> tuple[str, str]:
+    """One game; the reason of its end, and its result. `engines` are White's and Black's, and
+    `base` the centiseconds on each clock."""
+    game, clocks = Game(referee), Clocks(base * 10)
     opening = chance.randrange(4, 10)
     while len(game.moves) < opening:
         game.push(chance.choice(sorted(game.legal)))
         if game.end:
             game = Game(referee)
     for engine in engines:
-        engine.send("new", "force", "hard" if ponder else "easy", *control)
-        check(engine.ask(*(f"usermove {move}" for move in game.moves), timeout=PATIENCE))
+        engine.check(engine.set_up(game, "hard" if ponder else "easy", *control))
 
     while not game.end and len(game.moves) < MOST_PLIES:
         side = game.side
         mover = engines[side]
-        lines = [f"time {int(clocks[side])}", f"otim {int(clocks[1 - side])}"]
-        if len(game.moves) > opening:
-            lines.append("usermove " + game.moves[-1])
-        if not playing[side]:
-            playing[side] = True
-            lines.append("go")
-        begin = time.monotonic()
-        mover.send(*lines)
-        said = mover.wait(("move ", *RESULTS, "Illegal"), PATIENCE)
-        clocks[side] -= (mover.stamp - begin) * 100
-        check(said)
-        if said[-1][5:] not in game.legal:
-            raise Trouble("illegal move", f"{said[-1]} after {game.moves}")
-        if clocks[side] < -LATE * 100:
-            raise Trouble("loss on time", f"{clocks[side]:.0f} at ply {len(game.moves)}")
-        clocks[side] = max(1, clocks[side])
-        game.push(said[-1][5:])
+        (*said, last), seconds = mover.turn(game, clocks, PATIENCE)
+        over = clocks.spend(side, seconds)
+        mover.check(said)
+        game.push(last.removeprefix("move "))
+        if over > LATE:
+            raise Trouble("loss on time", f"{over:.0f} ms at ply {len(game.moves)}")
 
-    if game.end:
-        end, result = close(game, engines, playing)
+    end, result = game.end, "*"
+    if end:
+        result = close(game, end, engines)
     else:
-        end, result = "unfinished", "*"
+        end = "unfinished"
         engines[game.side].send("force", "usermove " + game.moves[-1])
     for engine in engines:
         engine.send("result " + result, "force")
-        check(engine.ask(timeout=PATIENCE))
+        engine.check(engine.ask(timeout=PATIENCE))
         board = engine.ask("board", timeout=PATIENCE)
         if board != shown(game.fen):
             raise Trouble("board drift", f"{game.fen} after {game.moves}, not\n" + "\n".join(board))
     return end, result
 
 
-def close(game, engines, playing):
-    """The claim of the side that has moved or, of a mate or a stalemate, of the other one."""
+def close(game: Game, end: str, engines: list[WinBoard]) -> str:
+    """Hears the claim of the side that has moved or, of a mate or a stalemate, of the other one;
+    returns the result."""
     loser = game.side
-    said = engines[1 - loser].ask(timeout=PATIENCE)
+    claimant = engines[1 - loser]
+    said = claimant.ask(timeout=PATIENCE)
     if not any(x.startswith(RESULTS) for x in said):
-        check(said)
-        if game.end not in ("mate", "stalemate"):
-            raise Trouble("no claim", f"{game.end}: {game.fen}")
-        engines[loser].send("usermove " + game.moves[-1], *([] if playing[loser] else ["go"]))
-        said = engines[loser].wait(RESULTS, PATIENCE)
+        claimant.check(said)
+        if end not in ("mate", "stalemate"):
+            raise Trouble("no claim", f"{end}: {game.fen}")
+        claimant = engines[loser]
+        claimant.send("usermove " + game.moves[-1], *([] if claimant.playing else ["go"]))
+        said = claimant.wait(RESULTS, PATIENCE)
     else:
         engines[loser].send("force", "usermove " + game.moves[-1])
-    claim, said = said[-1], said[:-1]
-    check(said)
-    reasons = CLAIMS[game.end]
-    reason = reasons[loser if len(reasons) > 1 else 0]
-    if claim != f"{game.result} {{{reason}}}":
-        raise Trouble("false claim", f"{claim} for {game.end}: {game.fen}")
-    return game.end, game.result
+    claimant.check(said[:-1])
+    if said[-1] != f"{game.result} {{{claim(end, loser)}}}":
+        raise Trouble("false claim", f"{said[-1]} for {end}: {game.fen}")
+    return game.result
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
+def main() -> int:
+    parser = argparse.ArgumentParser(description=(__doc__ or "").split("\n\n")[0])
     parser.add_argument("--games", type=int, default=200)
     parser.add_argument("--base", type=int, default=200, help="centiseconds on each clock")
     parser.add_argument("--depth", type=int, help="fixed depth instead of the clock")
@@ -126,8 +113,9 @@ def main():
         options.depth = options.depth or 3
     control = [f"sd {options.depth}"] if options.depth else ["level 0 1 0"]
     base = 10**7 if options.depth else options.base
-    chance, tally, engines, first = random.Random(options.seed), Counter(), [], 0
-    referee = Referee()
+    chance, referee, first, settled = random.Random(options.seed), Referee(), 0, 0
+    tally: Counter[str] = Counter()
+    engines: list[WinBoard] = []
 
     with tempfile.TemporaryDirectory() as folder:
         for number in range(options.games):
@@ -144,22 +132,23 @@ def main():
                     settled = used
                 if number > first + 4 and used > settled + GROWTH:
                     raise Trouble("memory growth", f"{settled} to {used} kB")
-            except (Trouble, AssertionError) as error:
-                kind = error.args[0] if isinstance(error, Trouble) else "crash or hang"
+            except ChessError as error:
+                kind = (error.args[0] if isinstance(error, Trouble) else "illegal move"
+                        if isinstance(error, IllegalMove) else "crash, hang or wrong output")
                 tally["trouble: " + kind] += 1
                 print(f"game {number}:", *error.args, flush=True)
                 for engine in engines:
-                    engine.p.kill()
+                    engine.kill()
                 engines.clear()
             if sys.stdout.isatty():
                 print(f"\r{number + 1}/{options.games}", end="", flush=True)
         for engine in engines:
             try:
                 engine.finish()
-            except AssertionError as error:
+            except EngineError as error:
                 tally["trouble: bad exit"] += 1
                 print(error, flush=True)
-    referee.send("quit")
+    referee.quit()
     print(f"\n{options.games} games, {options.games // 2} of them with pondering")
     for name, count in sorted(tally.items()):
         print(f"{name:32}{count:6}")
@@ -169,4 +158,4 @@ def main():
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    run_script(main)
