@@ -1,17 +1,24 @@
-"""What bench/compare and bench/engines share: builds, runs of brivok-bench, ratios."""
+"""What bench/compare and bench/engines share: builds, runs of brivok-bench, ratios. It also puts
+the package chesskit on the path."""
 
 import json
 import statistics
 import subprocess
 import sys
+from collections.abc import Sequence
 from pathlib import Path
+from typing import Any
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "python"))
+
+from chesskit.errors import ChessError  # noqa: E402
 
 
-class MeasuringError(Exception):
-    """Ends the script with its text and code 1."""
+class MeasuringError(ChessError):
+    """Nothing can be measured."""
 
 
-def program(build, name):
+def program(build: str, name: str) -> Path:
     """A program of a build folder."""
     path = Path(build).resolve() / "bin" / name
     if not path.is_file():
@@ -19,7 +26,7 @@ def program(build, name):
     return path
 
 
-def bench(tool, arguments):
+def bench(tool: Path, arguments: list[str]) -> Any:
     """What brivok-bench measures. It fails, but measures, when the signature has changed."""
     done = subprocess.run([tool, *arguments, "--json"], capture_output=True, text=True)
     if not done.stdout.startswith("{"):
@@ -27,21 +34,17 @@ def bench(tool, arguments):
     return json.loads(done.stdout)
 
 
-def with_spread(ratios):
+def with_spread(ratios: Sequence[float]) -> tuple[float, float, float]:
     """The median, the lowest and the highest."""
     return statistics.median(ratios), min(ratios), max(ratios)
 
 
-def spread_text(ratios):
+def spread_text(ratios: Sequence[float]) -> str:
     middle, lowest, highest = with_spread(ratios)
     return f"{middle:.3f} ({lowest:.3f} to {highest:.3f})"
 
 
-def run_script(main):
-    """Runs main(); an error is told in a line."""
-    try:
-        sys.exit(main())
-    except MeasuringError as error:
-        sys.exit(f"{Path(sys.argv[0]).name}: {error}")
-    except KeyboardInterrupt:
-        sys.exit(130)
+def progress(text: str) -> None:
+    """Shows how far it is on a terminal; an empty text takes the last one away."""
+    if sys.stderr.isatty():
+        print(f"\r{text or ' ' * 40}" + ("" if text else "\r"), end="", file=sys.stderr)
