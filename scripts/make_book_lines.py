@@ -16,9 +16,13 @@ import re
 import sys
 import unicodedata
 from collections import defaultdict
+from pathlib import Path
 
-from make_book_games import STOCKFISH, Stockfish
-from make_eval_pairs import START, make_move, read_board
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "python"))
+
+from chesskit.board import SQUARES, START, after_move, squares  # noqa: E402
+from chesskit.errors import run_script  # noqa: E402
+from chesskit.referee import Referee  # noqa: E402
 
 ENTRY = re.compile(r"^    '([^']+)': \{\n\s+eco: '(\w\d\d)',\n\s+name: (['\"])(.*)\3,$", re.M)
 PLIES = range(6, 21)  # of a line
@@ -28,31 +32,34 @@ FAIR = 25  # centipawns for White before the first move, about
 SOUND = range(FAIR - 80, FAIR + 81)
 CALM = 30  # centipawns from there that tell nothing about the order of moves
 
+Key = tuple[str, str, str]  # of a position: placement, side to move, castling rights
+Step = tuple[Key, tuple[str, ...]]  # from a named position by these moves to another one
+
 # A placement is also held as a number, four bits a square.
 CODES = {man: code for code, man in enumerate("PNBRQKpnbrqk", 1)}
-SHIFTS = {file + rank: 4 * (8 * i + j) for i, rank in enumerate("12345678")
-          for j, file in enumerate("abcdefgh")}
+SHIFTS = {square: 4 * i for i, square in enumerate(SQUARES)}
 LOW_BITS = sum(1 << shift for shift in SHIFTS.values())
 
 
 class Place:
     """A position of an opening: placement, side to move and castling rights."""
 
-    def __init__(self, fen):
-        placement, self.side, self.rights = self.key = tuple(fen.split()[:3])
-        men = read_board(placement)
+    def __init__(self, fen: str) -> None:
+        placement, self.side, self.rights = fen.split()[:3]
+        self.key = placement, self.side, self.rights
+        men = squares(placement)
         self.fen = fen
         self.men = len(men)
         self.board = sum(CODES[man] << SHIFTS[at] for at, man in men.items())
         self.home = sum(1 << SHIFTS[at] for at, man in men.items() if at[1] + man in ("2P", "7p"))
 
-    def differing(self, other):
+    def differing(self, other: "Place") -> int:
         """The low bits of the squares that differ."""
         bits = self.board ^ other.board
         bits |= bits >> 2
         return (bits | bits >> 1) & LOW_BITS
 
-    def may_become(self, other, plies):
+    def may_become(self, other: "Place", plies: int) -> bool:
         """False when the other position is out of reach in so many plies. Most moves change two
         squares; castling changes four, and takes rights away."""
         lost = len(set(self.rights) - set(other.rights))
@@ -61,12 +68,15 @@ class Place:
                 and self.differing(other).bit_count() <= 2 * plies + lost + 1)
 
 
-def to_ascii(name):
+def to_ascii(name: str) -> str:
     return unicodedata.normalize("NFKD", name).encode("ascii", "ignore").decode()
 
 
-def read_names(path):
-    """[(position, ECO code, name)]."""
+Named = tuple[Place, str, str]  # an entry of the table: position, ECO code, name
+Line = tuple[str, str, tuple[str, ...]]  # an opening: ECO code, name, moves
+
+
+def read_names(path: str) -> list[Named]:
     with open(path, encoding="utf-8") as file:
         entries = ENTRY.findall(file.read())
     return [(Place(epd + " 0 1"), eco, to_ascii(name.replace("\\", "")))
@@ -74,11 +84,11 @@ def read_names(path):
 
 
 class Walker:
-    def __init__(self, engine):
-        self.legal_moves = functools.cache(engine.legal_moves)
-        self.after = functools.cache(lambda fen, move: Place(make_move(fen, move)))
+    def __init__(self, referee: Referee) -> None:
+        self.legal_moves = functools.cache(lambda fen: list(referee.look(f"fen {fen}").legal))
+        self.after = functools.cache(lambda fen, move: Place(after_move(fen, move)))
 
-    def walk(self, place, target, plies):
+    def walk(self, place: Place, target: Place, plies: int) -> tuple[str, ...] | None:
         """Moves from one position to the other, or None. Moves between squares that need no change
         are not tried, but for captures."""
         if plies == 0:
@@ -95,15 +105,15 @@ class Walker:
         return None
 
 
-def find_steps(names, engine):
-    """{key: (plies, [(key of a named position before, moves from there)])}, in order of plies, for
-    the named positions within reach."""
-    walker, start = Walker(engine), Place(START)
+def find_steps(names: list[Named], referee: Referee) -> dict[Key, tuple[int, list[Step]]]:
+    """{key: (plies, steps that lead there)}, in order of plies, for the named positions within
+    reach."""
+    walker, start = Walker(referee), Place(START)
     targets = [place for place, *_ in names]
-    found = {start.key: (0, [])}
+    found: dict[Key, tuple[int, list[Step]]] = {start.key: (0, [])}
     for plies in range(PLIES[-1]):
         for place in (start, *targets):
-            if found.get(place.key, (None,))[0] != plies:
+            if found.get(place.key, (-1, []))[0] != plies:
                 continue
             for target in targets:
                 known, steps = found.get(target.key, (99, []))
@@ -123,22 +133,22 @@ def find_steps(names, engine):
 class Judge:
     """Finds the lines on which neither side gives much away at any point."""
 
-    def __init__(self, engine):
-        self.engine = engine
+    def __init__(self, referee: Referee) -> None:
+        self.referee = referee
         self.score = functools.cache(self.search)
 
-    def search(self, fen):
+    def search(self, fen: str) -> int:
         """Centipawns for White."""
-        self.engine.new_game()
-        score = self.engine.search(f"fen {fen}", NODES)[1]
+        self.referee.new_game()
+        score = self.referee.judge(f"position fen {fen}", NODES)[1]
         return score if " w " in fen else -score
 
-    def unrest(self, fen, moves):
+    def unrest(self, fen: str, moves: tuple[str, ...]) -> float | None:
         """What is amiss in the positions that the moves lead to, in pawns in all; None when one of
         them is unsound."""
         total = 0.0
         for move in moves:
-            fen = make_move(fen, move)
+            fen = after_move(fen, move)
             score = self.score(fen)
             if score not in SOUND:
                 return None
@@ -146,23 +156,23 @@ class Judge:
         return total
 
 
-def find_lines(names, engine):
-    """[(ECO code, name, moves)] of the named positions that sound play can reach. Of several ways
-    to a position the one is taken whose positions have the most names of the same ECO letter
-    behind them and are calm: that finds the usual order of moves."""
-    found = find_steps(names, engine)
-    judge = Judge(engine)
+def find_lines(names: list[Named], referee: Referee) -> list[Line]:
+    """Lines to the named positions that sound play can reach. Of several ways to a position the one
+    is taken whose positions have the most names of the same ECO letter behind them and are calm:
+    that finds the usual order of moves."""
+    found = find_steps(names, referee)
+    judge = Judge(referee)
     start = Place(START)
     fens = {place.key: place.fen for place in (start, *(place for place, *_ in names))}
     labels = {place.key: (eco, name) for place, eco, name in names}
-    lines = []
+    lines: list[Line] = []
     for letter in sorted({eco[0] for eco, _ in labels.values()}):
         behind = {key: 1 << bit if labels.get(key, " ")[0][0] == letter else 0
                   for bit, key in enumerate(found)}
         for key in reversed(found):
             for before, _ in found[key][1]:
                 behind[before] |= behind[key]
-        best = {start.key: (0.0, ())}
+        best: dict[Key, tuple[float, tuple[str, ...]]] = {start.key: (0.0, ())}
         for key, (_, steps) in found.items():
             if not behind[key]:
                 continue
@@ -177,7 +187,7 @@ def find_lines(names, engine):
     return lines
 
 
-def choose(lines, wanted):
+def choose(lines: list[Line], wanted: int) -> list[Line]:
     """Takes from the ECO codes in turn, and from each the lines with the simplest names first,
     the longer ones before the shorter ones."""
     codes = defaultdict(list)
@@ -185,7 +195,7 @@ def choose(lines, wanted):
         codes[eco].append((len(re.findall("[:,]", name)), -len(moves), name, moves))
     for candidates in codes.values():
         candidates.sort(reverse=True)
-    taken = []
+    taken: list[Line] = []
     while codes and len(taken) < wanted:
         for eco in sorted(codes):
             *_, name, moves = codes[eco].pop()
@@ -195,25 +205,25 @@ def choose(lines, wanted):
     return sorted(taken[:wanted])
 
 
-def main():
+def main() -> int:
     parser = argparse.ArgumentParser(description="Writes the opening lines of the default book.")
     parser.add_argument("eco_js", help="the package's table of named positions, eco.js")
     parser.add_argument("output", help="the file to write")
     parser.add_argument("--lines", type=int, default=585, help="number of lines (585)")
-    parser.add_argument("--stockfish", default=STOCKFISH, help=f"program file ({STOCKFISH})")
+    parser.add_argument("--stockfish", help="program file")
     arguments = parser.parse_args()
 
-    engine = Stockfish(arguments.stockfish)
+    referee = Referee(arguments.stockfish, {"Hash": 1})
     names = read_names(arguments.eco_js)
-    lines = [line for line in find_lines(names, engine) if len(line[2]) in PLIES]
+    lines = [line for line in find_lines(names, referee) if len(line[2]) in PLIES]
     print(f"{len(lines)} lines of {PLIES[0]} to {PLIES[-1]} plies", file=sys.stderr)
 
     with open(arguments.output, "w", encoding="ascii", newline="\n") as output:
         for eco, name, moves in choose(lines, arguments.lines):
             output.write(f"{eco}\t{name}\t{' '.join(moves)}\n")
-    engine.quit()
+    referee.quit()
     return 0
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    run_script(main)
