@@ -11,7 +11,7 @@ from typing import Any
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "python"))
 
-from chesskit.errors import ChessError  # noqa: E402
+from chesskit import ChessError  # noqa: E402
 
 
 class MeasuringError(ChessError):
@@ -42,9 +42,3 @@ def with_spread(ratios: Sequence[float]) -> tuple[float, float, float]:
 def spread_text(ratios: Sequence[float]) -> str:
     middle, lowest, highest = with_spread(ratios)
     return f"{middle:.3f} ({lowest:.3f} to {highest:.3f})"
-
-
-def progress(text: str) -> None:
-    """Shows how far it is on a terminal; an empty text takes the last one away."""
-    if sys.stderr.isatty():
-        print(f"\r{text or ' ' * 40}" + ("" if text else "\r"), end="", file=sys.stderr)

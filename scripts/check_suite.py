@@ -9,11 +9,9 @@ Of each line it checks that
   line for the move that it would play;
 - Stockfish's choice agrees: the next best move, or the move to avoid, is clearly worse.
 
-Usage: check_suite.py [--seconds S] [--stockfish PROGRAM] SUITE...
 Exit code 1 when a line fails.
 """
 
-import argparse
 import re
 import sys
 from collections import defaultdict
@@ -22,9 +20,7 @@ from typing import NamedTuple
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "python"))
 
-from chesskit.errors import run_script  # noqa: E402
-from chesskit.notation import write_san  # noqa: E402
-from chesskit.referee import Referee  # noqa: E402
+from chesskit import Referee, run_script, script_parser, write_san  # noqa: E402
 
 MATE = 100_000  # score of a mate, less its distance; above all others
 CLEAR = 30  # centipawns that must lie between the solutions and the moves that are none
@@ -125,7 +121,7 @@ def check_line(stockfish: Referee, text: str, limit: str) -> str:
 
 
 def main() -> int:
-    parser = argparse.ArgumentParser(description="Has Stockfish verify test suites.")
+    parser = script_parser(__doc__)
     parser.add_argument("suites", nargs="+", metavar="SUITE")
     parser.add_argument("--seconds", type=float, default=3, help="per search (3)")
     parser.add_argument("--stockfish", help="program file")

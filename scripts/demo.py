@@ -1,10 +1,6 @@
 #!/usr/bin/env python3
-"""Lets the engine play a short game against itself over UCI and shows it on the terminal.
+"""Lets the engine play a short game against itself over UCI and shows it on the terminal."""
 
-Usage: demo.py ENGINE [--plies N] [--movetime MS]
-"""
-
-import argparse
 import os
 import sys
 from collections import Counter
@@ -12,9 +8,7 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "python"))
 
-from chesskit.brivok import NO_MOVE  # noqa: E402
-from chesskit.errors import run_script  # noqa: E402
-from chesskit.uci import Score, UciEngine  # noqa: E402
+from chesskit import NO_MOVE, Score, UciEngine, run_script, script_parser  # noqa: E402
 
 
 def diagram(engine: UciEngine, moves: list[str]) -> str:
@@ -56,7 +50,7 @@ def play(engine: UciEngine, plies: int, movetime: int) -> tuple[list[str], str]:
 
 
 def main() -> int:
-    parser = argparse.ArgumentParser(description="Shows the engine playing against itself.")
+    parser = script_parser(__doc__)
     parser.add_argument("engine", help="the engine's program file")
     parser.add_argument("--plies", type=int, default=40, help="half-moves to play (40)")
     parser.add_argument("--movetime", type=int, default=100, help="milliseconds per move (100)")

@@ -8,11 +8,8 @@ and each game begins with a cleared hash table: the output depends on the argume
 of Stockfish alone, whatever the number of processes. Games that come out alike are written once.
 
 Needs Debian's stockfish and pgn-extract; the latter checks the moves and turns them into SAN.
-
-Usage: make_book_games.py LINES OUTPUT [--rounds N] [--nodes N] [--seed N] [--jobs N]
 """
 
-import argparse
 import multiprocessing
 import os
 import random
@@ -22,10 +19,8 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "python"))
 
-from chesskit.errors import run_script  # noqa: E402
-from chesskit.game import DRAW, Adjudicator, Game  # noqa: E402
-from chesskit.notation import to_pgn, write_pgn  # noqa: E402
-from chesskit.referee import Referee  # noqa: E402
+from chesskit import (DRAW, Adjudicator, Game, Referee, run_script, script_parser,  # noqa: E402
+                      to_pgn, write_pgn)
 
 HASH = 1  # megabytes: enough for a few thousand nodes, and quick to clear
 JITTER = 0.25  # share of the nodes that a move may get more or less
@@ -62,7 +57,7 @@ def play_task(task: tuple[list[str], int, str]) -> tuple[list[str], str, str]:
 
 
 def main() -> int:
-    parser = argparse.ArgumentParser(description="Plays opening lines out by Stockfish.")
+    parser = script_parser(__doc__)
     parser.add_argument("lines", help="file of opening lines")
     parser.add_argument("output", help="PGN file to write")
     parser.add_argument("--rounds", type=int, default=6, help="games of each line (6)")

@@ -5,11 +5,8 @@ get it).
 
 The package names positions but holds no moves that lead to them. They are found by walking from one
 named position to the next, with at most three positions without a name between two of them.
-
-Usage: make_book_lines.py ECO_JS OUTPUT [--lines N] [--stockfish FILE]
 """
 
-import argparse
 import functools
 import math
 import re
@@ -20,9 +17,8 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "python"))
 
-from chesskit.board import SQUARES, START, after_move, squares  # noqa: E402
-from chesskit.errors import run_script  # noqa: E402
-from chesskit.referee import Referee  # noqa: E402
+from chesskit import (SQUARES, START, Referee, after_move, run_script, script_parser,  # noqa: E402
+                      squares)
 
 ENTRY = re.compile(r"^    '([^']+)': \{\n\s+eco: '(\w\d\d)',\n\s+name: (['\"])(.*)\3,$", re.M)
 PLIES = range(6, 21)  # of a line
@@ -206,7 +202,7 @@ def choose(lines: list[Line], wanted: int) -> list[Line]:
 
 
 def main() -> int:
-    parser = argparse.ArgumentParser(description="Writes the opening lines of the default book.")
+    parser = script_parser(__doc__)
     parser.add_argument("eco_js", help="the package's table of named positions, eco.js")
     parser.add_argument("output", help="the file to write")
     parser.add_argument("--lines", type=int, default=585, help="number of lines (585)")

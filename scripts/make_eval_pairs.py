@@ -5,11 +5,8 @@ being the first with the colours swapped and the board turned over.
 The positions come from random games, for which the engine itself lists the legal moves. Left out
 are positions with more than one queen or more than two bishops a side, whose evaluation need not
 be symmetric.
-
-Usage: make_eval_pairs.py ENGINE OUTPUT [--pairs N] [--seed N]
 """
 
-import argparse
 import random
 import sys
 from collections.abc import Iterator
@@ -17,9 +14,8 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "python"))
 
-from chesskit.board import START, after_move, mirror, squares  # noqa: E402
-from chesskit.brivok import Brivok  # noqa: E402
-from chesskit.errors import run_script  # noqa: E402
+from chesskit import (START, Brivok, after_move, mirror, run_script, script_parser,  # noqa: E402
+                      squares)
 
 PLIES = 160  # of one game
 TAKEN = 0.15  # share of its positions
@@ -48,7 +44,7 @@ def positions(engine: Brivok, rng: random.Random) -> Iterator[str]:
 
 
 def main() -> int:
-    parser = argparse.ArgumentParser(description="Writes pairs of positions for evaltest.")
+    parser = script_parser(__doc__)
     parser.add_argument("engine", help="the engine's program file")
     parser.add_argument("output", help="the file to write")
     parser.add_argument("--pairs", type=int, default=600, help="number of pairs (600)")

@@ -1,9 +1,6 @@
-"""What can go wrong with an engine or a game, and how a script ends on it."""
+"""What can go wrong with an engine or a game."""
 
-import sys
-from collections.abc import Callable
-from pathlib import Path
-from typing import TYPE_CHECKING, NoReturn
+from typing import TYPE_CHECKING
 
 if TYPE_CHECKING:
     from chesskit.process import Process
@@ -23,13 +20,3 @@ class EngineError(ChessError):
 
 class IllegalMove(ChessError):
     """A move that the rules do not allow."""
-
-
-def run_script(main: Callable[[], int]) -> NoReturn:
-    """Runs main() and exits with its code. An error is told in a line, with code 1."""
-    try:
-        sys.exit(main())
-    except ChessError as error:
-        sys.exit(f"{Path(sys.argv[0]).name}: {error}")
-    except KeyboardInterrupt:
-        sys.exit(130)

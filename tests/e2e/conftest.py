@@ -1,8 +1,6 @@
 import pytest
 
-from chesskit.brivok import Brivok
-from chesskit.programs import installed
-from chesskit.referee import Referee
+from chesskit import Brivok, Referee, installed
 
 
 @pytest.fixture

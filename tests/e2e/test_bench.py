@@ -6,8 +6,7 @@ from pathlib import Path
 
 import pytest
 
-from chesskit.board import START
-from chesskit.programs import BENCH_TOOL, BRIVOK, ROOT, SLOW, run_tool
+from chesskit import BENCH_TOOL, BRIVOK, ROOT, SLOW, START, run_tool
 
 BUILD = Path(BRIVOK).parent.parent
 

@@ -6,8 +6,7 @@ import struct
 
 import pytest
 
-from chesskit.board import START, squares
-from chesskit.brivok import WinBoard
+from chesskit import START, WinBoard, squares
 
 WORD = 2**64 - 1
 NOTE = re.compile(r"## (This position|and there are|\([a-h])")

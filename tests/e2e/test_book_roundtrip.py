@@ -7,8 +7,7 @@ from pathlib import Path
 
 import pytest
 
-from chesskit.board import squares
-from chesskit.programs import BOOK_TOOL, ROOT, SLOW, installed, run_tool
+from chesskit import BOOK_TOOL, ROOT, SLOW, installed, run_tool, squares
 from test_book_tool import RECORD
 
 GAMES = Path(os.environ.get("BRIVOK_GAMES", ROOT / "data/book/games.pgn"))

@@ -11,8 +11,7 @@ import time
 
 import pytest
 
-from chesskit.process import PATIENCE
-from chesskit.programs import BOOK_TOOL, run_tool
+from chesskit import BOOK_TOOL, PATIENCE, run_tool
 
 RECORD = struct.Struct("<QIIII")
 GAMES = """\

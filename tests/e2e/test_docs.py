@@ -13,8 +13,7 @@ from pathlib import Path
 
 import pytest
 
-from chesskit.process import PATIENCE, Process
-from chesskit.programs import BRIVOK, ROOT, SLOW
+from chesskit import BRIVOK, PATIENCE, ROOT, SLOW, Process
 
 PAGES = [ROOT / "README.md", ROOT / "CONTRIBUTING.md", ROOT / "data/README.md",
          *sorted((ROOT / "docs").glob("*.md"))]

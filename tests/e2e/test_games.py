@@ -6,10 +6,7 @@ import time
 
 import pytest
 
-from chesskit.board import squares
-from chesskit.brivok import NO_MOVE, SLACK, Brivok
-from chesskit.game import Clocks, Game
-from chesskit.programs import SLOW
+from chesskit import NO_MOVE, SLACK, SLOW, Brivok, Clocks, Game, squares
 
 PLIES = 24 if SLOW else 200
 TIME_UNIT = 5 if SLOW else 1  # clocks of a sanitizer build run longer

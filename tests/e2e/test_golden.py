@@ -5,8 +5,7 @@ import re
 
 import pytest
 
-from chesskit.brivok import WinBoard
-from chesskit.programs import ROOT, SLOW
+from chesskit import ROOT, SLOW, WinBoard
 
 
 def records():

@@ -5,9 +5,7 @@ import time
 
 import pytest
 
-from chesskit.board import MIDDLE
-from chesskit.brivok import SLACK, Brivok, talk
-from chesskit.programs import SLOW
+from chesskit import MIDDLE, SLACK, SLOW, Brivok, talk
 
 
 @pytest.mark.parametrize("go", ["depth 6", "nodes 50000", "movetime 200", "wtime 5000 btime 5000"])

@@ -10,8 +10,7 @@ from typing import Any
 
 import pytest
 
-from chesskit.process import PATIENCE
-from chesskit.programs import BRIVOK, SLOW
+from chesskit import BRIVOK, PATIENCE, SLOW
 
 CMAKE = shutil.which("cmake") or ""
 pytestmark = pytest.mark.skipif(SLOW or not CMAKE, reason="no cmake, or the sanitizers")

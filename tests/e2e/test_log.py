@@ -5,7 +5,7 @@ import time
 
 import pytest
 
-from chesskit.process import PATIENCE
+from chesskit import PATIENCE
 
 SETTINGS = "CreateLog: true\nOpeningsBook: false\n"
 STARTED = """## Allocated 65536 hash entries = 1048576 bytes

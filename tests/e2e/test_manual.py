@@ -8,7 +8,7 @@ from pathlib import Path
 
 import pytest
 
-from chesskit.programs import BRIVOK, ROOT, run_tool
+from chesskit import BRIVOK, ROOT, run_tool
 
 PAGES = sorted((ROOT / "docs/man").iterdir())
 VERSION = re.findall(r"brivok VERSION (\S+)", (ROOT / "CMakeLists.txt").read_text())[0]

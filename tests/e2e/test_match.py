@@ -7,9 +7,7 @@ import sys
 
 import pytest
 
-from chesskit.process import PATIENCE
-from chesskit.programs import BRIVOK, ROOT, SLOW, installed
-from chesskit.standing import Standing
+from chesskit import BRIVOK, PATIENCE, ROOT, SLOW, Standing, installed
 
 pytestmark = pytest.mark.skipif(
     SLOW or not (installed("stockfish") and installed("pgn-extract")),

@@ -4,9 +4,7 @@ import re
 
 import pytest
 
-from chesskit import board
-from chesskit.board import START
-from chesskit.brivok import diagram
+from chesskit import START, board, diagram
 
 MIDDLE = f"fen {board.MIDDLE}"
 PASSED = "fen 4K3/6p1/8/P7/8/6k1/8/8 w - - 9 67"

@@ -2,13 +2,10 @@
 
 import re
 import resource
-import subprocess
 
 import pytest
 
-from chesskit.brivok import WinBoard
-from chesskit.process import PATIENCE
-from chesskit.programs import BRIVOK, SLOW
+from chesskit import BRIVOK, SLOW, WinBoard, run_tool
 from table_files import packed, plain
 
 KQK = "8/8/8/3k4/8/8/8/Q2K4 w - - 0 1"
@@ -24,13 +21,11 @@ def tables(tmp_path):
     return folder
 
 
-def run(folder, *lines, **arguments):
-    """Exit code and output of a run that is given these lines."""
-    text = "".join(line + "\n" for line in lines)
-    done = subprocess.run([BRIVOK], input=text, cwd=folder, text=True, capture_output=True,
-                          timeout=PATIENCE, **arguments)
+def refusal(folder, *lines, **more):
+    """What the engine prints that gets these lines and ends with code 1."""
+    done = run_tool(BRIVOK, code=1, cwd=folder, input="\n".join([*lines, ""]), **more)
     assert done.stderr == ""
-    return done.returncode, done.stdout
+    return done.stdout
 
 
 def log_of(folder):
@@ -77,12 +72,12 @@ def test_damaged_files_end_the_process(tmp_path, tables, name, content, words):
     (tables / name).write_bytes(content)
     (tmp_path / "brivok.ini").write_text(INI)
     line = f"*** {words.format(f'tables/{name}')}\n"
-    assert run(tmp_path, "xboard", "ping 1") == (1, "feature done=0\n" + line)
+    assert refusal(tmp_path, "xboard", "ping 1") == "feature done=0\n" + line
     assert log_of(tmp_path)[-1] == "Checking for endgame tablebases in tables"
-    code, said = run(tmp_path, "uci", "setoption name NalimovPath value tables", "isready")
-    assert code == 1 and said.endswith(f"uciok\n{line}")
+    said = refusal(tmp_path, "uci", "setoption name NalimovPath value tables", "isready")
+    assert said.endswith(f"uciok\n{line}")
     # Without a directory the current one is looked at, at once.
-    assert run(tables, "quit") == (1, f"*** {words.format(name)}\n")
+    assert refusal(tables, "quit") == f"*** {words.format(name)}\n"
 
 
 def test_options(start, tmp_path):
@@ -133,7 +128,7 @@ def test_refused_cache(tmp_path, tables):
     (tables / "kqk.nbb").write_bytes(plain("kqk.nbb", MATED_IN_8))
     (tmp_path / "brivok.ini").write_text(INI + "EGTBCacheMB: 4095\n")
     limit = 1 << 30
-    assert run(tmp_path, "xboard", "ping 1",
-               preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (limit, limit))) == (
-                   1, "feature done=0\n")
+    said = refusal(tmp_path, "xboard", "ping 1",
+                   preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (limit, limit)))
+    assert said == "feature done=0\n"
     assert log_of(tmp_path)[-1] == "I couldn't allocate EGTB cache"

@@ -7,7 +7,7 @@ from pathlib import Path
 
 import pytest
 
-from chesskit.programs import SLOW, TABLES_TOOL, run_tool
+from chesskit import SLOW, TABLES_TOOL, run_tool
 
 FOLDER = Path(os.environ.get("BRIVOK_TABLES", "."))
 THREE = ("kpk", "knk", "kbk", "krk", "kqk")

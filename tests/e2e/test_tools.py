@@ -5,9 +5,7 @@ import sys
 
 import pytest
 
-from chesskit.brivok import SLACK, talk
-from chesskit.process import PATIENCE
-from chesskit.programs import BRIVOK, ROOT, run_tool
+from chesskit import BRIVOK, PATIENCE, ROOT, SLACK, run_tool, talk
 
 BACK_RANK = "6k1/5ppp/8/8/8/8/8/R3K3 w - - "
 SUITE = [  # line, solved

@@ -6,11 +6,7 @@ import subprocess
 
 import pytest
 
-from chesskit.brivok import claim
-from chesskit.game import Game
-from chesskit.notation import read_san
-from chesskit.process import PATIENCE
-from chesskit.programs import BRIVOK, PATH, SLOW, installed
+from chesskit import BRIVOK, PATH, PATIENCE, SLOW, Game, claim, installed, read_san
 
 XBOARD, XVFB = (installed(name) for name in ("xboard", "xvfb-run"))
 # All claims are left to the engines. xboard tests each of them, and counts a false one as a loss.

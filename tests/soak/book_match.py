@@ -8,7 +8,6 @@ see as decided or even are ended as those of the default book were.
 The engine is build/release/bin/brivok, or BRIVOK in the environment. BOOK may be "none": then both
 sides play alike. Exit code 1 on an illegal move, a crash or a hang."""
 
-import argparse
 import shutil
 import sys
 import tempfile
@@ -16,11 +15,8 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "python"))
 
-from chesskit.brivok import Brivok  # noqa: E402
-from chesskit.errors import ChessError, run_script  # noqa: E402
-from chesskit.game import DRAW, Adjudicator, Game  # noqa: E402
-from chesskit.referee import Referee  # noqa: E402
-from chesskit.standing import Standing  # noqa: E402
+from chesskit import (DRAW, Adjudicator, Brivok, ChessError, Game, Referee, Standing,  # noqa: E402
+                      progress, run_script, script_parser)
 
 BOOK_NAME = "libro.bin"
 MOST_PLIES = 600
@@ -59,7 +55,7 @@ def report(standing: Standing, lines: list[tuple[str, ...]], booked: list[list[i
 
 
 def main() -> int:
-    parser = argparse.ArgumentParser(description=(__doc__ or "").split("\n\n")[0])
+    parser = script_parser(__doc__)
     parser.add_argument("book", help="the book's file, or none")
     parser.add_argument("--games", type=int, default=200)
     parser.add_argument("--go", default="movetime 50", help="limit of a search (movetime 50)")
@@ -87,11 +83,11 @@ def main() -> int:
             standing.add(result, white=order > 0)
             lines.append(tuple(moves))
             booked.append(counts[::order])
-            if sys.stdout.isatty():
-                print(f"\r{number + 1}/{options.games}", end="\r", flush=True)
+            progress(f"{number + 1}/{options.games}")
         for engine in engines:
             engine.quit(10)
     referee.quit()
+    progress()
     if standing.games:
         report(standing, lines, booked)
     print(f"illegal moves, crashes and hangs: {troubles}")

@@ -36,13 +36,9 @@ from typing import Any, NamedTuple, TypeVar
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "python"))
 
-from chesskit.errors import ChessError, EngineError, run_script  # noqa: E402
-from chesskit.game import DRAW, Clocks, Game  # noqa: E402
-from chesskit.notation import to_pgn, write_pgn  # noqa: E402
-from chesskit.process import Process  # noqa: E402
-from chesskit.programs import BRIVOK, ROOT, installed, needed  # noqa: E402
-from chesskit.referee import Referee  # noqa: E402
-from chesskit.standing import Standing  # noqa: E402
+from chesskit import (BRIVOK, DRAW, ROOT, ChessError, Clocks, EngineError, Game,  # noqa: E402
+                      Process, Referee, Standing, installed, needed, run_script, script_parser,
+                      to_pgn, write_pgn)
 from players import (FAULTS, HASH, KINDS, OPPONENTS, PATIENCE, Forfeit, Player,  # noqa: E402
                      Settings)
 
@@ -304,9 +300,7 @@ def write_games(path: str, records: Sequence[Record]) -> list[str]:
 
 
 def arguments() -> argparse.Namespace:
-    head, _, tail = (__doc__ or "").partition("\n\n")
-    parser = argparse.ArgumentParser(description=head, epilog=tail,
-                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser = script_parser(__doc__)
     both = {"both": (False, True), "on": (True,), "off": (False,)}
     parser.add_argument("--games", type=int, default=4,
                         help="of each opponent in each configuration (4)")

@@ -8,11 +8,7 @@ from collections.abc import Sequence
 from pathlib import Path
 from typing import NamedTuple
 
-from chesskit.errors import EngineError
-from chesskit.game import Clocks, Game
-from chesskit.process import Process
-from chesskit.uci import UciEngine
-from chesskit.winboard import WinBoardEngine
+from chesskit import Clocks, EngineError, Game, Process, UciEngine, WinBoardEngine
 
 HASH = 16  # megabytes, of every engine that lets it be set
 PATIENCE = 5.0  # seconds beyond the clock until an engine counts as hanging

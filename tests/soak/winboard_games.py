@@ -7,7 +7,6 @@ the engines are compared with the referee's. Both processes live as long as the 
 
 The engine is build/release/bin/brivok, or BRIVOK in the environment. Exit code 1 on any trouble."""
 
-import argparse
 import random
 import re
 import sys
@@ -17,12 +16,9 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "python"))
 
-from chesskit.brivok import WinBoard, claim, shown  # noqa: E402
-from chesskit.errors import ChessError, EngineError, IllegalMove, run_script  # noqa: E402
-from chesskit.game import Clocks, Game  # noqa: E402
-from chesskit.programs import BRIVOK  # noqa: E402
-from chesskit.referee import Referee  # noqa: E402
-from chesskit.winboard import RESULTS  # noqa: E402
+from chesskit import (BRIVOK, RESULTS, ChessError, Clocks, EngineError, Game,  # noqa: E402
+                      IllegalMove, Referee, WinBoard, claim, progress, run_script, script_parser,
+                      shown)
 
 PATIENCE = 60  # seconds until an engine counts as hanging
 LATE = 200  # milliseconds that a busy machine may take from a clock
@@ -100,7 +96,7 @@ def close(game: Game, end: str, engines: list[WinBoard]) -> str:
 
 
 def main() -> int:
-    parser = argparse.ArgumentParser(description=(__doc__ or "").split("\n\n")[0])
+    parser = script_parser(__doc__)
     parser.add_argument("--games", type=int, default=200)
     parser.add_argument("--base", type=int, default=200, help="centiseconds on each clock")
     parser.add_argument("--depth", type=int, help="fixed depth instead of the clock")
@@ -140,8 +136,7 @@ def main() -> int:
                 for engine in engines:
                     engine.kill()
                 engines.clear()
-            if sys.stdout.isatty():
-                print(f"\r{number + 1}/{options.games}", end="", flush=True)
+            progress(f"{number + 1}/{options.games}")
         for engine in engines:
             try:
                 engine.finish()
@@ -149,7 +144,8 @@ def main() -> int:
                 tally["trouble: bad exit"] += 1
                 print(error, flush=True)
     referee.quit()
-    print(f"\n{options.games} games, {options.games // 2} of them with pondering")
+    progress()
+    print(f"{options.games} games, {options.games // 2} of them with pondering")
     for name, count in sorted(tally.items()):
         print(f"{name:32}{count:6}")
     troubles = sum(n for name, n in tally.items() if name.startswith("trouble"))
