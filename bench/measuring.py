@@ -27,7 +27,7 @@ def program(build: str, name: str) -> Path:
 
 
 def bench(tool: Path, arguments: list[str]) -> Any:
-    """What brivok-bench measures. It fails, but measures, when the signature has changed."""
+    """The JSON of brivok-bench, which is there even if it fails because of a new signature."""
     done = subprocess.run([tool, *arguments, "--json"], capture_output=True, text=True)
     if not done.stdout.startswith("{"):
         raise MeasuringError(f"{tool} {' '.join(arguments)}: {done.stderr or done.stdout}".rstrip())

@@ -1,15 +1,15 @@
 #!/usr/bin/env python3
-"""Has Stockfish verify test suites: files with one position in EPD form per line.
+"""Checks test suites with Stockfish. A suite has one position in EPD form per line.
 
-Of each line it checks that
+For each line it checks that
 
-- the position is legal and the solutions ("bm", moves that are best, or "am", moves to avoid) are
-  legal moves in standard algebraic notation, as the engine writes it;
-- no other legal move's text stands anywhere in the line, since the engine's test searches the whole
-  line for the move that it would play;
-- Stockfish's choice agrees: the next best move, or the move to avoid, is clearly worse.
+- the position is legal, and the solutions ("bm", best moves, or "am", moves to avoid) are legal
+  moves in standard algebraic notation, as the engine writes it;
+- the line holds the text of no other legal move, because the engine looks for its move in the whole
+  line;
+- Stockfish agrees: the next best move, or the move to avoid, is clearly worse.
 
-Exit code 1 when a line fails.
+Exit code 1 if a line fails.
 """
 
 import re
@@ -22,8 +22,8 @@ sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "python"))
 
 from chesskit import Referee, run_script, script_parser, write_san  # noqa: E402
 
-MATE = 100_000  # score of a mate, less its distance; above all others
-CLEAR = 30  # centipawns that must lie between the solutions and the moves that are none
+MATE = 100_000  # score of a mate before its distance is taken off
+CLEAR = 30  # centipawns between a solution and any other move, at least
 
 
 class Line(NamedTuple):
@@ -43,8 +43,8 @@ class SuiteError(Exception):
 
 
 def rank(stockfish: Referee, fen: str, count: int, limit: str, only: str = "") -> list[Ranked]:
-    """The best moves, from the best on, of the last depth that a search with this limit, from an
-    empty table, has ended."""
+    """The best moves, in order, at the last complete depth of a search with this limit from an
+    empty hash table."""
     stockfish.new_game()
     stockfish.set("MultiPV", count)
     reply = stockfish.go(f"go {limit}" + (f" searchmoves {only}" if only else ""),
@@ -73,7 +73,7 @@ def move_texts(stockfish: Referee, fen: str) -> dict[str, str]:
 
 
 def parse(text: str) -> Line:
-    """A line of a suite in its parts."""
+    """The parts of a line."""
     words = text.split()
     if len(words) < 6 or words[4] not in ("bm", "am"):
         raise SuiteError("no bm or am behind the four fields of the position")
@@ -84,7 +84,7 @@ def parse(text: str) -> Line:
 
 
 def check_texts(stockfish: Referee, text: str) -> tuple[Line, dict[str, str]]:
-    """The line in its parts, and the coordinate texts of its moves."""
+    """The parts of a line, and {SAN: coordinate text} of the legal moves."""
     line = parse(text)
     texts = move_texts(stockfish, line.fen)
     unknown = [move for move in line.moves if move not in texts]
@@ -97,7 +97,7 @@ def check_texts(stockfish: Referee, text: str) -> tuple[Line, dict[str, str]]:
 
 
 def check_line(stockfish: Referee, text: str, limit: str) -> str:
-    """What Stockfish says to the line; raises SuiteError when it disagrees."""
+    """Stockfish's verdict; a SuiteError if it disagrees."""
     line, texts = check_texts(stockfish, text)
     names = {move: san for san, move in texts.items()}
     solutions = {texts[san] for san in line.moves}

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Lets the engine play a short game against itself over UCI and shows it on the terminal."""
+"""Shows a short game of the engine against itself, played over UCI, on the terminal."""
 
 import os
 import sys
@@ -25,7 +25,7 @@ def score_text(score: Score | None) -> str:
 
 
 def play(engine: UciEngine, plies: int, movetime: int) -> tuple[list[str], str]:
-    """Plays the game, printing it; returns the moves and what ended it."""
+    """Plays and prints the game. Returns the moves and what ended it."""
     engine.send("position startpos")
     moves: list[str] = []
     seen: Counter[str] = Counter()
@@ -42,7 +42,7 @@ def play(engine: UciEngine, plies: int, movetime: int) -> tuple[list[str], str]:
         number, black = divmod(len(moves) - 1, 2)
         print(f"\n{number + 1}. {'... ' if black else ''}{moves[-1]}{score_text(last_score)}"
               f"\n\n{board}")
-        # The diagram tells the placement, the castling rights and the side to move.
+        # The diagram shows the men, the castling rights and the side to move.
         seen[board] += 1
         if seen[board] == 3:
             return moves, "the position stands for the third time: a draw"

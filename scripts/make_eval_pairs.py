@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Writes a file for the engine's "evaltest": positions in pairs of lines, the second of a pair
-being the first with the colours swapped and the board turned over.
+"""Writes a file for the engine's "evaltest": pairs of lines, a position and the same position with
+the colours swapped.
 
-The positions come from random games, for which the engine itself lists the legal moves. Left out
-are positions with more than one queen or more than two bishops a side, whose evaluation need not
-be symmetric.
+The positions come from random games; the engine itself lists the legal moves. Positions in which a
+side has more than one queen or more than two bishops are left out, because their evaluation need
+not be symmetric.
 """
 
 import random
@@ -27,8 +27,8 @@ def is_fit(fen: str) -> bool:
 
 
 def positions(engine: Brivok, rng: random.Random) -> Iterator[str]:
-    """Positions of random games, without end. Captures are played more often than by mere chance,
-    so that endgames come up too."""
+    """Yields positions of random games without end. Captures come more often than by chance, so
+    that there are endgames too."""
     while True:
         fen = START
         for _ in range(PLIES):

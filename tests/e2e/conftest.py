@@ -5,7 +5,7 @@ from chesskit import Brivok, Referee, installed
 
 @pytest.fixture
 def start(tmp_path, request):
-    """Starts engines in an empty folder; all must quit cleanly when the test is over."""
+    """Starts engines in an empty folder. Each must quit cleanly at the end of the test."""
     engines = []
 
     def make(kind=Brivok, **arguments):

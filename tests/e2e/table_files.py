@@ -1,4 +1,5 @@
-"""Files of endgame tables, made for tests: plain, and packed without compressing anything."""
+"""Makes small endgame table files: plain ones, and packed ones that store their blocks
+uncompressed."""
 
 SIZES = {"kqk": (25629, 28644), "krk": (27030, 28644)}  # entries by side to move
 BLOCK = 8192
@@ -6,12 +7,12 @@ SIGNATURE = b"Compressed by DATACOMP v 1.0 (c) 1991--1998 Tomasz Velbrin\r\n".lj
 
 
 def plain(name, byte):
-    """The content of a file such as "kqk.nbb" with all entries the same."""
+    """The bytes of a file such as "kqk.nbb" in which every entry is the same."""
     return bytes([byte % 256]) * SIZES[name[:3]]["wb".index(name[-1])]
 
 
 def checksum(data):
-    """The one of packed headers."""
+    """The CRC at the end of a packed header."""
     table = []
     for value in range(256):
         for _ in range(8):
@@ -24,7 +25,7 @@ def checksum(data):
 
 
 def packed(data, log=13):
-    """The same in the packed form: each block of 2^log bytes stored as it is."""
+    """A packed file with this content: blocks of 2^log bytes, each stored as it is."""
     size = 1 << log
     blocks = [data[i:i + size] for i in range(0, len(data), size)]
     fields = [len(b) % size for b in (*blocks, blocks[-1])] + list(range(1, 25))

@@ -1,4 +1,4 @@
-"""brivok-bench and the scripts that compare with it, through their command lines."""
+"""Command lines of brivok-bench and of the scripts that compare with it."""
 
 import json
 import re
@@ -12,7 +12,7 @@ BUILD = Path(BRIVOK).parent.parent
 
 
 def run(command, *arguments, code=0):
-    """What the program prints; its errors if it must fail."""
+    """Standard output, or standard error if the program has to fail."""
     done = run_tool(command, *arguments, code=code)
     return done.stderr if code else done.stdout
 
@@ -31,7 +31,7 @@ def check_sums(result):
 
 
 def test_signature_and_depths():
-    """The searches of one command are those of the other, and those of the text."""
+    """Both commands make the same searches, and the text tells the same numbers as the JSON."""
     signature = measured("signature", "--depth", 3)["signature"]
     check_sums(signature)
     assert len(signature["positions"]) == 41 and "knownNodes" not in signature
@@ -100,7 +100,7 @@ def test_compare():
 
 
 def test_engines(tmp_path, referee):
-    """The counts of both agree, and the table takes the place of the old one."""
+    """Both engines count the same, and the new table replaces the old one."""
     page = tmp_path / "page.md"
     page.write_text("before\n<!-- engines: begin -->\nold\n<!-- engines: end -->\nafter\n")
     command = [ROOT / "bench/engines", BUILD, "--engines", "stockfish", "--rounds", 1, "--seconds",

@@ -1,5 +1,5 @@
-"""The opening book as both protocols play from it. The keys of its records are worked out here on
-their own, so that a book stays valid from one version to the next."""
+"""The opening book, played from under both protocols. This file computes the keys of its records by
+itself, so that a book stays valid from one version to the next."""
 
 import re
 import struct
@@ -26,14 +26,14 @@ def random_keys(seed=9, words=27):
 
 
 def key(*moves):
-    """The key after plain moves from the start that leave kings and rooks at home."""
+    """The key after quiet moves from the start; kings and rooks must not move."""
     draw = random_keys()
     keys = {(man, f"{file}{rank}"): next(draw) for man in "PpNnKkRrQqBb"
             for rank in range(8, 0, -1) for file in "abcdefgh"}
     men = squares(START)
     for move in moves:
         men[move[2:]] = men.pop(move[:2])
-    for _ in range(64 + 16):  # squares passed over, then the castling rights
+    for _ in range(64 + 16):  # en passant squares, then castling rights
         value = next(draw)
     for square, man in men.items():
         value ^= keys[man, square]
@@ -41,7 +41,7 @@ def key(*moves):
 
 
 def write(path, book):
-    """`book`: for the moves of a line, White's and Black's wins, draws and annotation."""
+    """`book` maps a line of moves to White's wins, Black's wins, draws and annotation."""
     records = sorted((key(*line.split()), *counts) for line, counts in book.items())
     path.write_bytes(b"".join(struct.pack("<Q4I", *record) for record in records))
 

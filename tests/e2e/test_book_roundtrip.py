@@ -1,5 +1,5 @@
-"""The builder against a count of the same games by other means: another program replays them, and
-positions are told apart by their text, not by keys."""
+"""The book builder against another count of the same games: another program replays them, and text,
+not keys, tells positions apart."""
 
 import os
 from collections import defaultdict
@@ -16,7 +16,8 @@ RESULTS = ["1-0", "0-1", "1/2-1/2"]
 
 
 def position_of(epd):
-    """The four fields; a square passed over only with an enemy pawn beside the one that did."""
+    """The first four fields. The en passant square stays only if an enemy pawn stands beside the
+    pawn."""
     placement, side, castling, passed = epd.split(" ")[:4]
     if passed != "-":
         pawn, rank = ("p", 4) if side == "b" else ("P", 5)
@@ -27,7 +28,7 @@ def position_of(epd):
 
 
 def count_positions(lines):
-    """Position -> [White's wins, Black's wins, draws], each once a game."""
+    """Position -> [White's wins, Black's wins, draws]; a game counts once for each position."""
     counts: dict[str, list[int]] = defaultdict(lambda: [0, 0, 0])
     game: list[str] = []
     games = 0

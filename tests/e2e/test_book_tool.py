@@ -1,4 +1,4 @@
-"""The book builder through its real executable."""
+"""The command line of the book builder."""
 
 import os
 import random
@@ -54,7 +54,7 @@ GAMES = """\
 
 @pytest.fixture
 def run(tmp_path):
-    """Runs the tool in an empty folder; returns what it prints, or its errors if it must fail."""
+    """Runs the tool in an empty folder. Returns its output, or its errors if it has to fail."""
     def call(*arguments, data="", fails=False, **more):
         done = run_tool(BOOK_TOOL, *arguments, code=int(fails), input=data, cwd=tmp_path, **more)
         return done.stderr if fails else done.stdout
@@ -98,12 +98,12 @@ def test_build_show_check_merge(run, tmp_path):
     run("build", "-", "-o", "b.bin", "--plies", "2", data=GAMES.replace("!!", "!"))
     assert len(records(tmp_path / "b.bin")) == 3
     run("merge", "-o", "a.bin", "b.bin", "a.bin")
-    # Four games stand behind "!", the broken one among them: its fault lies beyond two plies.
+    # Four games say "!". The broken game counts: its fault comes after two plies.
     assert table(run("show", "a.bin")) == {"e4": ("!", 3, 2, 2, 6, 100)}
     run("check", "a.bin")
     assert len(records(tmp_path / "a.bin")) == 8
 
-    # The square passed over counts only with a pawn beside it.
+    # An en passant square matters only if a pawn can capture there.
     after_e4 = "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq"
     found = run("lookup", "a.bin", data=f"{after_e4} e3 0 1\n{after_e4} -\n{after_e4[:-4]}- -\n")
     assert [x[17:] for x in found.splitlines()] == ["3 2 2 !", "3 2 2 !", "0 0 0 -"]
@@ -122,7 +122,7 @@ def test_filters(run, tmp_path, options, count):
 
 
 def pawn_walks(count):
-    """Games in which pawns take single steps in any order; no two of them meet."""
+    """Games of single pawn steps in random order; no pawn meets another."""
     rng = random.Random(5)
     for _ in range(count):
         steps = [[f"{file}{rank}" for rank in ranks for file in rng.sample("abcdefgh", 8)]
@@ -133,7 +133,7 @@ def pawn_walks(count):
 
 
 def test_spilling_changes_nothing(run, tmp_path):
-    games = list(pawn_walks(4000))  # twice the observations that one megabyte holds
+    games = list(pawn_walks(4000))  # twice the moves that one megabyte holds
     (tmp_path / "one.pgn").write_text("".join(games[:1500]))
     (tmp_path / "two.pgn").write_text("".join(games[1500:]))
     run("build", "one.pgn", "two.pgn", "-o", "whole.bin")
@@ -191,7 +191,7 @@ def test_failures_leave_nothing(run, tmp_path):
             (["show", "old.bin", "--fen", "4k3/8/8/8/8/8/4R3/4K3 w - - 0 1"], "no position"),
             (["show", "old.bin", "--fen", "nonsense"], "no position"), ([], ""), (["dance"], "")]:
         assert message in run(*arguments, fails=True)
-    # The third broken game is shown with its place, the sixth no more.
+    # The third broken game is shown with its place, the sixth is not.
     broken = "\n".join(f"1. e{n} 1-0" for n in range(5, 9)) + "\n\n1. e4 e5 2. Nf6 1-0\n" * 2
     text = run("build", "-", "-o", "old.bin", data=broken, fails=True)
     assert "standard input:3: illegal move: 1. e7" in text and text.count("illegal") == 5
@@ -214,7 +214,7 @@ def wait_until(condition):
 
 
 def test_interrupt_leaves_nothing(tmp_path):
-    # While games are read there is nothing to put away.
+    # While it reads games there is no file to remove.
     process = subprocess.Popen([BOOK_TOOL, "build", "-", "-o", "a.bin"], cwd=tmp_path,
                                stdin=subprocess.PIPE)
     assert process.stdin
@@ -225,7 +225,7 @@ def test_interrupt_leaves_nothing(tmp_path):
     process.wait(PATIENCE)
     assert process.returncode != 0 and not list(tmp_path.iterdir())
 
-    # While a book is written there is.
+    # While it writes a book there is one.
     os.mkfifo(tmp_path / "pipe")
     process = subprocess.Popen([BOOK_TOOL, "merge", "pipe", "-o", "a.bin"], cwd=tmp_path)
     with open(tmp_path / "pipe", "wb") as pipe:

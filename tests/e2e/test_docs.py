@@ -1,9 +1,9 @@
-"""Holds README.md, CONTRIBUTING.md and docs/ against the programs.
+"""Compares README.md, CONTRIBUTING.md and docs/ with the programs.
 
-A block ```sh of a page is run in a scratch copy of the repository whose build/release is the build
-under test, all blocks of a page in their order, unless the line before says <!-- not run: why -->.
-In a block ```uci or ```winboard a line is typed into the engine, and one that begins with "< " has
-to come as an answer, with "..." for anything; other answers may stand between."""
+The ```sh blocks of a page run in their order in a scratch copy of the repository, whose
+build/release is the build under test. A block after a line <!-- not run: why --> does not run. In a
+```uci or ```winboard block each line goes to the engine, except that "< text" is an answer that
+must come; "..." in it stands for any text, and other answers may come before it."""
 
 import os
 import re

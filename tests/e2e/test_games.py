@@ -13,14 +13,15 @@ TIME_UNIT = 5 if SLOW else 1  # clocks of a sanitizer build run longer
 
 
 def check_end(game, engine):
-    """With the game over by rule there is no move; repetition is the interface's to claim."""
+    """When the rules end the game there is no move. A repetition is for the interface to claim."""
     best = engine.go("go depth 3", game.line()).best
     over = game.end in ("mate", "stalemate") or game.end != "repetition" and len(game.legal) > 1
     assert best == NO_MOVE if over else best in game.legal, (best, game.end, game.line())
 
 
 def self_play(game, engines, go, plies=PLIES, limit=math.inf, ends=None):
-    """Plays on to the end, or until one of `ends`. `go` is a line or a function of the game."""
+    """Plays until the game ends, or ends as one of `ends`. `go` is a line, or a function that plays
+    a move."""
     while game.end not in (ends or (game.end or "-",)) and game.legal and len(game.moves) < plies:
         engine = engines[len(game.moves) % len(engines)]
         assert game.check or set(engine.moves(game.line())) == set(game.legal), game.line()

@@ -1,4 +1,4 @@
-"""Plays the recorded searches through the real binary: info lines, best and ponder move."""
+"""Repeats the recorded searches over UCI: the same info lines, best moves and ponder moves."""
 
 import json
 import re
@@ -19,13 +19,13 @@ def records():
 
 
 def masked(lines):
-    """Lines without what the clock decides."""
+    """The lines with times and node rates set to 0."""
     return [re.sub(r"\b(time|nps) \d+", r"\1 0", line).rstrip() for line in lines]
 
 
 @pytest.mark.parametrize("config, options, steps", records())
 def test_record(start, config, options, steps):
-    if config:  # settings that only the settings file reaches, and only WinBoard reads that
+    if config:  # some settings exist only in the file, which only WinBoard reads
         engine = start(WinBoard, ini="\n".join(config))
         engine.send("uci")
         engine.wait("uciok")

@@ -1,4 +1,4 @@
-"""Hostile and unlucky input. Whatever comes, the engine answers "isready" and quits with code 0."""
+"""Hostile and broken input. After all of it the engine answers "isready" and quits with code 0."""
 
 import random
 import time
@@ -78,7 +78,7 @@ def test_many_lines(engine):
     for _ in range(3000):
         engine.wait("readyok")
     engine.start("go movetime 300", "position fen " + MIDDLE)
-    engine.raw(b"isready\nnothing\n" * 2500)  # those that it does not get to are heard afterwards
+    engine.raw(b"isready\nnothing\n" * 2500)  # it answers the rest after the search
     reply = engine.best()
     assert reply.seconds <= 0.3 + max(SLACK, 0.1)
     for _ in range(2500 - reply.lines.count("readyok")):
@@ -94,7 +94,7 @@ def test_lines_on_the_heels_of_stop(engine):
         engine.best()
         engine.searches += 1
         assert engine.best().best in ("b1c3", "g1f3", "e2e4", "d2d4")
-    for _ in range(50):  # before the first move has been looked at
+    for _ in range(50):  # stopped before it has searched a move
         engine.raw(b"go infinite\nstop\nucinewgame\nstop\ngo ponder\nponderhit\nstop\n")
         for _ in range(2):
             engine.wait("bestmove")
@@ -116,7 +116,7 @@ def test_random_bytes(start, seed, uci):
     if not uci:
         engine.send("uci")
     engine.send(*["isready"] * 9, "position fen 8/8/8/KQk5/8/8/8/8", "isready")
-    engine.wait(" 5 | K | Q |=K=|")  # behind the answers to what the random lines asked for
+    engine.wait(" 5 | K | Q |=K=|")  # after the answers to the random lines
     engine.wait("readyok")
     assert engine.go("go depth 3", "position startpos").best != "a8a8"
 
@@ -137,7 +137,7 @@ def test_absurd_option_values(engine):
 
 
 def mutations(count):
-    """Broken FENs: real ones with a few characters lost, doubled, swapped or replaced."""
+    """FENs with a few characters removed, added, replaced or swapped."""
     chance = random.Random(7)
     bases = [MIDDLE, "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
              "8/1P4k1/8/8/8/8/1p4K1/8 b - - 0 1", "7k/8/8/3pP3/8/8/8/K7 w - d6 0 1",
@@ -184,7 +184,7 @@ def test_broken_positions(start, variant):
     for fen in [*mutations(60 if SLOW else 200), *ODD_PLACEMENTS, *ODD_PASSANTS]:
         engine.go("go depth 3 nodes 100000", "position fen " + fen)
     engine.start("go depth 3", "position fen qqqqqqqk/qqqqqqqq/8/8/8/8/QQQQQQQQ/QQQQQQQK w")
-    assert not engine.answered(0.1)  # an endless exchange of queens, which can be stopped still
+    assert not engine.answered(0.1)  # an endless exchange of queens; "stop" still works
     engine.send("stop")
     engine.best()
     for fen in ODD_PLACEMENTS:

@@ -1,4 +1,4 @@
-"""The installation, under a name with blanks, and its start-up script."""
+"""The installation, in a folder with a space in its name, and its start script."""
 
 import os
 import re
@@ -27,7 +27,7 @@ def prefix(tmp_path_factory):
 
 @pytest.fixture
 def user(prefix, tmp_path):
-    """A user with a home; calls start the installed engine and give the process."""
+    """A user with a home folder. A call starts the installed engine and returns the process."""
     (tmp_path / "home").mkdir()
 
     def start(program=prefix / "bin/brivok", cwd=tmp_path, home=tmp_path / "home", **more):
@@ -41,12 +41,12 @@ def user(prefix, tmp_path):
 
 @pytest.fixture
 def folder(tmp_path):
-    """Where the user's files lie."""
+    """The folder of the user's files."""
     return tmp_path / "home/.local/share/brivok"
 
 
 def talk(process, lines=TALK):
-    """What is said on standard error by a start that the engine answers well, with a book move."""
+    """Standard error of a start. The engine must answer as it should, with a book move."""
     out, errors = process.communicate(lines, PATIENCE)
     assert process.returncode == 0, errors
     if lines is TALK:
@@ -94,7 +94,7 @@ def test_next_start_keeps_the_users_files(prefix, user, folder):
 
 @pytest.mark.parametrize("program", ["new one/bin/brivok", "link"])
 def test_any_place(prefix, user, tmp_path, program):
-    """Moved, through a link, by a relative name: the process is the engine, without a shell."""
+    """Moved to another folder or started through a link, the process becomes the engine itself."""
     shutil.copytree(prefix, tmp_path / "new one", symlinks=True)
     (tmp_path / "link").symlink_to("new one/bin/brivok")
     process = user(program=f"./{program}")

@@ -1,4 +1,4 @@
-"""The log, and what a log that cannot be had costs."""
+"""The log, and what happens when it cannot be written."""
 
 import re
 import time
@@ -21,7 +21,7 @@ HEAD = re.compile(r"(\+-{27}\n)\+ Brivok 4\.0\.3 LogFile\n\+ Info: Beta\n\+ (.{2
 
 @pytest.fixture
 def xboard(start, tmp_path):
-    """Starts an engine under WinBoard with these settings added; gives it and what it has said."""
+    """Starts an engine under WinBoard with more settings. Returns it and what it has printed."""
     def make(settings=""):
         (tmp_path / "brivok.ini").write_text(SETTINGS + settings)
         engine = start(uci=False)
@@ -35,13 +35,13 @@ def received(line, protocol="WB", answer=""):
 
 
 def session(*exchanges):
-    """The log, behind the head, of a WinBoard session that begins as the fixture does."""
+    """The log, without its head, of a WinBoard session that the fixture above has begun."""
     return "".join((STARTED, received("ping 1", answer="pong 1\n"), *exchanges,
                     received("quit"), "## WB support closed\n"))
 
 
 def body(path):
-    """What stands behind the head of a numbered log."""
+    """The text of a numbered log without its head."""
     text = path.read_text()
     head = HEAD.match(text)
     assert head
@@ -114,7 +114,7 @@ def test_option(start, tmp_path):
     for value in ("false", "true", "true", "false", "false", "true"):
         engine.set("CreateLog", value)
     assert engine.ready() == []
-    engine.send("xboard")  # goes on with the log that is open
+    engine.send("xboard")  # continues the open log
     engine.wait("feature done=0")
     engine.finish()
     assert names(tmp_path / "logs") == ["log00000.txt", "log00001.txt"]

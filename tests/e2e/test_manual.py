@@ -1,4 +1,4 @@
-"""The manual pages against the tools' own --help."""
+"""Compares the manual pages with the tools' --help."""
 
 import os
 import re

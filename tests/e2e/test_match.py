@@ -1,4 +1,4 @@
-"""The script that plays matches: its games, its arithmetic, and that no fault escapes it."""
+"""The match script: its games, its ratings, and the faults that it must notice."""
 
 import json
 import math
@@ -26,7 +26,7 @@ done
 
 
 def match(folder, engine, *arguments):
-    """The exit code, and what the script has found."""
+    """The exit code, the JSON and the printed text."""
     command = [sys.executable, ROOT / "tests/soak/match.py", "--engine", engine, "--games", "1",
                "--opponents", "stockfish", "--nodes", "50", "--time", "500", "--grace", "400",
                "--json", folder / "match.json", "--pgn", folder / "match.pgn", *arguments]

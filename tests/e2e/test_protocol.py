@@ -1,4 +1,4 @@
-"""What the UCI side says to each command, and what the options do."""
+"""The answer to each UCI command, and the effect of each option."""
 
 import re
 
@@ -60,7 +60,7 @@ def test_listing(engine):
 # --- Options -----------------------------------------------------------------------------------
 
 def count(start, settings, position=MIDDLE, depth=6):
-    """Nodes of a search in a fresh process with these settings."""
+    """Nodes of a search by a new process with these settings."""
     engine = start()
     for name, value in settings:
         engine.set(name, value)
@@ -88,7 +88,7 @@ def test_option_takes_effect(start, name, value, position, depth):
 
 
 def test_refused_values(start):
-    """Out of range, also after the cut to 16 bits, is as good as not said."""
+    """A value out of range changes nothing, also if it is so only after the cut to 16 bits."""
     plain = count(start, [], ATTACK, 6)
     refused = [("AspirationWindow", "9001"), ("AspirationWindow", "-1"), ("QueenValue", "2001"),
                ("QueenValue", "-2001"), ("PawnValue", "30000"), ("NullMoveMin", "601"),
@@ -109,7 +109,7 @@ def test_refused_values(start):
 
 
 def test_tables_forget(engine):
-    """A second search profits from the first one's table, unless it has been emptied."""
+    """A second search uses the table of the first one, unless the table was cleared."""
     position = "position " + MIDDLE
 
     def nodes():
@@ -152,7 +152,7 @@ def test_play_frc(engine):
     assert {"O-O", "O-O-O"} <= moves and not {"e1g1", "e1c1"} & moves
     engine.send("position fen " + castle + " moves O-O-O O-O")
     assert engine.ready()[21:] == diagram("5rk1/8/8/8/8/8/8/2KR3R w - - 2 2")
-    three = "fen 4k3/8/8/8/8/8/8/RRK2R1R w KQ - 0 1"  # queen side the near rook, king side the far
+    three = "fen 4k3/8/8/8/8/8/8/RRK2R1R w KQ - 0 1"  # K: the far rook, Q: the near one
     engine.send("position " + three)
     assert engine.ready() == diagram(three[4:], "", "bch")
     engine.set("PlayFRC", "false")
@@ -218,7 +218,7 @@ def test_fen_accepted(engine, fen, shown):
 
 @pytest.mark.parametrize("plies", [3000, 3001])
 def test_long_game(engine, referee, plies):
-    """A game beyond any line buffer and any move record: every move of it counts."""
+    """Every move counts in a game that is longer than the input buffer and the move record."""
     knights = ["g1f3", "g8f6", "f3g1", "f6g8"]
     pawns = [f"{f}{a}{f}{b}" for pair in (((2, 3), (7, 6)), ((3, 4), (6, 5))) for f in "abcdegh"
              for a, b in pair]
@@ -265,7 +265,7 @@ def test_commands_during_a_search(engine, referee):
     "go wtime nan btime inf movetime 20", "go movetime 0", "go movetime 1", "go movetime -5",
     "go movetime 50 wtime 60000", "go wtime 60000 movetime 50"])
 def test_short_searches(engine, referee, go):
-    """All these end by themselves, and soon."""
+    """Each of these ends by itself, and soon."""
     reply = engine.go(go, "position startpos", limit=0.1)
     none = {"a8a8"} if re.search("depth (0|-)", go) else set()
     assert reply.best in none.union(referee.look("startpos")[0])
@@ -283,7 +283,7 @@ def test_unlimited_searches(engine, referee, go):
 
 @pytest.mark.parametrize("depth", [41, 64, 127, 128, 1000, 99999, 2**31 - 1, 2**31, 2**40])
 def test_great_depths(engine, referee, depth):
-    """Iterations beyond every table's size, in positions where they cost nothing."""
+    """More iterations than any table has room for, in positions where they are cheap."""
     locked = "fen 8/8/8/p1p1p1p1/PpPpPpPp/1P1P1P1P/k6K/8 w - - 0 1"
     reply = engine.go(f"go depth {depth} nodes 300000", "position " + locked)
     assert reply.best in referee.look(locked)[0]
@@ -298,7 +298,7 @@ def test_great_depths(engine, referee, depth):
     "8/8/4k3/8/8/4K3/8/8 w - - 0 1", "8/8/4k3/8/8/4K3/8/5N2 w - - 0 1"])
 @pytest.mark.parametrize("go", ["go depth 5", "go movetime 50", "go infinite", "go ponder", "go"])
 def test_no_move(engine, fen, go):
-    """Mated, stalemated, dead drawn. Only pondering goes on in a dead draw until it is stopped."""
+    """Mate, stalemate, dead draw. Only pondering continues in a dead draw, until it is stopped."""
     engine.start(go, "position fen " + fen)
     if go == "go ponder":
         engine.send("stop")

@@ -1,8 +1,8 @@
-"""Play by endgame tables: from positions drawn at random the engine mates in exactly the number of
-moves that the tables say, resists as long as they allow, and gives no draw away.
+"""Play with endgame tables: from random positions the engine mates in exactly as many moves as the
+tables say, resists as long as they allow, and holds every draw.
 
-A second engine says over WinBoard what the tables hold ("tbrep"). BRIVOK_TABLES names a folder of
-more tables than those of three men, and BRIVOK_POSITIONS how many positions to play out."""
+A second engine tells over WinBoard what the tables hold ("tbrep"). BRIVOK_TABLES names a folder
+with more tables than those of three men; BRIVOK_POSITIONS is the number of positions to play."""
 
 import os
 import random
@@ -14,11 +14,11 @@ from chesskit import SLOW, SQUARES, TABLES_TOOL, Brivok, WinBoard, is_dead, plac
 
 POSITIONS = int(os.environ.get("BRIVOK_POSITIONS", "12" if SLOW else "60"))
 MATE = 32767
-HELD = 15  # moves for which a draw must be held
+HELD = 15  # moves that the engine must hold a draw
 
 
 def random_position(rng, referee, signature):
-    """FEN of a legal position of these men, either side having the first ones."""
+    """FEN of a random legal position of these men, with either side as the first."""
     white, black = signature[:signature.rindex("k")], signature[signature.rindex("k"):]
     if rng.random() < 0.5:
         white, black = black, white
@@ -30,7 +30,7 @@ def random_position(rng, referee, signature):
         kings = zip(*(place for place, man in zip(places, letters) if man in "Kk"))
         beside = all(abs(ord(a) - ord(b)) <= 1 for a, b in kings)
         pawns = "".join(place[1] for place, man in zip(places, letters) if man in "Pp")
-        # Whose turn it is not, must not be in check.
+        # The side that is not to move must not be in check.
         if not (beside or set(pawns) & set("18") or
                 referee.look(f"fen {men} {other} - - 0 1").check):
             return f"{men} {mover} - - 0 1"
@@ -38,8 +38,8 @@ def random_position(rng, referee, signature):
 
 class Oracle(WinBoard):
     def after_moves(self, fen):
-        """Move -> what it is worth: mating in n moves scores high, the sooner the better, being
-        mated low, the later the better; a draw is 0."""
+        """Move -> its worth: a mate scores high, more if it is sooner; being mated scores low,
+        less low if it is later; a draw is 0."""
         lines = (line.split() for line in self.ask(f"setboard {fen}", "tbrep"))
         return {move: -int(score) for move, _, score in lines}
 
@@ -55,7 +55,7 @@ def tables(tmp_path_factory):
 
 @pytest.fixture
 def players(tables):
-    """The engine and the oracle; both find the tables in the folder that they run in."""
+    """The engine and the oracle. Both run in the folder of the tables and find them there."""
     engine, oracle = Brivok(tables, options={"OwnBook": "false"}), Oracle(tables)
     oracle.send("force")
     yield engine, oracle
@@ -64,8 +64,8 @@ def players(tables):
 
 
 def play(players, referee, rng, start):
-    """The engine against itself, or in a draw against any moves, up to a mate or the end of what
-    is to be held. Returns the number of half-moves to the mate, or None."""
+    """The engine against itself, or in a drawn position against random moves, until mate or until
+    the draw was held. Returns the number of half-moves to the mate, or None."""
     engine, oracle = players
     drawn = 0
     played: list[str] = []

@@ -1,4 +1,4 @@
-"""Endgame tables through the program: forms of files, damaged files, what is printed of hits."""
+"""Endgame tables in the engine: kinds of files, damaged files, and the output about hits."""
 
 import re
 import resource
@@ -22,14 +22,14 @@ def tables(tmp_path):
 
 
 def refusal(folder, *lines, **more):
-    """What the engine prints that gets these lines and ends with code 1."""
+    """The output of an engine that must end with code 1 after these lines."""
     done = run_tool(BRIVOK, code=1, cwd=folder, input="\n".join([*lines, ""]), **more)
     assert done.stderr == ""
     return done.stdout
 
 
 def log_of(folder):
-    """The notes in the log."""
+    """The notes of the log."""
     return [x[3:] for x in (folder / "brivoklog.txt").read_text().splitlines()
             if x.startswith("## ")]
 
@@ -43,7 +43,7 @@ def test_forms_of_files(start, tmp_path, tables, name):
     engine = start(WinBoard, ini=INI)
     said = engine.ask(f"setboard {KQK}", "tbrep")
     assert len(said) == 21 and all(re.fullmatch(rf"\w+ -> {SCORE}", x) for x in said), said
-    # The rest of the report: a black queen's side is the first one, and it has no file.
+    # With a black queen Black is the first side, and that side has no file.
     said = engine.ask("setboard 8/8/8/3K4/8/8/8/q2k4 w - - 0 1", "tbrep")
     assert said and all(x.endswith(" -> 0") for x in said)
 
@@ -76,12 +76,12 @@ def test_damaged_files_end_the_process(tmp_path, tables, name, content, words):
     assert log_of(tmp_path)[-1] == "Checking for endgame tablebases in tables"
     said = refusal(tmp_path, "uci", "setoption name NalimovPath value tables", "isready")
     assert said.endswith(f"uciok\n{line}")
-    # Without a directory the current one is looked at, at once.
+    # Without a setting it looks in the current folder, at once.
     assert refusal(tables, "quit") == f"*** {words.format(name)}\n"
 
 
 def test_options(start, tmp_path):
-    """The path is put into lower case and may hold spaces; the same one again changes nothing."""
+    """The path becomes lower case and may hold spaces. Setting it again changes nothing."""
     (tmp_path / "my tables").mkdir()
     table = tmp_path / "my tables/kqk.nbb"
     table.write_bytes(plain("kqk.nbb", MATED_IN_8))

@@ -1,4 +1,4 @@
-"""The table generator from its command line: making, verifying and describing tables."""
+"""The command line of the table generator: making, verifying and describing tables."""
 
 import os
 import random
@@ -28,7 +28,7 @@ PASSANT = {  # entries of kpkp by side and index: captures in passing, then with
 
 
 def tool(*arguments, code=0):
-    """What the tool writes."""
+    """All that the tool prints."""
     done = run_tool(TABLES_TOOL, *arguments, code=code)
     return done.stdout + done.stderr
 
@@ -70,7 +70,7 @@ def test_small_tables(small):
 
 
 def test_damage_is_found_and_mended(small):
-    """A changed entry, a short file and one that an interrupted run has left."""
+    """A changed entry, a short file, and a file left by an interrupted run."""
     file = small / "krk.nbb"
     right = file.read_bytes()
     damaged = bytearray(right)
@@ -89,7 +89,7 @@ def test_damage_is_found_and_mended(small):
     assert "28643 entries instead of 28644" in tool("verify", small, code=1)
     assert "krk: made" in tool("make", "kqk", "krk", "-o", small)
     assert file.read_bytes() == right and not (small / "krk.nbb.tmp").exists()
-    os.truncate(file, 1 << 40)  # no memory would do
+    os.truncate(file, 1 << 40)  # too large for any memory
     assert "more than 28644 entries" in tool("verify", small, code=1)
     assert "krk: made" in tool("make", "krk", "-o", small) and file.read_bytes() == right
     assert tool("make", "3men", "-o", small).count("there already") == 5
@@ -97,7 +97,7 @@ def test_damage_is_found_and_mended(small):
 
 
 def test_packed_tables(small, tmp_path):
-    """Packed tables serve like plain ones, are found to be there, and unpack to the same bytes."""
+    """Packed tables work like plain ones, count as present, and unpack to the same bytes."""
     assert "krk: made" in tool("make", "krk", "kqk", "--compress", "-o", tmp_path)
     names = [f"{n}.{s}.emd" for n in ("kqk", "krk") for s in ("nbb", "nbw")]
     assert sorted(f.name for f in tmp_path.iterdir()) == names
@@ -130,7 +130,7 @@ def test_refusals(arguments, reason, tmp_path, monkeypatch):
 
 @pytest.mark.skipif("BRIVOK_TABLES" not in os.environ, reason="no folder of tables of four men")
 def test_four_men():
-    """What needs en passant, promotions and tables with either side to win."""
+    """Tables with en passant, with promotions, and with wins for either side."""
     check_longest(FOLDER, LONGEST_OF_FOUR)
     tool("verify", FOLDER, "--sample", "1000")
     tables = [(FOLDER / f"kpkp.{suffix}").read_bytes() for suffix in ("nbw", "nbb")]

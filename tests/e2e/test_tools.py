@@ -1,4 +1,4 @@
-"""The two test drivers of the console: EPD suites and the symmetry of the evaluation."""
+"""The two tests of the console: EPD suites and the symmetry of the evaluation."""
 
 import re
 import sys
@@ -36,7 +36,7 @@ def run_test(engine, *dialogue):
     """The lines of an EPD run up to its end."""
     engine.send("epdtest", *dialogue)
     lines = engine.wait("Total time")
-    engine.send("evaltest", "no such file")  # its answer comes when the run has closed its files
+    engine.send("evaltest", "no such file")  # the answer shows that the run has closed its files
     return lines + engine.wait("EPD Filename")[:-1]
 
 
@@ -81,7 +81,7 @@ def test_suite(start, tmp_path, end):
                                  "-" * 29, "Total positions            -> 6 (100.00%)"]
     assert re.fullmatch(r"Total time {17}-> \d+\.\d{6} seg\.", screen[-2]) and screen[-1] == ""
 
-    # A run is appended to those before, and its not-found file is a suite again.
+    # A run appends to the earlier ones, and its file of failures is a suite too.
     run_test(engine, "suite.epd", "1")
     failed = [line for line, solved in SUITE if not solved]
     assert (tmp_path / "suite-notfound.epd").read_bytes() == (
@@ -145,7 +145,7 @@ def test_end_of_input(tmp_path, data, last):
 
 
 def test_input_during_a_run(start, tmp_path):
-    """A protocol is noted, another test is not begun, and "quit" keeps what has been found."""
+    """The engine notes a protocol, starts no second test, and keeps its results on "quit"."""
     refused = SUITE[-1][0]
     write(tmp_path, "long.epd", [SUITE[0][0], refused, refused])
     engine = start(uci=False)

@@ -1,4 +1,4 @@
-"""What the WinBoard side says to each command in each state, and how it plays a game."""
+"""The answer to each WinBoard command in each state, and how the engine plays a game."""
 
 import json
 import re
@@ -52,7 +52,7 @@ def test_idle_commands(engine):
     unknown = ["name Bob", "rating 1 2", "computer", "ics -", "draw", "hint", "bk", "pause", "?",
                ".", "resume", "xboard", "exit", "Go", "", "playother", "O-O", "e2-e4", "e2e4e5"]
     assert engine.ask(*unknown) == error(*unknown)
-    pieces = engine.ask("x" * 5000)  # longer than one piece of input
+    pieces = engine.ask("x" * 5000)  # longer than one part of the input
     assert [x.count("x") for x in pieces if x] == [4095, 905]
     assert engine.ask("board") == shown(START)
     engine.send("ping  7 8")
@@ -72,7 +72,7 @@ def test_lone_words_change_nothing(engine):
 
 
 def test_clocks(engine):
-    """What the settings of the clock make of the first budget."""
+    """The time for the first move under each setting of the clock."""
     opening = "setboard rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 38"
     engine.send("easy")
     for lines, left, budget in [
@@ -139,7 +139,7 @@ def test_variants(engine, referee):
 
 
 def test_colours(engine, referee):
-    """ "white" and "black" give the move to a side, and the other one to the engine."""
+    """ "white" and "black" set the side to move; the engine plays the other side."""
     fen = START.replace(" w ", " b ")
     assert engine.ask("easy", "sd 3", "force", "black", "board") == shown(fen)
     engine.send("new", "sd 3", "black")
@@ -218,14 +218,14 @@ def test_commands_while_thinking(engine, referee):
 # --- Pondering ---------------------------------------------------------------------------------
 
 def ponder(engine, referee, *lines):
-    """Has the engine answer 1. e4 and ponder. The moves so far and the one that it expects."""
+    """Has the engine answer 1. e4 and ponder. Returns the moves so far and the expected one."""
     moves = ["e2e4", engine.move(*lines, "usermove e2e4")]
     hint = engine.wait("Hint: ")[-1][6:]
     return moves, read_san(hint, *referee.look("startpos", moves)[:2])
 
 
 def board_now(engine):
-    """The position, with any search on it stopped."""
+    """The position, after any search has been stopped."""
     engine.send("force", "ping stopped")
     engine.wait("pong stopped")
     return engine.ask("board")
@@ -241,14 +241,14 @@ def test_ponder_hit(start, referee):
     assert engine.stamp - hit <= max(0.25, SLACK)  # the time before the hit has counted
     assert not any(x[:2] in ("##", "Hi") for x in engine.said)
     assert board_now(engine) == after(referee, *moves, hint, reply)
-    # bare, and with a budget that is not used up yet
+    # without "usermove", and with time left for the move
     moves, hint = ponder(engine, referee, "new", *QUICK, "otim 3000", "time 3000")
     engine.ask("time 3000", "otim 3000")
     hit = time.monotonic()
     reply = engine.move(hint)
     assert 0.1 < engine.stamp - hit <= 0.5 + SLACK
     assert board_now(engine) == after(referee, *moves, hint, reply)
-    # The budget of a hit does not cut a fixed depth short.
+    # The time after a hit does not shorten a search to a fixed depth.
     moves, hint = ponder(engine, referee, "new", "post", "sd 9")
     engine.move("time 10", "usermove " + hint)
     assert any(x.startswith(" 9.") for x in engine.said)
@@ -267,7 +267,7 @@ def test_ponder_miss(start, referee):
     assert engine.stamp - sent <= max(0.25, SLACK)
     assert board_now(engine) == after(referee, *moves, other, reply)
 
-    # An illegal move is noted alone, ends the pondering and leaves no trace on the board.
+    # An illegal move is only noted; it ends pondering and does not change the board.
     moves, hint = ponder(engine, referee, "new", *QUICK)
     engine.send("usermove " + 300 * "a")
     engine.until_idle()
@@ -291,7 +291,7 @@ def test_commands_while_pondering(engine, referee):
     assert engine.ask("unknown") == error("unknown")
 
     moves, hint = ponder(engine, referee, "new", *QUICK)
-    assert board_now(engine) == after(referee, *moves)  # the guess is off the board again
+    assert board_now(engine) == after(referee, *moves)  # the expected move is taken back
     assert engine.ask("undo", "undo", "board") == shown(START)
     ponder(engine, referee, "new", *QUICK)
     engine.send("quit")
@@ -313,12 +313,12 @@ def test_pondering_that_ends_by_itself(engine, referee):
 
 def test_analysis(engine, referee):
     engine.send("easy", "force", "e2e4", "analyze")
-    engine.wait("stat01")  # by itself from the seventh iteration on
+    engine.wait("stat01")  # without a question from the seventh iteration on
     ignored = ["usermove e7e5", "e7e5", "force", "new", "undo", "?", "unknown", "uci", "time 1",
                "result 1-0", "board", "setboard " + MIDDLE, "go"]
     assert all(THINKING.fullmatch(x) or STATUS.fullmatch(x) for x in engine.ask(*ignored))
     assert any(STATUS.fullmatch(x) for x in engine.ask("."))
-    # Asking for an analysis has ended "force": now Black, the engine's side, is to move.
+    # "analyze" has ended "force", and Black, the engine's side, is to move.
     engine.send("exit")
     assert not any(x.startswith("mo") for x in engine.wait("##"))
     engine.wait(" 3")
@@ -327,13 +327,13 @@ def test_analysis(engine, referee):
 
 
 def test_analysis_for_the_other_side(engine):
-    """With the engine not to move it is idle afterwards."""
+    """If it is not the engine's turn, it is idle after the analysis."""
     engine.send("easy", "analyze")
     engine.wait(" 5")
     engine.send("exit")
     engine.until_idle()
     assert engine.ask("board") == shown(START)
-    # Analyses that end by themselves, and leave nothing to the game: one move alone, a mate.
+    # These analyses end by themselves and do not touch the game: a single legal move, a mate.
     engine.send("setboard 7k/8/6Q1/8/8/8/8/K5R1 b - - 0 1", "white", "black", "analyze")
     engine.until_idle()
     engine.send("new", "setboard 6k1/5ppp/8/8/8/8/8/R3K3 w - - 0 1", "analyze")
@@ -395,7 +395,7 @@ def test_fifty_moves_before_the_engines_move(engine):
 @pytest.mark.parametrize("fen, by_engine", [
     ("4n1k1/6p1/8/6KQ/1r6/q7/8/8 w - - 0 1", True), ("6k1/6p1/8/6KQ/1r6/q7/8/8 w - - 0 1", False)])
 def test_repetition(engine, referee, fen, by_engine):
-    """A perpetual check, completed by the engine's move or by the other side's."""
+    """A perpetual check. The engine's move or the other side's is the last repetition."""
     game = Game(referee, "fen " + fen)
     engine.send("easy", "sd 4", "setboard " + fen, "go")
     while game.end is None:
@@ -415,8 +415,8 @@ def test_repetition(engine, referee, fen, by_engine):
     ("", (), 6), ("", (1, 3), None), ("", (2,), 7), ("Resign: false", (), None),
     ("ResignValue: -5000", (), None), ("Resign: 1\nResign: TRUE\nResignValue: -1500", (), 6)])
 def test_resignation(start, black, settings, hopeful, moves):
-    """On the sixth hopeless move, in sequence or not; never while the other side is short of
-    time."""
+    """It resigns on its sixth hopeless move, in a row or not, but not while the other side is short
+    of time."""
     def mirrored(text):
         return text if black else re.sub("[1-8]", lambda m: str(9 - int(m[0])), text)
 
@@ -435,7 +435,7 @@ def test_resignation(start, black, settings, hopeful, moves):
     else:
         assert moves is None
         return
-    # A new game counts anew.
+    # A new game starts a new count.
     engine.send("new", "sd 6", "setboard " + fen, "otim 30000")
     engine.move("go")
     assert engine.ask() == []
@@ -479,7 +479,7 @@ def test_end_of_input(tmp_path, lines):
 # --- Recorded values ---------------------------------------------------------------------------
 
 def test_evaluations(engine):
-    """Every position with fresh tables, for which the protocol is changed twice."""
+    """Every position with empty tables; switching the protocol twice empties them."""
     records = json.loads((ROOT / "tests/data/positions.json").read_text())
     for record in sorted(records, key=lambda r: r["variant"]):
         name = ["normal", "fischerandom", "nocastle"][record["variant"]]
@@ -506,19 +506,19 @@ def searches():
 
 
 def uci_score(score, mark):
-    """Words of an "info" line for a score of a thinking line."""
+    """The score of a thinking line in the words of an "info" line."""
     if abs(score) > 32267:
         return f"mate {(32768 - score) // 2 if score > 0 else -((32767 + score) // 2)}"
     return f"cp {score}" + {"++": " lowerbound", "--": " upperbound", None: ""}[mark]
 
 
 def unrounded(text):
-    """The text with its percentages cut to two places: the last one hangs on their precision."""
+    """The text with percentages cut to two places, since the third depends on rounding."""
     return re.sub(r"(\d\.\d\d)\d%", r"\1%", text)
 
 
 def statistics(x):
-    """The block of the counters at the end of a search."""
+    """The counters that the log shows after a search."""
     def table(name, key):
         stores, probes, hits = (x[key + what] for what in ("Stores", "Probes", "Hits"))
         return f"{name} Hash: (S/P/H): {stores}/{probes}/{hits} ({hits * 100 / (probes + 1):.3f}%)"
@@ -545,7 +545,7 @@ def statistics(x):
 
 @pytest.mark.parametrize("record, settings, depth", searches())
 def test_search(start, referee, record, settings, depth):
-    """Equal to the recorded search to the node: thinking lines, counters, move."""
+    """Thinking lines, counters and move equal the recorded search, to the node."""
     engine = start(WinBoard, ini="\n".join(settings))
     fen = record["fen"]
     best = engine.move("easy", f"setboard {fen}", *(f"usermove {m}" for m in record["moves"]),

@@ -1,4 +1,4 @@
-"""Whole games under a real interface: xboard has the engine play itself, without a window."""
+"""Whole games under a real interface: xboard, without a window, lets the engine play itself."""
 
 import os
 import re
@@ -9,23 +9,23 @@ import pytest
 from chesskit import BRIVOK, PATH, PATIENCE, SLOW, Game, claim, installed, read_san
 
 XBOARD, XVFB = (installed(name) for name in ("xboard", "xvfb-run"))
-# All claims are left to the engines. xboard tests each of them, and counts a false one as a loss.
+# The engines make all claims. xboard checks each one and counts a false claim as a loss.
 QUIET = ["-noGUI", "-popupExitMessage", "false", "-popupMoveErrors", "false", "-soundProgram", "",
          "-saveSettingsOnExit", "false", "-matchPause", "20", "-testClaims", "true", "-checkMates",
          "false", "-materialDraws", "false", "-trivialDraws", "false", "-repeatsToDraw", "9",
          "-ruleMoves", "60"]
-# xboard tells these to any engine; this one says that it does not know them, and xboard goes on.
-# A result is unknown only to an engine that is already thinking about the last move.
+# xboard sends these to any engine. This one calls them unknown, and xboard continues. A result is
+# unknown only to an engine that already thinks about its next move.
 UNKNOWN = re.compile(r"Error \(Unknown command\): (?:ics -|computer|name Brivok 4\.0\.3|result .+)")
-# An old game to go on from, with a mate of eight moves in it. A position would cost the engine its
-# control: setting one up begins a new game.
+# A game to continue, with a mate in eight moves. A position will not do: setting one up begins a
+# new game, which resets the time control.
 OPENING = """[Result "*"]
 
 1. d4 e6 2. Nf3 f5 3. Nc3 Nf6 4. Bg5 Be7 5. Bxf6 Bxf6 6. e4 fxe4 7. Nxe4 b6 8. Ne5 O-O 9. Bd3 Bb7
 10. Qh5 Qe7 *
 """
 
-# An interface writes the castling rights of Fischer-random arrays by files, unless told otherwise.
+# xboard writes Fischer-random castling rights as files unless it is told otherwise.
 RIGHTS = [f"-{side}NeedsNoncompliantFEN" for side in ("first", "second")]
 RIGHTS = [RIGHTS[0], "KQkq -", RIGHTS[1], "KQkq -", "-defaultFrcPosition", "342"]
 

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Plays a match of the engine with an opening book against itself without one, over UCI and with
-alternating colours, and tells how the book fares. A referee checks each move. Games that both sides
-see as decided or even are ended as those of the default book were.
+"""Plays a match of the engine with an opening book against itself without one, over UCI with
+alternating colours, and reports the score. A referee checks each move. A game that both sides see
+as won or even is adjudicated, in the same way as the games of the default book.
 
     tests/soak/book_match.py BOOK [--games 200] [--go "movetime 50"]
 
 The engine is build/release/bin/brivok, or BRIVOK in the environment. BOOK may be "none": then both
-sides play alike. Exit code 1 on an illegal move, a crash or a hang."""
+sides are the same. Exit code 1 on an illegal move, a crash or a hang."""
 
 import shutil
 import sys
@@ -23,8 +23,8 @@ MOST_PLIES = 600
 
 
 def play(engines: list[Brivok], referee: Referee, go: str) -> tuple[str, list[str], list[int]]:
-    """One game of White's and Black's engine; its result, its moves, and how many moves each side
-    took from a book at its beginning."""
+    """Plays one game; `engines` are White's and Black's. Returns the result, the moves, and how
+    many book moves each side has played at the start."""
     game, adjudicator, booked, searched = Game(referee), Adjudicator(), [0, 0], [False, False]
     for engine in engines:
         engine.new_game()

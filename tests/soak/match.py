@@ -1,19 +1,18 @@
 #!/usr/bin/env python3
-"""Plays the engine against engines of Debian on short clocks, and prints how it fares: against each
-opponent, in each configuration, with the rating difference and its 95 % bounds, and who has made an
-illegal move, overstepped the time, crashed or hung.
+"""Plays the engine against engines of Debian on short clocks. Prints tables of the scores against
+each opponent and in each configuration, with rating differences and their 95 % bounds, and who made
+an illegal move, lost on time, crashed or hung.
 
     tests/soak/match.py --games 4 --tables build/release/tables --pgn games.pgn
 
-A configuration is a protocol of the engine (uci, winboard), with or without pondering on both
-sides, opening book and endgame tables. Opponents speak their own protocol and play without their
-books, in one thread. Each opening is played twice, once with either colour. The games go on to
-their end: the referee, a Stockfish apart from the players, says what is legal, and when a game is
-over; pgn-extract reads all games again in the end. Games with pondering are played one at a time.
+A configuration is the protocol of the engine (uci, winboard), with or without pondering on both
+sides, with or without the opening book and the endgame tables. Opponents use their own protocol and
+play on one thread without their books. Each opening is played twice, with either colour. Games are
+played to the end: the referee, another Stockfish, says which moves are legal and when a game is
+over, and pgn-extract checks all games at the end. Games with pondering run one at a time.
 
-Needs these packages of Debian: stockfish and pgn-extract, and those of the opponents, which are
-named like them. Exit code 1 on any fault of the engine or when games have not been played, 2 if
-something is missing."""
+Needs Debian's stockfish and pgn-extract and the packages of the opponents, which have their names.
+Exit code 1 if the engine is at fault or games are missing, 2 if a program or a file is missing."""
 
 import argparse
 import itertools
@@ -43,7 +42,7 @@ from players import (FAULTS, HASH, KINDS, OPPONENTS, PATIENCE, Forfeit, Player, 
                      Settings)
 
 NAME = "Brivok"
-OPENING_PLIES = 6  # so few that the book has something left to say
+OPENING_PLIES = 6  # few, so that the book still has moves
 MOST_PLIES = 600
 
 Record = dict[str, Any]  # of a game
@@ -58,7 +57,7 @@ class Configuration(NamedTuple):
 
 
 def judge(player: Player, word: str, game: Game) -> tuple[str, str]:
-    """The result that an engine declares in place of a move, and why."""
+    """The result that an engine declares instead of a move, and the reason."""
     loss = "0-1" if game.white else "1-0"
     if "resign" in word or word.startswith(loss):
         return loss, "resigned"
@@ -67,9 +66,9 @@ def judge(player: Player, word: str, game: Game) -> tuple[str, str]:
 
 def play(players: Sequence[Player], referee: Referee, opening: Sequence[str],
          options: argparse.Namespace) -> tuple[Record, Forfeit | None]:
-    """One game of White's and Black's player: what is to be recorded of it, and the forfeit if
-    there was one. "excess" and "left" are those of both clocks, in milliseconds: the greatest one,
-    and what was left in the end."""
+    """Plays one game; `players` are White's and Black's. Returns its record, and the forfeit if
+    there was one. For both clocks, in milliseconds, "excess" is the most that a move took beyond
+    its clock, and "left" what was left at the end."""
     game, clocks = Game(referee, fifty=100), Clocks(options.time, options.increment)
     excess, forfeit = [0.0, 0.0], None
     for move in opening:
@@ -108,7 +107,7 @@ def play(players: Sequence[Player], referee: Referee, opening: Sequence[str],
 
 
 class Match:
-    """The games of all pairings; what is played in one pairing runs in the same two processes."""
+    """The games of all pairings. Two processes play all games of a pairing."""
 
     def __init__(self, options: argparse.Namespace) -> None:
         self.options, self.bad_exits = options, 0
@@ -145,7 +144,7 @@ class Match:
                            folder / "opponent", theirs)]
 
     def furnish(self, folder: Path, configuration: Configuration) -> None:
-        """Makes the folder that the engine runs in."""
+        """Puts settings, book and tables into the folder of the engine."""
         (folder / "opponent").mkdir()
         (folder / "brivok.ini").write_text(f"HashMB: {HASH}\n")
         if configuration.book:
@@ -155,7 +154,7 @@ class Match:
                 (folder / file.name).symlink_to(file)
 
     def pairing(self, number: int) -> None:
-        """Plays the games of a pairing, each opening with White and with Black."""
+        """Plays the games of a pairing, each opening with both colours."""
         configuration, opponent = self.pairings[number]
         players: list[Player] = []
         referee = self.start(Referee)
@@ -187,7 +186,7 @@ class Match:
                 self.end(*players, referee)
 
     def note(self, number: int, record: Record) -> None:
-        """Keeps the record of a game; pairs of figures go with the engine's own first."""
+        """Keeps the record of a game. In pairs of numbers the engine comes first."""
         configuration, opponent = self.pairings[number]
         record |= {"pairing": number, "opponent": opponent, **configuration._asdict(),
                    "configuration": label(configuration)}
@@ -202,7 +201,7 @@ class Match:
                   flush=True)
 
     def run(self) -> None:
-        """Pairings without pondering first, several at a time."""
+        """Plays the pairings without pondering first, several at a time."""
         try:
             for ponder, jobs in ((False, self.options.concurrency), (True, 1)):
                 numbers = [number for number, (configuration, _) in enumerate(self.pairings)
@@ -230,7 +229,7 @@ def label(configuration: Configuration) -> str:
 
 
 def row(records: Sequence[Record]) -> Record:
-    """What a line of the table tells of these games."""
+    """The row of a table for these games."""
     standing = Standing()
     faults: Counter[tuple[bool, str]] = Counter()
     for record in records:
@@ -246,7 +245,7 @@ def row(records: Sequence[Record]) -> Record:
 
 
 def rows(records: Sequence[Record]) -> list[tuple[str, dict[str, Record]]]:
-    """(heading, {name: row}) of the tables."""
+    """The tables, each as its heading and {name: row}."""
     def group(key: Callable[[Record], str]) -> dict[str, Record]:
         names = dict.fromkeys(key(record) for record in records)
         return {name: row([x for x in records if key(x) == name]) for name in names}
@@ -262,7 +261,7 @@ def rows(records: Sequence[Record]) -> list[tuple[str, dict[str, Record]]]:
 
 
 def show(tables: Sequence[tuple[str, dict[str, Record]]]) -> None:
-    """The tables in Markdown."""
+    """Prints the tables in Markdown."""
     for heading, table in tables:
         print(f"\n| {heading} | Games | + | = | - | Points | Elo | 95 % | Illegal | Time | Crash |"
               f" Over, ms | Theirs |\n| --- |{' ---: |' * 12}")
@@ -274,8 +273,8 @@ def show(tables: Sequence[tuple[str, dict[str, Record]]]) -> None:
 
 
 def write_games(path: str, records: Sequence[Record]) -> list[str]:
-    """Writes the games through pgn-extract, which has to take every move and to find the ends that
-    the referee has found. Returns the differences."""
+    """Writes the games with pgn-extract, which must accept every move and find the same ends as the
+    referee. Returns the differences."""
     games = []
     for number, record in enumerate(records, 1):
         names = [NAME, record["opponent"]][::1 if record["white"] else -1]

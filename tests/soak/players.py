@@ -1,4 +1,5 @@
-"""The engines at the board of a match, over UCI and WinBoard, and how those of Debian start."""
+"""The players of a match, over UCI and WinBoard, and the engines of Debian that can be
+opponents."""
 
 import math
 import re
@@ -30,7 +31,7 @@ class Opponent(NamedTuple):
 
 
 class Forfeit(EngineError):
-    """A player loses: one of FAULTS, and the particulars."""
+    """A player loses by one of FAULTS; the text has the details."""
 
     def __init__(self, player: Process, fault: str, text: str) -> None:
         super().__init__(player, text)
@@ -38,17 +39,17 @@ class Forfeit(EngineError):
 
 
 class Player(Process):
-    """What the engines of both protocols have in common."""
+    """An engine in a match. Its folder is its home, where some engines write."""
 
     settings: Settings
 
     def __init__(self, command: Sequence[str], folder: Path) -> None:
-        super().__init__(["env", f"HOME={folder}", *command], folder)  # some engines write there
+        super().__init__(["env", f"HOME={folder}", *command], folder)
         self.counts: Counter[str] = Counter()
         self.searched = False
 
     def begin_game(self, _game: Game) -> None:
-        self.counts = Counter()  # moves after a ponder hit, by the book, with the help of tables
+        self.counts = Counter()  # moves after a ponder hit, from the book, with table hits
         self.searched = False
 
     def move(self, game: Game, clocks: Clocks, patience: float) -> tuple[str, float]:
@@ -62,13 +63,13 @@ class Player(Process):
         raise NotImplementedError
 
     def heard(self, lines: list[str]) -> None:
-        """Counts by what stands before a move how the engine under test has found it."""
+        """Counts how the engine under test has found a move, by the lines before it."""
         self.searched |= any(re.match(r"info depth|[ \d]\d[ .] ", line) for line in lines)
         self.counts["book"] += not self.searched
         self.counts["table"] += any(re.search(r"tbhits[ :]0*[1-9]", line) for line in lines)
 
     def waited(self) -> float:
-        """Milliseconds that its threads, ready to run, have had to wait for a processor so far."""
+        """Milliseconds that its threads were ready to run but waited for a processor."""
         tasks = Path(f"/proc/{self.p.pid}/task").glob("*/schedstat")
         try:
             return sum(int(task.read_text().split()[1]) for task in tasks) / 1e6
@@ -134,7 +135,7 @@ class WinBoardPlayer(WinBoardEngine, Player):
         self.prefix = "usermove " if "usermove=1" in features else ""
 
     def begin_game(self, game: Game) -> None:
-        """Sets up the game. `level` knows whole seconds only; `time` says what is really left."""
+        """Sets up the game. "level" takes whole seconds only; "time" tells later what is left."""
         super().begin_game(game)
         minutes, seconds = divmod(max(1, self.settings.time // 1000), 60)
         self.set_up(game, f"level 0 {minutes}:{seconds:02} {self.settings.increment // 1000}",

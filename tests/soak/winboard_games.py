@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Plays many fast games of two engine processes over the WinBoard protocol, every second one with
-pondering on both sides. A referee checks each move and each claim; after each game the boards of
-the engines are compared with the referee's. Both processes live as long as the run.
+"""Plays many fast games between two engine processes over WinBoard, every second one with pondering
+on both sides. A referee checks each move and each claim, and after each game the boards of the
+engines. Both processes live as long as the run.
 
     tests/soak/winboard_games.py [--games 200] [--base 200] [--depth N] [--valgrind]
 
@@ -27,7 +27,7 @@ GROWTH = 4096  # kilobytes of memory that a process may gain after its first gam
 
 
 class Trouble(ChessError):
-    """Holds what went wrong, in a word or two, and the particulars."""
+    """What went wrong in a word or two, and the details."""
 
 
 def memory(engine: WinBoard) -> int:
@@ -38,8 +38,8 @@ def memory(engine: WinBoard) -> int:
 
 def play(engines: list[WinBoard], referee: Referee, chance: random.Random, ponder: bool,
          control: list[str], base: int) -> tuple[str, str]:
-    """One game; the reason of its end, and its result. `engines` are White's and Black's, and
-    `base` the centiseconds on each clock."""
+    """Plays one game; `engines` are White's and Black's, and each clock has `base` centiseconds.
+    Returns the reason of its end and the result."""
     game, clocks = Game(referee), Clocks(base * 10)
     opening = chance.randrange(4, 10)
     while len(game.moves) < opening:
@@ -75,8 +75,8 @@ def play(engines: list[WinBoard], referee: Referee, chance: random.Random, ponde
 
 
 def close(game: Game, end: str, engines: list[WinBoard]) -> str:
-    """Hears the claim of the side that has moved or, of a mate or a stalemate, of the other one;
-    returns the result."""
+    """Waits for the claim: the side that made the last move may claim any end, the other one a mate
+    or a stalemate. Returns the result."""
     loser = game.side
     claimant = engines[1 - loser]
     said = claimant.ask(timeout=PATIENCE)
@@ -101,7 +101,7 @@ def main() -> int:
     parser.add_argument("--base", type=int, default=200, help="centiseconds on each clock")
     parser.add_argument("--depth", type=int, help="fixed depth instead of the clock")
     parser.add_argument("--seed", type=int, default=1)
-    parser.add_argument("--valgrind", action="store_true", help="few games at a fixed depth of 3")
+    parser.add_argument("--valgrind", action="store_true", help="a few games at depth 3")
     options = parser.parse_args()
     command = [BRIVOK]
     if options.valgrind:
