@@ -5,7 +5,7 @@ import time
 
 import pytest
 
-from chesskit import PATIENCE
+from chesskit import PATIENCE, WinBoard
 
 SETTINGS = "CreateLog: true\nOpeningsBook: false\n"
 STARTED = """## Allocated 65536 hash entries = 1048576 bytes
@@ -20,13 +20,11 @@ HEAD = re.compile(r"(\+-{27}\n)\+ Brivok 4\.0\.3 LogFile\n\+ Info: Beta\n\+ (.{2
 
 
 @pytest.fixture
-def xboard(start, tmp_path):
+def xboard(start):
     """Starts an engine under WinBoard with more settings. Returns it and what it has printed."""
     def make(settings=""):
-        (tmp_path / "brivok.ini").write_text(SETTINGS + settings)
-        engine = start(uci=False)
-        engine.send("xboard", "ping 1")
-        return engine, engine.wait("pong 1")[:-1]
+        engine = start(WinBoard, ini=SETTINGS + settings)
+        return engine, engine.greeting + engine.ask()
     return make
 
 
@@ -138,10 +136,8 @@ def test_notes_of_a_game(xboard, tmp_path):
     engine.send("usermove " + reply)
     engine.wait("move ")
     engine.wait("Hint: ")
-    engine.send("usermove a1a1", "ping 2")
-    engine.wait("pong 2")
-    engine.send("analyze", "exit", "force", "ping 3")
-    engine.wait("pong 3")
+    engine.ask("usermove a1a1")
+    engine.ask("analyze", "exit", "force")
     engine.send("new", "otim 30000", "easy", "sd 6", "white", "go")
     engine.wait("move ")
     engine.finish()

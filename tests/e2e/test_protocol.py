@@ -61,9 +61,7 @@ def test_listing(engine):
 
 def count(start, settings, position=MIDDLE, depth=6):
     """Nodes of a search by a new process with these settings."""
-    engine = start()
-    for name, value in settings:
-        engine.set(name, value)
+    engine = start(options=dict(settings))
     return engine.go(f"go depth {depth}", f"position {position}").nodes
 
 

@@ -99,6 +99,8 @@ def play(players: Sequence[Player], referee: Referee, opening: Sequence[str],
         for player in players:
             player.end_game(result)
     except EngineError as error:
+        if error.engine is referee:
+            raise
         forfeit = (error if isinstance(error, Forfeit) else
                    Forfeit(error.engine, "crash", str(error)))
         result, reason = "0-1" if error.engine is players[0] else "1-0", forfeit.fault
