@@ -1,18 +1,18 @@
-"""Clients of the engine under test, which take nothing from it that it should not say."""
+"""Clients of the engine under test. Any output that does not belong there is an error."""
 
 import math
 import re
 import subprocess
 import time
-from collections.abc import Mapping, Sequence
+from collections.abc import Sequence
 from pathlib import Path
 
 from chesskit.board import squares
 from chesskit.errors import ChessError, EngineError
 from chesskit.notation import MOVE, SAN
-from chesskit.process import PATIENCE
+from chesskit.process import PATIENCE, Command, Folder
 from chesskit.programs import BRIVOK, SLOW
-from chesskit.uci import Reply, UciEngine
+from chesskit.uci import Options, Reply, UciEngine
 from chesskit.winboard import WinBoardEngine
 
 NO_MOVE = "a8a8"  # the answer to a "go" in a game that is over
@@ -52,24 +52,23 @@ def claim(end: str, side: int) -> str:
 
 
 class Brivok(UciEngine):
-    """The engine over UCI, or with `uci` false as it starts, waiting for a protocol."""
+    """The engine under UCI. Without `uci` it has just started and waits for a protocol."""
 
-    def __init__(self, folder: str | Path | None = None, uci: bool = True,
-                 options: Mapping[str, object] | None = None,
-                 command: Sequence[str | Path] = (BRIVOK,)) -> None:
-        super().__init__(list(command), folder, options, connect=uci)
+    def __init__(self, folder: Folder = None, uci: bool = True, options: Options | None = None,
+                 command: Command = (BRIVOK,)) -> None:
+        super().__init__(command, folder, options, connect=uci)
 
     def answered(self, seconds: float) -> bool:
-        """Whether a move comes within this time; nothing is taken."""
+        """Whether a move comes within this time. It is not taken."""
         return any(line.startswith("bestmove") for line in self.waiting(seconds))
 
     def best(self, timeout: float | None = PATIENCE) -> Reply:
         reply = super().best(timeout)
         lines = reply.lines
         move = re.fullmatch(rf"bestmove {MOVE} (?:ponder {MOVE})?", lines[-1])
-        self.require(bool(move) and lines[-2] == "", f"gives its move as {lines[-2:]}")
+        self.require(move and lines[-2] == "", f"gives its move as {lines[-2:]}")
         for line in lines[:-1]:
-            self.require(bool(SEARCH_OUTPUT.fullmatch(line)), f"says {line!r} while it thinks")
+            self.require(SEARCH_OUTPUT.fullmatch(line), f"says {line!r} while it thinks")
         return reply
 
     def go(self, go: str, position: str | None = None, timeout: float | None = PATIENCE,
@@ -83,15 +82,16 @@ class Brivok(UciEngine):
         raise EngineError(self, f"{go}: {reply.seconds:.3f} s of {limit:.3f} s, {position}")
 
     def moves(self, position: str) -> list[str]:
-        """The legal moves of a position in the engine's eyes; in check castling may be among them,
-        which no search takes up."""
+        """The legal moves of a position as the engine lists them. In check the list may hold
+        castling, which no search plays."""
         self.send(position)
         self.ready()
         self.send("genmoves")
         return self.ready()[-1].split()
 
     def finish(self) -> list[str]:
-        """Quits, and gives the last output; nothing may be amiss."""
+        """Quits and returns the last output. Nothing may be wrong: the exit code, a message on
+        standard error, a move that is missing or too many."""
         if self.p.poll() is None:
             self.send("quit")
         try:
@@ -106,10 +106,9 @@ class Brivok(UciEngine):
 
 
 class WinBoard(WinBoardEngine, Brivok):
-    """The engine over WinBoard. `ini` are the settings that it finds in its folder."""
+    """The engine under WinBoard. `ini` is the text of its settings file."""
 
-    def __init__(self, folder: Path, ini: str | None = None,
-                 command: Sequence[str | Path] = (BRIVOK,)) -> None:
+    def __init__(self, folder: Path, ini: str | None = None, command: Command = (BRIVOK,)) -> None:
         if ini is not None:
             (folder / "brivok.ini").write_text(ini)
         super().__init__(folder, uci=False, command=command)
@@ -119,9 +118,9 @@ class WinBoard(WinBoardEngine, Brivok):
         self.greeting = self.wait("feature")
 
     def check(self, lines: Sequence[str]) -> None:
-        """Nothing may come before a move but this."""
+        """These lines may come before a move."""
         for line in lines:
-            self.require(bool(THINKING.fullmatch(line) or OTHER.fullmatch(line)),
+            self.require(THINKING.fullmatch(line) or OTHER.fullmatch(line),
                          f"says {line!r} while it thinks")
 
     def move(self, *lines: str) -> str:
@@ -129,8 +128,8 @@ class WinBoard(WinBoardEngine, Brivok):
         self.send(*lines)
         self.said = self.wait("move ")
         last = [*self.said[-2:], *self.wait("")]
-        self.require(bool(re.fullmatch(f"\nmove {MOVE}\n", "\n".join(last))),
-                     f"gives its move as {last}")
+        answer = re.fullmatch(f"\nmove {MOVE}\n", "\n".join(last))
+        self.require(answer, f"gives its move as {last}")
         self.check(self.said[:-1])
         return self.said.pop()[5:]
 
@@ -139,7 +138,8 @@ class WinBoard(WinBoardEngine, Brivok):
         return [m for m in map(THINKING.fullmatch, self.said) if m]
 
     def until_idle(self) -> None:
-        """Waits for the end of a search that ends by itself, told by the answer of the idle."""
+        """Waits for the end of a search that ends by itself, which the answer to an unknown command
+        shows."""
         end, said = time.monotonic() + PATIENCE, [""]
         while not any("Unknown" in line for line in said) and time.monotonic() < end:
             said = self.ask("unknown")
@@ -148,12 +148,12 @@ class WinBoard(WinBoardEngine, Brivok):
         """Nothing but thinking lines may come while this time passes. They are taken."""
         time.sleep(seconds)
         for line in self.ask():
-            self.require(bool(THINKING.fullmatch(line)), f"says {line!r} where no move is due")
+            self.require(THINKING.fullmatch(line), f"says {line!r} where no move is due")
 
 
 def talk(data: bytes, folder: Path) -> tuple[str, float]:
-    """Output and seconds of an engine that gets these bytes and then the end of its input. It must
-    end by itself, without a complaint."""
+    """Output and run time, in seconds, of an engine that reads these bytes and then the end of its
+    input. It must end by itself, without an error."""
     begin = time.monotonic()
     done = subprocess.run([BRIVOK], input=data, capture_output=True, timeout=PATIENCE, cwd=folder)
     if done.returncode != 0 or done.stderr:

@@ -1,4 +1,4 @@
-"""A game as the referee sees it, the clocks beside the board, and when a game is given up."""
+"""A game as the referee sees it, its clocks, and adjudication."""
 
 from chesskit.board import is_dead
 from chesskit.errors import IllegalMove
@@ -30,7 +30,7 @@ class Game:
         self.seen.append(self.fen.split()[:4])
 
     def line(self, *guess: str) -> str:
-        """The UCI line that sets up the position, with moves that may come behind it."""
+        """The UCI line that sets up the position, or one after further moves."""
         return f"position {self.start} moves {' '.join([*self.moves, *guess])}"
 
     def push(self, move: str) -> None:
@@ -41,7 +41,7 @@ class Game:
         self._look()
 
     def play(self, reply: Reply) -> None:
-        """Takes the move of a search. The move to ponder on must be legal too."""
+        """Plays the move of a search. The move to ponder on must be legal too."""
         self.push(reply.best)
         if reply.ponder and reply.ponder not in self.legal:
             raise IllegalMove(f"illegal move to ponder on: {reply.ponder} after {self.line()}")

@@ -12,14 +12,15 @@ from typing import NoReturn
 from chesskit.errors import ChessError, EngineError
 from chesskit.programs import SLOW
 
+Command = Sequence[str | Path]
+Folder = str | Path | None  # that a program runs in; None is the current one
 PATIENCE = 120 if SLOW else 30  # seconds until an engine counts as hanging
 
 
 class Process:
     """A running program. Output lines keep the time of their arrival; all times are seconds."""
 
-    def __init__(self, command: Sequence[str | Path], folder: str | Path | None = None) -> None:
-        """Starts the program in the folder, or in the current one."""
+    def __init__(self, command: Command, folder: Folder = None) -> None:
         self.errors = tempfile.TemporaryFile()
         try:
             self.p = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
@@ -57,8 +58,8 @@ class Process:
         raise EngineError(self, f"engine {what} (code {self.p.returncode}), last sent "
                           f"{self.last_sent!r}, stderr {self.stderr()[-3000:]!r}")
 
-    def require(self, fine: bool, what: str) -> None:
-        """Raises an EngineError unless all is fine; the program goes on."""
+    def require(self, fine: object, what: str) -> None:
+        """Raises an EngineError unless `fine` is true; the program runs on."""
         if not fine:
             raise EngineError(self, f"engine {what}")
 

@@ -1,12 +1,12 @@
 """Stockfish as the authority on the rules."""
 
 import re
-from collections.abc import Mapping, Sequence
+from collections.abc import Sequence
 from typing import NamedTuple
 
 from chesskit.board import squares
 from chesskit.programs import needed
-from chesskit.uci import UciEngine
+from chesskit.uci import Options, UciEngine
 
 
 class Look(NamedTuple):
@@ -17,11 +17,10 @@ class Look(NamedTuple):
 
 
 class Referee(UciEngine):
-    """It writes Fischer-random castling as king takes rook; here moves are in our words, with its
-    own behind them."""
+    """Stockfish. It writes Fischer-random castling as king takes rook; a look gives the words of
+    both."""
 
-    def __init__(self, program: str | None = None,
-                 options: Mapping[str, object] | None = None) -> None:
+    def __init__(self, program: str | None = None, options: Options | None = None) -> None:
         super().__init__([program or needed("stockfish")], options=options)
         self.fischer = False
 

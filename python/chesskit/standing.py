@@ -1,4 +1,4 @@
-"""The standing of a match, and the rating difference that it stands for."""
+"""The standing of a match, and the rating difference behind it."""
 
 import math
 
@@ -6,7 +6,7 @@ DEVIATIONS = 1.96  # of the mean, that 95 % of all matches stay within
 
 
 def elo(share: float) -> float:
-    """The rating difference at which this share of the points is to be expected."""
+    """The rating difference for which this share of the points is expected."""
     if share in (0, 1):
         return math.copysign(math.inf, share - 0.5)
     return 400 * math.log10(share / (1 - share))
@@ -17,7 +17,7 @@ class Standing:
         self.won, self.drawn, self.lost = won, drawn, lost
 
     def add(self, result: str, white: bool) -> None:
-        """A game in which the side that is looked at was White, or Black."""
+        """Counts a game of our side as White or as Black."""
         points = {"1-0": 1, "1/2-1/2": 0.5, "0-1": 0}[result]
         points = points if white else 1 - points
         self.won += points == 1
@@ -37,8 +37,8 @@ class Standing:
         return self.points / self.games
 
     def interval(self) -> tuple[float, float]:
-        """Bounds of the share, with 95 % confidence. They are those of the games and of one more
-        win and loss: with no more than a few games, all of them won, much is still open."""
+        """95 % bounds of the share. One win and one loss are added to the games, so that a few
+        games that are all won do not look certain."""
         won, lost, games = self.won + 1, self.lost + 1, self.games + 2
         mean = (self.points + 1) / games
         squares = won * (1 - mean) ** 2 + self.drawn * (0.5 - mean) ** 2 + lost * mean ** 2

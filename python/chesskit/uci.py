@@ -3,11 +3,11 @@
 import re
 import time
 from collections.abc import Mapping, Sequence
-from pathlib import Path
 from typing import NamedTuple
 
-from chesskit.process import PATIENCE, Process
+from chesskit.process import PATIENCE, Command, Folder, Process
 
+Options = Mapping[str, object]  # UCI options by their names
 MATE = 30000  # centipawns that a mate counts as
 
 
@@ -50,8 +50,8 @@ class Reply:
 class UciEngine(Process):
     """An engine that has said "uciok", unless `connect` leaves that to the caller."""
 
-    def __init__(self, command: Sequence[str | Path], folder: str | Path | None = None,
-                 options: Mapping[str, object] | None = None, connect: bool = True) -> None:
+    def __init__(self, command: Command, folder: Folder = None, options: Options | None = None,
+                 connect: bool = True) -> None:
         super().__init__(command, folder)
         self.searches = 0  # answers still owed
         self.began = 0.0  # time of the last "go"
@@ -69,7 +69,7 @@ class UciEngine(Process):
     def set(self, name: str, value: object) -> None:
         self.send(f"setoption name {name} value {value}")
 
-    def set_known(self, options: Mapping[str, object]) -> None:
+    def set_known(self, options: Options) -> None:
         """Sets those of the options that the engine has."""
         known = re.findall(r"^option name (.+?) type", "\n".join(self.listing), re.M)
         for name, value in options.items():
@@ -100,7 +100,6 @@ class UciEngine(Process):
         self.searches -= 1
         return Reply(self, lines, self.stamp - self.began)
 
-    def go(self, go: str, position: str | None = None,
-           timeout: float | None = PATIENCE) -> Reply:
+    def go(self, go: str, position: str | None = None, timeout: float | None = PATIENCE) -> Reply:
         self.start(go, position)
         return self.best(timeout)
