@@ -164,7 +164,8 @@ TEST_F(ConfigurationTest, Lines) {
     }
     for (const char* end : {"\n", "\r\n"}) {
         const std::string last = std::string(end) + "EHashMB: 9";
-        const std::string longest = "PHashMB: 8" + std::string(4085, ' ');
+        std::string longest = "PHashMB: 8";
+        longest.resize(4095, ' ');
         EXPECT_EQ(read(longest + last).PHashMB, 8U);
         EXPECT_EQ(settings.EHashMB, 9U);
         EXPECT_EQ(read("HashMB: 7\n" + longest + " " + last).PHashMB, 1U) << "a line too long";
@@ -180,7 +181,8 @@ TEST_F(ConfigurationTest, LogFolders) {
     EXPECT_TRUE(fs::is_directory("a/b/c") && fs::is_empty("a/b/c"));
     CreateLogFolders((folder / "d/e/").string());
     EXPECT_TRUE(fs::is_directory("d/e"));
-    const std::string longName = std::string(200, 'x') + '/' + std::string(200, 'y') + '/';
+    std::string longName(401, 'x');
+    longName[200] = longName[400] = '/';
     CreateLogFolders(longName);
     EXPECT_TRUE(fs::is_directory(longName));
     std::ofstream("file") << "x";

@@ -87,24 +87,6 @@ def test_sessions(page, tmp_path):
         assert engine.p.wait(PATIENCE) == 0, "a session ends with quit"
 
 
-def test_options(engine):
-    line = re.compile(r"option name (.+) type (\w+)(?: default ([^ ]*))?(?: min (\S+) max (\S+))?")
-    listed = [m.groups("") for m in map(line.fullmatch, engine.listing) if m]
-    told = [tuple(cell.strip("`") for cell in row[:4])
-            for row in rows("docs/protocols.md", "Option", "Options")]
-    assert told == [(name, kind, default, f"{low} to {high}" if low else "")
-                    for name, kind, default, low, high in listed]
-
-
-def test_settings():
-    source = (ROOT / "src/shell/configuration.cpp").read_text()
-    shipped = [line.split() for line in (ROOT / "data/brivok.ini").read_text().splitlines()
-               if re.match(r"\w+:", line)]
-    told = {row[0].strip("`"): row[1] for row in rows("docs/settings.md", "Setting")}
-    assert told == {key: "".join(value[:1]) for key, *value in shipped}
-    assert set(told) == set(re.findall(r'\{"(\w+:)"', source))
-
-
 @pytest.mark.parametrize("section, handler", [
     ("The start", "extra"), ("UCI", "uci"), ("WinBoard", "winboard")])
 def test_protocol_words(section, handler):
