@@ -2,17 +2,18 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <set>
-#include <sstream>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "board/piece_values.h"
 #include "engine_fixture.h"
 #include "shell/base/logger.h"
+#include "shell/settings_table.h"
 
 namespace brivok {
 namespace {
@@ -103,20 +104,29 @@ TEST_F(ConfigurationTest, EveryKey) {
     EXPECT_TRUE(settings == expected) << "without a file the settings stay";
 }
 
-TEST_F(ConfigurationTest, ShippedFileHoldsTheDefaults) {
-    const auto keysOf = [](std::istream&& text) {
-        std::multiset<std::string> keys;
-        for (std::string line, key; std::getline(text, line);) {
-            if (std::istringstream(line) >> key && key[0] != ';' && key[0] != '[') keys.insert(key);
+TEST_F(ConfigurationTest, EachKeySetsSomethingOfItsOwn) {
+    std::vector<Settings> results;
+    for (const Setting& setting : settingsTable()) {
+        if (setting.key == nullptr) continue;
+        settings = Settings{};
+        // One of them at least is not the default
+        for (const char* value : {"other", "7", "true", "frc"}) {
+            if (settings == Settings{}) {
+                EXPECT_TRUE(setKey(setting.key, value));
+            }
         }
-        return keys;
-    };
-    const std::string shipped = dataPath("../../data/brivok.ini");
-    EXPECT_EQ(keysOf(std::ifstream(shipped)), keysOf(std::istringstream(AllKeys)));
+        EXPECT_FALSE(settings == Settings{}) << setting.key;
+        EXPECT_EQ(std::count(results.begin(), results.end(), settings), 0) << setting.key;
+        results.push_back(settings);
+    }
+    EXPECT_FALSE(setKey("HashMB", "7"));
+}
 
+TEST_F(ConfigurationTest, ShippedFileHoldsTheDefaults) {
     read(AllKeys);
     settings.egtbDir.clear();  // no line can say so
-    fs::copy_file(shipped, "brivok.ini", fs::copy_options::overwrite_existing);
+    fs::copy_file(dataPath("../../data/brivok.ini"), "brivok.ini",
+                  fs::copy_options::overwrite_existing);
     ReadConfiguration();
     EXPECT_TRUE(settings == Settings{});
 }

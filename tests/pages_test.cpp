@@ -1,0 +1,166 @@
+// Holds the pages of docs/, the settings file and the dictionaries of the fuzz targets against the
+// tables of the program.
+
+#include <algorithm>
+#include <cctype>
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "engine_fixture.h"
+#include "shell/settings_table.h"
+
+namespace brivok {
+namespace {
+
+using Cells = std::vector<std::string>;
+using Names = std::set<std::string>;
+
+/// The lines of a file of the repository.
+std::vector<std::string> linesOf(const std::string& path) {
+    std::ifstream file(dataPath("../../" + path));
+    EXPECT_TRUE(file) << path;
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(file, line);) lines.push_back(line);
+    return lines;
+}
+
+std::string trimmed(const std::string& text) {
+    const std::size_t first = text.find_first_not_of(' ');
+    return first == text.npos ? "" : text.substr(first, text.find_last_not_of(' ') + 1 - first);
+}
+
+/// What stands between backticks, piece by piece.
+std::vector<std::string> codeOf(const std::string& cell) {
+    std::vector<std::string> pieces;
+    std::istringstream text(cell);
+    bool code = false;
+    for (std::string piece; std::getline(text, piece, '`'); code = !code) {
+        if (code) pieces.push_back(piece);
+    }
+    return pieces;
+}
+
+/// The rows below a heading, subsections included, of all tables whose first column has this head.
+std::vector<Cells> rowsOf(const std::string& page, const std::string& heading,
+                          const std::string& head) {
+    std::vector<Cells> rows;
+    std::size_t level = 0;  // of the heading, once it has come
+    bool taken = false;
+    for (const std::string& line : linesOf(page)) {
+        const std::size_t marks = std::min(line.find_first_not_of('#'), line.size());
+        if (level != 0 && marks != 0 && marks <= level) break;
+        if (marks != 0 && line.substr(marks) == " " + heading) level = marks;
+        if (level == 0) continue;
+        Cells cells;
+        std::istringstream text(line.substr(std::min<std::size_t>(1, line.size())));
+        for (std::string cell; std::getline(text, cell, '|');) cells.push_back(trimmed(cell));
+        if (!line.starts_with('|')) {
+            taken = false;
+        } else if (cells.at(0) == head) {
+            taken = true;
+        } else if (taken && !cells.at(0).starts_with("---")) {
+            rows.push_back(cells);
+        }
+    }
+    EXPECT_FALSE(rows.empty()) << page << ": " << heading;
+    return rows;
+}
+
+/// The entries of a dictionary.
+Names entriesOf(const std::string& path) {
+    Names entries;
+    for (const std::string& line : linesOf(path)) {
+        if (line.size() > 1 && line[0] == '"') entries.insert(line.substr(1, line.size() - 2));
+    }
+    return entries;
+}
+
+std::string kindText(OptionKind kind) {
+    switch (kind) {
+        case OptionKind::Spin: return "spin";
+        case OptionKind::Check: return "check";
+        case OptionKind::String: return "string";
+        case OptionKind::Button: break;
+    }
+    return "button";
+}
+
+class PagesTest : public EngineTest {};
+
+TEST_F(PagesTest, Options) {
+    std::vector<Cells> expected;
+    std::map<std::string, std::string> acceptedNames;
+    for (const auto& [rule, key, option] : settingsTable()) {
+        if (option.name == nullptr) continue;
+        std::string range;
+        if (option.kind == OptionKind::Spin) {
+            range = std::to_string(option.lower) + " to " + std::to_string(option.upper);
+        }
+        expected.push_back({option.name, kindText(option.kind), rule.show(), range});
+        if (option.acceptedName != nullptr) acceptedNames[option.name] = option.acceptedName;
+    }
+    std::vector<Cells> told;
+    for (const Cells& row : rowsOf("docs/protocols.md", "Options", "Option")) {
+        ASSERT_EQ(row.size(), 5U) << row[0];
+        const std::string name = codeOf(row[0]).at(0);
+        told.push_back({name, row[1], row[2], row[3]});
+        if (!acceptedNames.contains(name)) continue;
+        const std::vector<std::string> others = codeOf(row[4]);
+        EXPECT_EQ(std::count(others.begin(), others.end(), acceptedNames[name]), 1) << row[4];
+    }
+    EXPECT_EQ(told, expected);
+}
+
+TEST_F(PagesTest, Keys) {
+    Names keys;
+    for (const Setting& setting : settingsTable()) {
+        if (setting.key != nullptr) keys.insert(setting.key);
+    }
+    std::map<std::string, std::string> told;
+    for (const Cells& row : rowsOf("docs/settings.md", "Settings", "Setting")) {
+        ASSERT_GE(row.size(), 2U);
+        told[codeOf(row[0]).at(0)] = row[1];
+    }
+    std::map<std::string, std::string> shipped;
+    for (const std::string& line : linesOf("data/brivok.ini")) {
+        std::istringstream words(line);
+        std::string key;
+        if (!(words >> key) || key[0] == ';' || key[0] == '[') continue;
+        EXPECT_FALSE(shipped.contains(key)) << key;
+        words >> shipped[key];
+    }
+    EXPECT_EQ(told, shipped);
+    Names shippedKeys;
+    for (const auto& [key, value] : shipped) shippedKeys.insert(key);
+    EXPECT_EQ(shippedKeys, keys);
+}
+
+TEST_F(PagesTest, DictionariesOfSettings) {
+    Names keys;
+    Names options;
+    for (const auto& [rule, key, option] : settingsTable()) {
+        if (key != nullptr) keys.insert(std::string(key) + " ");
+        if (option.name != nullptr) options.insert(option.nameToSet());
+    }
+    Names keysTold = entriesOf("fuzz/settings.dict");
+    std::erase_if(keysTold, [](const std::string& entry) { return !entry.ends_with(": "); });
+    EXPECT_EQ(keysTold, keys);
+
+    // The entries of words that begin with a capital, as moves do not
+    Names optionsTold = entriesOf("fuzz/uci.dict");
+    std::erase_if(optionsTold, [](const std::string& entry) {
+        return entry.size() < 2 || std::isupper(static_cast<unsigned char>(entry[0])) == 0 ||
+               std::islower(static_cast<unsigned char>(entry[1])) == 0;
+    });
+    EXPECT_EQ(optionsTold, options);
+}
+
+}  // namespace
+}  // namespace brivok
