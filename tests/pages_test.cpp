@@ -8,13 +8,18 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "engine_fixture.h"
+#include "search/searcher.h"
+#include "shell/extra_handler.h"
 #include "shell/settings_table.h"
+#include "shell/uci_handler.h"
+#include "shell/winboard_handler.h"
 
 namespace brivok {
 namespace {
@@ -160,6 +165,76 @@ TEST_F(PagesTest, DictionariesOfSettings) {
                std::islower(static_cast<unsigned char>(entry[1])) == 0;
     });
     EXPECT_EQ(optionsTold, options);
+}
+
+void add(const std::vector<std::string_view>& words, Names& names) {
+    names.insert(words.begin(), words.end());
+}
+
+Names uciWords() {
+    Names words{"startpos", "fen", "moves"};  // of "position"
+    add(UciHandler::commands(true), words);
+    add(UciHandler::commands(false), words);
+    add(UciHandler::goWords(), words);
+    return words;
+}
+
+/// The words of all commands in the first column of a section, without what stands for a value.
+Names commandsTold(const std::string& section) {
+    Names told;
+    for (const Cells& row : rowsOf("docs/protocols.md", section, "Command")) {
+        for (const std::string& line : codeOf(row[0])) {
+            std::istringstream words(line);
+            for (std::string word; words >> word;) {
+                if (std::isupper(static_cast<unsigned char>(word[0])) == 0) told.insert(word);
+            }
+        }
+    }
+    return told;
+}
+
+TEST_F(PagesTest, Commands) {
+    Names startWords;
+    add(ExtraHandler::commands(), startWords);
+    EXPECT_EQ(commandsTold("The start"), startWords);
+    EXPECT_EQ(commandsTold("UCI"), uciWords());
+}
+
+constexpr std::pair<SearchMode, const char*> Modes[] = {{SearchMode::Idle, "idle"},
+                                                        {SearchMode::Thinking, "thinking"},
+                                                        {SearchMode::Pondering, "pondering"},
+                                                        {SearchMode::Analysing, "analysing"}};
+
+TEST_F(PagesTest, WhenCommandsAreUnderstood) {
+    std::map<std::string, Names> understood;
+    for (const auto& [mode, name] : Modes) add(WinBoardHandler::commands(mode), understood[name]);
+    std::map<std::string, Names> told;
+    for (const Cells& row : rowsOf("docs/protocols.md", "WinBoard", "Command")) {
+        ASSERT_EQ(row.size(), 3U) << row[0];
+        for (const std::string& line : codeOf(row[0])) {
+            std::istringstream modes(row[2]);
+            for (std::string mode; std::getline(modes >> std::ws, mode, ',');) {
+                told[mode].insert(line.substr(0, line.find(' ')));
+            }
+        }
+    }
+    EXPECT_EQ(told, understood);
+}
+
+TEST_F(PagesTest, DictionariesOfCommands) {
+    Names winBoardWords;
+    for (const auto& [mode, name] : Modes) add(WinBoardHandler::commands(mode), winBoardWords);
+    for (const auto& [file, words] :
+         {std::pair{"fuzz/uci.dict", uciWords()}, std::pair{"fuzz/winboard.dict", winBoardWords}}) {
+        Names told;
+        for (const std::string& entry : entriesOf(file)) {
+            std::istringstream parts(entry);
+            for (std::string word; parts >> word;) told.insert(word);
+        }
+        for (const std::string& word : words) {
+            EXPECT_TRUE(told.contains(word)) << file << ": " << word;
+        }
+    }
 }
 
 }  // namespace

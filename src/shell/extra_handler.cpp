@@ -1,7 +1,5 @@
 #include "shell/extra_handler.h"
 
-#include <string>
-
 #include "board/board.h"
 #include "shell/base/console.h"
 #include "shell/base/words.h"
@@ -19,22 +17,31 @@ ExtraHandler::ExtraHandler(Application& application) : ProtocolHandler(applicati
 
 ExtraHandler::~ExtraHandler() { LogOnly(app, "Extra support closed\n"); }
 
+CommandTable<ExtraHandler, ExtraHandler::Words> ExtraHandler::table() {
+    static constexpr Command<ExtraHandler, Words> Commands[] = {
+        {"quit", [](ExtraHandler&, const Words&) { ExitProgram(0); }},
+        {"xboard", [](ExtraHandler& self, const Words&) { self.speak(Protocol::WinBoard); }},
+        {"uci", [](ExtraHandler& self, const Words&) { self.speak(Protocol::Uci); }},
+        {"evaltest",
+         [](ExtraHandler& self, const Words&) {
+             self.runTest([](Application& app, SearchListener&) { RunEvalTest(app); });
+         }},
+        {"epdtest", [](ExtraHandler& self, const Words&) { self.runTest(RunEpdTest); }},
+    };
+    return Commands;
+}
+
+std::vector<std::string_view> ExtraHandler::commands() { return wordsOf(table()); }
+
 void ExtraHandler::ProcessCommand(std::string_view line) {
-    const std::vector<std::string> words = SplitWords(line);
+    const Words words = SplitWords(line);
     LogOnly(app, "Extra Received: %s\n", std::string(line).c_str());
-    if (words.empty()) return;
-    if (words[0] == "quit") ExitProgram(0);
-    if (words[0] == "xboard") {
-        done = true;
-        app.requestedProtocol = Protocol::WinBoard;
-    } else if (words[0] == "uci") {
-        done = true;
-        app.requestedProtocol = Protocol::Uci;
-    }
-    if (words[0] == "evaltest") {
-        runTest([](Application& application, SearchListener&) { RunEvalTest(application); });
-    }
-    if (words[0] == "epdtest") runTest(RunEpdTest);
+    if (!words.empty()) (void)execute(table(), words[0], *this, words);
+}
+
+void ExtraHandler::speak(Protocol protocol) {
+    done = true;
+    app.requestedProtocol = protocol;
 }
 
 void ExtraHandler::runTest(void (*test)(Application&, SearchListener&)) {

@@ -1,6 +1,11 @@
 #pragma once
 
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include "shell/base/application.h"
+#include "shell/command_table.h"
 #include "shell/console_listener.h"
 
 namespace brivok {
@@ -14,7 +19,14 @@ public:
     void ProcessCommand(std::string_view line) override;
     void Run() override;
 
+    /// The commands that are understood.
+    [[nodiscard]] static std::vector<std::string_view> commands();
+
 private:
+    using Words = std::vector<std::string>;
+
+    [[nodiscard]] static CommandTable<ExtraHandler, Words> table();
+    void speak(Protocol protocol);
     void runTest(void (*test)(Application&, SearchListener&));
 
     ConsoleListener listener{app};

@@ -1,7 +1,6 @@
 #include "shell/uci_handler.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -46,6 +45,9 @@ int depthValue(const std::string& text) {
     return static_cast<int>(std::clamp(parseInteger(text), -DeepestIteration, DeepestIteration));
 }
 
+constexpr std::string_view InfiniteWord = "infinite";
+constexpr std::string_view PonderWord = "ponder";
+
 /// The request of a search as the words of "go" give it. Clocks are put down by the side to move.
 class GoWords {
 public:
@@ -53,26 +55,7 @@ public:
 
     /// Takes a keyword with its value; false for a word that has none.
     [[nodiscard]] bool take(const std::string& word, const std::string& value) {
-        if (word == "wtime") {
-            setClock(us == White ? clock().ownTime : clock().oppTime, value);
-        } else if (word == "btime") {
-            setClock(us == Black ? clock().ownTime : clock().oppTime, value);
-        } else if (word == "winc") {
-            (us == White ? clock().ownIncrement : clock().oppIncrement) = timeValue(value);
-        } else if (word == "binc") {
-            (us == Black ? clock().ownIncrement : clock().oppIncrement) = timeValue(value);
-        } else if (word == "movestogo") {
-            movesToGo = std::min(countValue(value), LongestTime);
-        } else if (word == "depth") {
-            request.maxIteration = depthValue(value);
-        } else if (word == "nodes") {
-            request.nodeLimit = countValue(value);
-        } else if (word == "movetime") {
-            clock().setFixedTime(timeValue(value));
-        } else {
-            return false;
-        }
-        return true;
+        return execute(keywords(), word, *this, value);
     }
 
     /// A number of moves to go makes the clock a conventional control.
@@ -82,18 +65,44 @@ public:
         clock().movesPerSession = clock().movesLeft = movesToGo;
     }
 
+    /// The words that a value follows.
+    [[nodiscard]] static CommandTable<GoWords, std::string> keywords();
+
 private:
     TimeControl& clock() { return *request.clock; }
 
-    void setClock(std::uint32_t& time, const std::string& value) {
-        time = timeValue(value);
+    void setClock(Side side, const std::string& value) {
+        (us == side ? clock().ownTime : clock().oppTime) = timeValue(value);
         clock().clockGiven = true;
+    }
+    void setIncrement(Side side, const std::string& value) {
+        (us == side ? clock().ownIncrement : clock().oppIncrement) = timeValue(value);
     }
 
     SearchRequest& request;
     Side us;
     std::uint32_t movesToGo = 0;
 };
+
+CommandTable<GoWords, std::string> GoWords::keywords() {
+    static constexpr Command<GoWords, std::string> Keywords[] = {
+        {"wtime", [](GoWords& self, const std::string& value) { self.setClock(White, value); }},
+        {"btime", [](GoWords& self, const std::string& value) { self.setClock(Black, value); }},
+        {"winc", [](GoWords& self, const std::string& value) { self.setIncrement(White, value); }},
+        {"binc", [](GoWords& self, const std::string& value) { self.setIncrement(Black, value); }},
+        {"movestogo",
+         [](GoWords& self, const std::string& value) {
+             self.movesToGo = std::min(countValue(value), LongestTime);
+         }},
+        {"depth", [](GoWords& self,
+                     const std::string& value) { self.request.maxIteration = depthValue(value); }},
+        {"nodes", [](GoWords& self,
+                     const std::string& value) { self.request.nodeLimit = countValue(value); }},
+        {"movetime", [](GoWords& self,
+                        const std::string& value) { self.clock().setFixedTime(timeValue(value)); }},
+    };
+    return Keywords;
+}
 
 }  // namespace
 
@@ -110,6 +119,42 @@ UciHandler::UciHandler(Application& application) : ProtocolHandler(application) 
 
 UciHandler::~UciHandler() { LogOnly(app, "UCI support closed\n"); }
 
+CommandTable<UciHandler, UciHandler::Words> UciHandler::table(bool searching) {
+    using Entry = Command<UciHandler, Words>;
+    static constexpr Entry WhileSearching[] = {
+        {"stop", [](UciHandler& self, const Words&) { self.stop(); }},
+        {"ponderhit", [](UciHandler& self, const Words&) { self.ponderHit(); }},
+        {"isready", [](UciHandler& self, const Words&) { self.confirmReady(); }},
+        {"quit", [](UciHandler&, const Words&) { ExitProgram(0); }},
+    };
+    static constexpr Entry WhileIdle[] = {
+        {"xboard",
+         [](UciHandler& self, const Words&) {
+             self.done = true;
+             self.app.requestedProtocol = Protocol::WinBoard;
+         }},
+        {"ucinewgame", [](UciHandler& self, const Words&) { self.newGame(); }},
+        {"genmoves", [](UciHandler&, const Words&) { listLegalMoves(theBoard); }},
+        {"setoption", [](UciHandler&, const Words& words) { setOption(words); }},
+        {"position", [](UciHandler& self, const Words& words) { self.setPosition(words); }},
+        {"go", [](UciHandler& self, const Words& words) { self.go(words); }},
+        {"isready", [](UciHandler& self, const Words&) { self.confirmReady(); }},
+        {"quit", [](UciHandler&, const Words&) { ExitProgram(0); }},
+    };
+    if (searching) return WhileSearching;
+    return WhileIdle;
+}
+
+std::vector<std::string_view> UciHandler::commands(bool searching) {
+    return wordsOf(table(searching));
+}
+
+std::vector<std::string_view> UciHandler::goWords() {
+    std::vector<std::string_view> words = wordsOf(GoWords::keywords());
+    words.insert(words.end(), {InfiniteWord, PonderWord});
+    return words;
+}
+
 void UciHandler::Run() { RunReadLoop(*this); }
 
 void UciHandler::ProcessCommand(std::string_view line) {
@@ -119,17 +164,7 @@ void UciHandler::ProcessCommand(std::string_view line) {
 
     const Words words = SplitWords(line);
     longPosition.clear();
-    if (words.empty()) return;
-    if (searching) {
-        executeInSearch(words);
-    } else {
-        execute(words);
-    }
-    if (words[0] == "isready") {
-        Print(app, "readyok\n");
-    } else if (words[0] == "quit") {
-        ExitProgram(0);
-    }
+    if (!words.empty()) (void)execute(table(searching), words[0], *this, words);
 }
 
 bool UciHandler::collectLongPosition(std::string_view& line) {
@@ -146,37 +181,18 @@ bool UciHandler::collectLongPosition(std::string_view& line) {
     return cut;
 }
 
-void UciHandler::executeInSearch(const Words& words) {
-    if (words[0] == "stop") {
-        theSearcher.searchMode = SearchMode::Idle;
-        theSearcher.stopSearch = true;
-        LogOnly(app, "Search stopped\n");
-    } else if (words[0] == "ponderhit" && theSearcher.searchMode == SearchMode::Pondering) {
-        theSearcher.searchMode = SearchMode::Thinking;
-        LogOnly(app, "Search mode switched to normal\n");
-    }
+void UciHandler::confirmReady() { Print(app, "readyok\n"); }
+
+void UciHandler::stop() {
+    theSearcher.searchMode = SearchMode::Idle;
+    theSearcher.stopSearch = true;
+    LogOnly(app, "Search stopped\n");
 }
 
-void UciHandler::execute(const Words& words) {
-    struct Command {
-        std::string_view word;
-        void (*action)(UciHandler&, const Words&);
-    };
-    static constexpr std::array<Command, 6> Commands{{
-        {"xboard",
-         [](UciHandler& self, const Words&) {
-             self.done = true;
-             self.app.requestedProtocol = Protocol::WinBoard;
-         }},
-        {"ucinewgame", [](UciHandler& self, const Words&) { self.newGame(); }},
-        {"genmoves", [](UciHandler&, const Words&) { listLegalMoves(theBoard); }},
-        {"setoption", [](UciHandler&, const Words& line) { setOption(line); }},
-        {"position", [](UciHandler& self, const Words& line) { self.setPosition(line); }},
-        {"go", [](UciHandler& self, const Words& line) { self.go(line); }},
-    }};
-    for (const Command& command : Commands) {
-        if (words[0] == command.word) return command.action(*this, words);
-    }
+void UciHandler::ponderHit() {
+    if (theSearcher.searchMode != SearchMode::Pondering) return;
+    theSearcher.searchMode = SearchMode::Thinking;
+    LogOnly(app, "Search mode switched to normal\n");
 }
 
 void UciHandler::newGame() {
@@ -208,11 +224,11 @@ void UciHandler::go(const Words& words) {
     SearchRequest request{.clock = TimeControl{}};
     GoWords limits(request, theBoard.sideToMove);
     for (std::size_t i = 1; i < words.size(); ++i) {
-        if (words[i] == "infinite") {
+        if (words[i] == InfiniteWord) {
             request.mode = SearchMode::Analysing;
             break;
         }
-        if (words[i] == "ponder") {
+        if (words[i] == PonderWord) {
             request.mode = searcher.ponderEnabled ? SearchMode::Pondering : SearchMode::Thinking;
             continue;
         }

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "shell/base/application.h"
+#include "shell/command_table.h"
 #include "shell/uci_listener.h"
 
 namespace brivok {
@@ -18,15 +20,23 @@ public:
     void ProcessCommand(std::string_view line) override;
     void Run() override;
 
+    /// The commands that are understood while the engine idles or searches.
+    [[nodiscard]] static std::vector<std::string_view> commands(bool searching);
+    /// The words that "go" understands.
+    [[nodiscard]] static std::vector<std::string_view> goWords();
+
 private:
     using Words = std::vector<std::string>;
+
+    [[nodiscard]] static CommandTable<UciHandler, Words> table(bool searching);
 
     /// Joins the pieces of a "position" line that is longer than one piece of input. True while
     /// more of it is to come.
     [[nodiscard]] bool collectLongPosition(std::string_view& line);
 
-    void execute(const Words& words);
-    void executeInSearch(const Words& words);
+    void confirmReady();
+    void stop();
+    void ponderHit();
     void newGame();
     void setPosition(const Words& words);
     void go(const Words& words);

@@ -44,11 +44,6 @@ void setClock(std::uint32_t& clock, const std::string* word) {
     if (word != nullptr) clock = numberUpTo(*word, MostCentiseconds);
 }
 
-/// A move is told as "usermove e2e4", or bare; with a second word that one is the move.
-bool isMove(const std::vector<std::string>& words) {
-    return words[0] == "usermove" || IsMoveText(words[0]);
-}
-
 /// The value of the position that each legal move leads to, for the side to move there and as at
 /// the root of a search; 0 when no table has it.
 void reportTablebases(Application& app, Board& board) {
@@ -100,6 +95,7 @@ const WinBoardHandler::Command WinBoardHandler::PonderCommands[] = {
     {"otim",
      [](WinBoardHandler&, const Line& line) { setClock(timeControl.oppTime, line.word(1)); }},
     {"ping", [](WinBoardHandler& self, const Line& line) { self.ping(line); }},
+    {"usermove", [](WinBoardHandler& self, const Line& line) { self.takePonderedMove(line); }},
 };
 
 const WinBoardHandler::Command WinBoardHandler::ThinkCommands[] = {
@@ -168,38 +164,42 @@ const WinBoardHandler::Command WinBoardHandler::IdleCommands[] = {
     {"quit", [](WinBoardHandler& self, const Line&) { self.quit(); }},
     {"force", [](WinBoardHandler& self, const Line&) { self.force(); }},
     {"ping", [](WinBoardHandler& self, const Line& line) { self.ping(line); }},
+    {"usermove", [](WinBoardHandler& self, const Line& line) { self.playUserMove(line); }},
+    {"perft", [](WinBoardHandler& self, const Line& line) { self.countMoves(line); }},
 };
 
-bool WinBoardHandler::execute(std::span<const Command> commands, const Line& line) {
-    for (const Command& command : commands) {
-        if (line.words[0] != command.word) continue;
-        command.action(*this, line);
-        return true;
+CommandTable<WinBoardHandler, WinBoardHandler::Line> WinBoardHandler::table(SearchMode mode) {
+    switch (mode) {
+        case SearchMode::Analysing: return AnalysisCommands;
+        case SearchMode::Pondering: return PonderCommands;
+        case SearchMode::Thinking: return ThinkCommands;
+        case SearchMode::Idle: break;
     }
-    return false;
+    return IdleCommands;
+}
+
+std::vector<std::string_view> WinBoardHandler::commands(SearchMode mode) {
+    return wordsOf(table(mode));
 }
 
 void WinBoardHandler::ProcessCommand(std::string_view text) {
     const Line line{SplitWords(text), std::string(text)};
     LogOnly(app, "WB Received: %s\n", line.text.c_str());
     if (line.words.empty()) return;
-    switch (theSearcher.searchMode) {
-        case SearchMode::Analysing: (void)execute(AnalysisCommands, line); break;
+    const SearchMode mode = theSearcher.searchMode;
+    const std::string& word = line.words[0];
+    if (execute(table(mode), word, *this, line)) return;
+    switch (mode) {
+        case SearchMode::Analysing: break;
         case SearchMode::Pondering:
-            (void)execute(PonderCommands, line);
-            if (isMove(line.words)) takePonderedMove(line);
+            if (IsMoveText(word)) takePonderedMove(line);
             break;
-        case SearchMode::Thinking:
-            if (!execute(ThinkCommands, line)) unknown(line);
-            break;
+        case SearchMode::Thinking: unknown(line); break;
         case SearchMode::Idle:
-            if (execute(IdleCommands, line)) break;
-            if (isMove(line.words)) {
+            if (IsMoveText(word)) {
                 playUserMove(line);
-            } else if (line.words[0] != "perft") {
+            } else {
                 unknown(line);
-            } else if (const std::string* depth = line.word(1)) {
-                perft(app, theBoard, static_cast<int>(numberUpTo(*depth, MaxPerftDepth)));
             }
             break;
     }
@@ -298,10 +298,16 @@ void WinBoardHandler::takeBack(int moves) {
     for (; moves > 0; --moves) theBoard.unmakeMove();
 }
 
+void WinBoardHandler::countMoves(const Line& line) {
+    const std::string* depth = line.word(1);
+    if (depth != nullptr) perft(app, theBoard, static_cast<int>(numberUpTo(*depth, MaxPerftDepth)));
+}
+
 void WinBoardHandler::unknown(const Line& line) {
     Print(app, "Error (Unknown command): %s\n", line.text.c_str());
 }
 
+/// A move is told as "usermove e2e4", or bare; with a second word that one is the move.
 const std::string& WinBoardHandler::Line::moveText() const {
     const std::string* second = word(1);
     return second != nullptr ? *second : words[0];

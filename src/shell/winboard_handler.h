@@ -1,11 +1,12 @@
 #pragma once
 
-#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "board/move.h"
 #include "shell/base/application.h"
+#include "shell/command_table.h"
 #include "shell/console_listener.h"
 
 namespace brivok {
@@ -28,6 +29,9 @@ public:
     /// analyse or read. Returns only for another protocol.
     void Run() override;
 
+    /// The commands that are understood in this mode. Idle or pondering, a bare move is one too.
+    [[nodiscard]] static std::vector<std::string_view> commands(SearchMode mode);
+
 private:
     /// A line that is being handled: its words, and the text as it came.
     struct Line {
@@ -41,12 +45,8 @@ private:
         [[nodiscard]] const std::string& moveText() const;
     };
 
-    /// A command by its word. Commands of a table are tried in their order.
-    struct Command {
-        std::string_view word;
-        void (*action)(WinBoardHandler&, const Line&);
-    };
-    [[nodiscard]] bool execute(std::span<const Command> commands, const Line& line);
+    using Command = brivok::Command<WinBoardHandler, Line>;
+    [[nodiscard]] static CommandTable<WinBoardHandler, Line> table(SearchMode mode);
 
     // What the commands do.
     void quit();
@@ -62,6 +62,7 @@ private:
     void analyze();
     void newGame();
     void takeBack(int moves);
+    void countMoves(const Line& line);
     void unknown(const Line& line);
     void playUserMove(const Line& line);
     void takePonderedMove(const Line& line);

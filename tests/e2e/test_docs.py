@@ -27,23 +27,6 @@ def blocks(page, *languages):
     return [m[3] for m in BLOCK.finditer(page.read_text()) if m[2] in languages and not m[1]]
 
 
-def rows(page, head, section=""):
-    """The cells of all tables below a heading whose first column has this head."""
-    text, found, taken = (ROOT / page).read_text(), [], False
-    if section:
-        [(_, text)] = re.findall(rf"^(#+) {section}\n(.*?)(?=^\1 |\Z)", text, re.M | re.S)
-    for line in text.splitlines():
-        cells = [cell.strip() for cell in line.strip().strip("|").split("|")]
-        if not line.startswith("|"):
-            taken = False
-        elif cells[0] == head:
-            taken = True
-        elif taken and not cells[0].startswith("---"):
-            found.append(cells)
-    assert found, (page, head)
-    return found
-
-
 @pytest.fixture(scope="module")
 def scratch(tmp_path_factory):
     """A copy of the repository as it is after ./play."""
@@ -85,29 +68,6 @@ def test_sessions(page, tmp_path):
             while not re.fullmatch(answer, engine.wait("")[0].rstrip()):
                 pass
         assert engine.p.wait(PATIENCE) == 0, "a session ends with quit"
-
-
-@pytest.mark.parametrize("section, handler", [
-    ("The start", "extra"), ("UCI", "uci"), ("WinBoard", "winboard")])
-def test_protocol_words(section, handler):
-    source = (ROOT / f"src/shell/{handler}_handler.cpp").read_text()
-    told = {word for row in rows("docs/protocols.md", "Command", section)
-            for code in re.findall(r"`([^`]+)`", row[0])
-            for word in code.split() if re.fullmatch(r"[a-z]+|[.?]", word)}
-    assert told == set(re.findall(r'"([a-z]+|[.?])"', source))
-
-
-def test_winboard_modes():
-    """When a command is understood. Moves and "perft" stand beside the tables of the handler."""
-    source = (ROOT / "src/shell/winboard_handler.cpp").read_text()
-    tables = re.findall(r"::(\w+)Commands\[\] = \{\n(.*?)^\};", source, re.M | re.S)
-    modes = {"Idle": "idle", "Think": "thinking", "Ponder": "pondering", "Analysis": "analysing"}
-    known = {(word, modes[mode]) for mode, text in tables
-             for word in re.findall(r'^    \{"([^"]+)"', text, re.M)}
-    known |= {("usermove", "idle"), ("usermove", "pondering"), ("perft", "idle")}
-    told = {(code.split()[0], mode) for row in rows("docs/protocols.md", "Command", "WinBoard")
-            for code in re.findall(r"`([^`]+)`", row[0]) for mode in row[2].split(", ")}
-    assert told == known
 
 
 @EACH_PAGE
