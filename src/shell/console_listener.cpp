@@ -33,14 +33,14 @@ void printExtraInfo(Application& app, const SearchProgress& progress, bool finis
     const int nps = nodes == 0 ? 1 : static_cast<int>(nodes / seconds);
     Print(app, "[nps:%d|depth:%d/%d", nps, progress.iteration, progress.selDepth);
     if (finished && progress.branchingFactor != 0) Print(app, "|BF:%.2f", progress.branchingFactor);
-    if (progress.tableHits != 0) Print(app, "|tbhits:%d", static_cast<int>(progress.tableHits));
+    if (progress.tableHits != 0) Print(app, "|tbhits:%d", progress.tableHits);
     Print(app, "]");
 }
 
 void printThinking(Application& app, const SearchProgress& progress, int score, SearchEvent event) {
     const bool finished = event == SearchEvent::Finished;
-    Print(app, "%2d%s %5d %7u %10lu ", progress.iteration, finished ? "." : " ", score,
-          progress.elapsed, static_cast<unsigned long>(progress.stats.nodes));
+    Print(app, "%2d%s %5d %7u %10u ", progress.iteration, finished ? "." : " ", score,
+          progress.elapsed, progress.stats.nodes);
     if (settings.extraInfo) Print(app, "%5s ", face(score));
     if (event == SearchEvent::FailedHigh || event == SearchEvent::FailedLow) {
         Board& board = progress.board;
@@ -56,9 +56,8 @@ void printThinking(Application& app, const SearchProgress& progress, int score, 
 }  // namespace
 
 void printAnalysisStatus(Application& app, const SearchProgress& progress) {
-    Print(app, "stat01: %u %lu %d %d %d %s\n", progress.elapsed,
-          static_cast<unsigned long>(progress.stats.nodes), progress.iteration,
-          progress.rootMovesLeft, progress.rootMovesTotal,
+    Print(app, "stat01: %u %u %d %d %d %s\n", progress.elapsed, progress.stats.nodes,
+          progress.iteration, progress.rootMovesLeft, progress.rootMovesTotal,
           std::string(progress.currentMoveText).c_str());
 }
 

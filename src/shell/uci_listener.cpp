@@ -26,8 +26,6 @@ unsigned nodesPerSecond(const SearchProgress& progress) {
     return static_cast<unsigned>(std::min(rate, double{UINT32_MAX}));
 }
 
-unsigned long nodeCount(const SearchProgress& progress) { return progress.stats.nodes; }
-
 unsigned hashfull(const SearchProgress& progress) {
     return static_cast<unsigned>(progress.table.fillPermille());
 }
@@ -55,10 +53,10 @@ void printUciInfo(Application& app, const SearchProgress& progress, int score, S
         scoreField += event == SearchEvent::FailedHigh ? "lowerbound " : "upperbound ";
     }
     Print(app,
-          "info depth %d seldepth %d time %u hashfull %u score %snodes %lu nps %u hashfull %u %spv "
+          "info depth %d seldepth %d time %u hashfull %u score %snodes %u nps %u hashfull %u %spv "
           "%s\n",
           progress.iteration, progress.selDepth, millisecondsOf(progress), hashfull(progress),
-          scoreField.c_str(), nodeCount(progress), nodesPerSecond(progress), hashfull(progress),
+          scoreField.c_str(), progress.stats.nodes, nodesPerSecond(progress), hashfull(progress),
           tableHits(progress, "", " ").c_str(), line.c_str());
 }
 
@@ -67,14 +65,14 @@ void printUciRootMove(Application& app, const SearchProgress& progress, bool fir
     const std::string move(progress.currentMoveText);
     if (firstOfPass) {
         Print(app,
-              "info currmovenumber %d currmove %s depth %d seldepth %d time %u nodes %lu nps %u "
+              "info currmovenumber %d currmove %s depth %d seldepth %d time %u nodes %u nps %u "
               "hashfull %u %s\n",
               number, move.c_str(), progress.iteration, progress.selDepth, millisecondsOf(progress),
-              nodeCount(progress), nodesPerSecond(progress), hashfull(progress),
+              progress.stats.nodes, nodesPerSecond(progress), hashfull(progress),
               tableHits(progress, "", "").c_str());
     } else {
-        Print(app, "info currmove %s currmovenumber %d nodes %lu hashfull %u %s\n", move.c_str(),
-              number, nodeCount(progress), hashfull(progress),
+        Print(app, "info currmove %s currmovenumber %d nodes %u hashfull %u %s\n", move.c_str(),
+              number, progress.stats.nodes, hashfull(progress),
               tableHits(progress, " ", "").c_str());
     }
 }
@@ -86,7 +84,7 @@ void UciListener::onIteration(const SearchProgress& progress, int score, SearchE
 }
 
 void UciListener::onManyNodes(const SearchProgress& progress) {
-    Print(app, "info nodes %lu nps %u hashfull %u %s\n", nodeCount(progress),
+    Print(app, "info nodes %u nps %u hashfull %u %s\n", progress.stats.nodes,
           nodesPerSecond(progress), hashfull(progress), tableHits(progress, " ", "").c_str());
 }
 

@@ -332,8 +332,7 @@ void WinBoardHandler::takePonderedMove(const Line& line) {
     }
     LogOnly(app, "Search mode switched to normal\n");
     theSearcher.takePonderHit();
-    LogOnly(app, "Left time: %d Thinking time: %d\n", static_cast<int>(timeControl.ownTime),
-            static_cast<int>(timeControl.allocated));
+    LogOnly(app, "Left time: %d Thinking time: %d\n", timeControl.ownTime, timeControl.allocated);
     strMovDuranteBusqueda.clear();
 }
 
