@@ -9,12 +9,12 @@
 
 #include "../apps/book/book_error.h"
 #include "../apps/book/position.h"
-#include "../apps/book/san_reader.h"
 #include "board/coordinate.h"
 #include "eval/evaluate.h"
 #include "expect.h"
 #include "movegen/legal_moves.h"
 #include "movegen/move_text.h"
+#include "movegen/san.h"
 #include "search/searcher.h"
 #include "session.h"
 #include "shell/base/settings.h"

@@ -7,11 +7,11 @@
 #include <sstream>
 #include <string>
 
-#include "../apps/book/san_reader.h"
 #include "board/coordinate.h"
 #include "expect.h"
 #include "movegen/legal_moves.h"
 #include "movegen/move_text.h"
+#include "movegen/san.h"
 #include "session.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {

@@ -14,6 +14,7 @@
 #include "movegen/generate.h"
 #include "movegen/move_text.h"
 #include "movegen/perft.h"
+#include "movegen/san.h"
 #include "search/searcher.h"
 
 namespace brivok {

@@ -9,10 +9,9 @@
 #include <gtest/gtest.h>
 
 #include "../apps/book/game_counter.h"
-#include "../apps/book/san_reader.h"
 #include "board/coordinate.h"
 #include "engine_fixture.h"
-#include "movegen/move_text.h"
+#include "movegen/san.h"
 
 namespace brivok {
 namespace {

@@ -10,6 +10,7 @@
 #include "movegen/generate.h"
 #include "movegen/legal_moves.h"
 #include "movegen/move_text.h"
+#include "movegen/san.h"
 
 namespace brivok {
 namespace {

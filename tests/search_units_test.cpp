@@ -10,6 +10,7 @@
 #include "hash/transposition_table.h"
 #include "movegen/legal_moves.h"
 #include "movegen/move_text.h"
+#include "movegen/san.h"
 #include "search/time_control.h"
 #include "shell/base/words.h"
 #include "shell/move_counts.h"

@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "engine_fixture.h"
-#include "movegen/move_text.h"
+#include "movegen/san.h"
 #include "tools/epd_runner.h"
 
 namespace brivok {

@@ -1,6 +1,6 @@
 #include "game_counter.h"
 
-#include "san_reader.h"
+#include "movegen/san.h"
 
 namespace brivok {
 

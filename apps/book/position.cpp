@@ -4,7 +4,7 @@
 #include <string>
 
 #include "book_error.h"
-#include "san_reader.h"
+#include "movegen/san.h"
 
 namespace brivok {
 

@@ -9,7 +9,7 @@
 #include "book_error.h"
 #include "book_file.h"
 #include "commands.h"
-#include "movegen/move_text.h"
+#include "movegen/san.h"
 #include "position.h"
 
 namespace brivok {

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "movegen/move_text.h"
+#include "movegen/san.h"
 #include "search/searcher.h"
 #include "shell/base/console.h"
 #include "shell/base/settings.h"

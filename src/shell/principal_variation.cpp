@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "movegen/move_text.h"
+#include "movegen/san.h"
 
 namespace brivok {
 

@@ -12,7 +12,7 @@
 #include "hash/eval_hash.h"
 #include "hash/search_stats.h"
 #include "hash/transposition_table.h"
-#include "movegen/move_text.h"
+#include "movegen/san.h"
 #include "search/searcher.h"
 #include "search/time_control.h"
 #include "shell/base/console.h"

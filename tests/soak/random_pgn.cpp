@@ -12,13 +12,12 @@
 #include <random>
 #include <string>
 
-#include "../../apps/book/san_reader.h"
 #include "board/board.h"
 #include "board/coordinate.h"
 #include "board/piece_values.h"
 #include "movegen/generate.h"
 #include "movegen/legal_moves.h"
-#include "movegen/move_text.h"
+#include "movegen/san.h"
 
 namespace {
 
