@@ -33,7 +33,7 @@ def test_includes_along_the_arrows_pass(tmp_path):
         "src/search/think.cpp": '#include "shell/base/log.h"\n#include "board/board.h"\n',
         "src/search/root.cpp": "#include <map>\n",
         "src/main.cpp": '#include "shell/uci.h"\n',
-        "apps/perft.cpp": '#include "shell/uci.h"\n',
+        "apps/book/main.cpp": '#include "shell/uci.h"\n',
         "tests/helper.h": "",
         "tests/board_test.cpp": '#include "helper.h"\n#include "board/board.h"\n',
     }

@@ -84,6 +84,6 @@ def test_what_is_named_is_there(page):
     for path in PATHS.findall(text):
         assert list(ROOT.glob(path)), path
     used = set(re.findall(r"BRIVOK_[A-Z_]+", text))
-    sources = "".join(file.read_text() for name in ("CMakeLists.txt", "tests/**/*", "bench/*.cpp")
+    sources = "".join(file.read_text() for name in ("CMakeLists.txt", "tests/**/*", "bench/**/*.cpp")
                       for file in ROOT.glob(name) if file.suffix in (".txt", ".cpp", ".py"))
     assert [name for name in used if not re.search(rf"\b{name}\b", sources)] == []

@@ -2,12 +2,12 @@
 
 #include <vector>
 
+#include "../signature.h"
+#include "../start.h"
 #include "board/static_tables.h"
 #include "egtb/table_index.h"
 #include "movegen/legal_moves.h"
 #include "shell/protocols.h"
-#include "signature.h"
-#include "start.h"
 
 namespace brivok {
 

@@ -2,10 +2,14 @@
 
 #include <string_view>
 
-#include "json_writer.h"
+#include <nlohmann/json.hpp>
+
 #include "runs.h"
 
 namespace brivok {
+
+/// Keeps the members in the order in which they are added.
+using Json = nlohmann::ordered_json;
 
 /// Prints one line a position and the totals.
 void printRun(std::string_view title, const Run& run);
@@ -13,7 +17,7 @@ void printRun(std::string_view title, const Run& run);
 /// Prints the seconds until each depth, one column a position.
 void printDepths(const Run& run);
 
-/// Writes the run as an object.
-void writeRun(JsonWriter& json, const Run& run);
+/// The run as an object.
+[[nodiscard]] Json jsonOf(const Run& run);
 
 }  // namespace brivok

@@ -8,7 +8,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "../command_line.h"
+#include "../apps/command_line.h"
 #include "report.h"
 #include "runs.h"
 #include "shell/base/application.h"
@@ -68,16 +68,12 @@ private:
 
 /// Measures and reports; false when a total is wrong.
 bool carryOut(const CommandLine& line) {
-    JsonWriter json;
-    json.open('{');
-    json.member("engine", EngineName);
-    json.member("build", BRIVOK_BUILD);
+    Json json{{"engine", EngineName}, {"build", BRIVOK_BUILD}};
     bool right = true;
     const auto report = [&](const CLI::App& command, const Run& done, auto print) {
         right = right && done.isRight();
         if (line.json) {
-            json.key(command.get_name());
-            writeRun(json, done);
+            json[command.get_name()] = jsonOf(done);
         } else {
             print(done);
             std::printf("\n");
@@ -97,8 +93,11 @@ bool carryOut(const CommandLine& line) {
                [](const Run& done) { printRun("Perft", done); });
     }
     if (line.wants(*line.depth)) report(*line.depth, runDepths(line.timedDepth), printDepths);
-    json.close('}');
-    if (line.json) std::printf("%s\n", json.text().c_str());
+    // A position of the command line can hold any byte: what is no UTF-8 is replaced.
+    constexpr auto Compact = -1;
+    if (line.json) {
+        std::printf("%s\n", json.dump(Compact, ' ', true, Json::error_handler_t::replace).c_str());
+    }
     return right;
 }
 

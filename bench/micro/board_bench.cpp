@@ -5,9 +5,9 @@
 
 #include <vector>
 
+#include "../signature.h"
 #include "board/board.h"
 #include "engine_positions.h"
-#include "signature.h"
 
 namespace brivok {
 namespace {

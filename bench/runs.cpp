@@ -1,6 +1,6 @@
 #include "runs.h"
 
-#include "../book/position.h"
+#include "../apps/book/position.h"
 #include "board/board.h"
 #include "movegen/legal_moves.h"
 #include "movegen/perft.h"

@@ -22,11 +22,22 @@ void printLine(const Measurement& measured, const std::string& text) {
                 measured.processorSeconds, measured.nodesPerSecond(), text.c_str());
 }
 
-void writeMeasurement(JsonWriter& json, const Measurement& measured) {
-    json.member("nodes", measured.nodes);
-    json.member("processorSeconds", measured.processorSeconds);
-    json.member("wallSeconds", measured.wallSeconds);
-    json.member("nodesPerSecond", measured.nodesPerSecond());
+void addMeasurement(Json& object, const Measurement& measured) {
+    object["nodes"] = measured.nodes;
+    object["processorSeconds"] = measured.processorSeconds;
+    object["wallSeconds"] = measured.wallSeconds;
+    object["nodesPerSecond"] = measured.nodesPerSecond();
+}
+
+Json jsonOf(const PositionRun& run) {
+    Json object{{"fen", run.position.fen}, {"variant", nameOf(run.position.variant)}};
+    addMeasurement(object, run.measured);
+    int depth = 0;
+    for (const Measurement& measured : run.depths) {
+        Json& reached = object["depths"].emplace_back(Json{{"depth", ++depth}});
+        addMeasurement(reached, measured);
+    }
+    return object;
 }
 
 }  // namespace
@@ -68,37 +79,15 @@ void printDepths(const Run& run) {
     std::printf("%.3f seconds of wall time to the last depth.\n", run.total().wallSeconds);
 }
 
-void writeRun(JsonWriter& json, const Run& run) {
-    json.open('{');
-    json.member("depth", static_cast<std::uint64_t>(run.depth));
-    writeMeasurement(json, run.total());
+Json jsonOf(const Run& run) {
+    Json object{{"depth", run.depth}};
+    addMeasurement(object, run.total());
     if (run.knownNodes) {
-        json.member("knownNodes", *run.knownNodes);
-        json.member("right", run.isRight());
+        object["knownNodes"] = *run.knownNodes;
+        object["right"] = run.isRight();
     }
-    json.key("positions");
-    json.open('[');
-    for (const PositionRun& of : run.positions) {
-        json.open('{');
-        json.member("fen", of.position.fen);
-        json.member("variant", nameOf(of.position.variant));
-        writeMeasurement(json, of.measured);
-        if (!of.depths.empty()) {
-            json.key("depths");
-            json.open('[');
-            std::uint64_t depth = 0;
-            for (const Measurement& measured : of.depths) {
-                json.open('{');
-                json.member("depth", ++depth);
-                writeMeasurement(json, measured);
-                json.close('}');
-            }
-            json.close(']');
-        }
-        json.close('}');
-    }
-    json.close(']');
-    json.close('}');
+    for (const PositionRun& of : run.positions) object["positions"].push_back(jsonOf(of));
+    return object;
 }
 
 }  // namespace brivok
