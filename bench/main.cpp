@@ -1,14 +1,13 @@
 // brivok-bench: measures the engine. What it prints as JSON, bench/compare compares.
 
 #include <cstdio>
-#include <exception>
 #include <span>
 #include <string>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 
-#include "../apps/command_line.h"
+#include "../apps/common/command_line.h"
 #include "report.h"
 #include "runs.h"
 #include "shell/base/application.h"
@@ -111,10 +110,5 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    try {
-        return run(argc, argv);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "brivok-bench: %s\n", error.what());
-        return FailureCode;
-    }
+    return runApp("brivok-bench", [argc, argv] { return run(argc, argv); });
 }

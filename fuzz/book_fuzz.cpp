@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "../apps/book/book_error.h"
 #include "../apps/book/book_file.h"
+#include "../apps/common/app_error.h"
 #include "expect.h"
 #include "folder.h"
 #include "movegen/legal_moves.h"
@@ -52,7 +52,7 @@ void useBook(std::string_view book) try {
     BookReader reader(Name);
     for (BookRecord record; reader.next(record);) {
     }
-} catch (const BookError&) {
+} catch (const AppError&) {
 }
 
 }  // namespace

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include "../apps/book/book_error.h"
 #include "../apps/book/position.h"
+#include "../apps/common/app_error.h"
 #include "board/coordinate.h"
 #include "eval/evaluate.h"
 #include "expect.h"
@@ -57,7 +57,7 @@ void playEveryMove(Board& board) {
 
 void setUpForBook(Board& board, std::string_view line) try {
     setUpPosition(board, line);
-} catch (const BookError&) {
+} catch (const AppError&) {
 }
 
 }  // namespace

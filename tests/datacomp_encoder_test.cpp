@@ -212,14 +212,14 @@ TEST_F(DatacompEncoderTest, FailuresLeaveNothingBehind) {
     const fs::path damaged = write("damaged", bytes);
     const std::ptrdiff_t files = fileCount();
 
-    EXPECT_THROW(packFile(plain, folder / "missing" / "file"), TableError);
-    EXPECT_THROW(packFile(plain, folder / "directory"), TableError);
+    EXPECT_THROW(packFile(plain, folder / "missing" / "file"), AppError);
+    EXPECT_THROW(packFile(plain, folder / "directory"), AppError);
     for (const fs::path& input : {folder / "missing", folder / "directory", empty, large}) {
-        EXPECT_THROW(packFile(input, packed), TableError) << input;
+        EXPECT_THROW(packFile(input, packed), AppError) << input;
     }
-    EXPECT_THROW(unpackFile(packed, folder / "missing" / "file"), TableError);
+    EXPECT_THROW(unpackFile(packed, folder / "missing" / "file"), AppError);
     for (const fs::path& input : {folder / "missing", plain, empty, shortened, damaged}) {
-        EXPECT_THROW(unpackFile(input, folder / "new"), TableError) << input;
+        EXPECT_THROW(unpackFile(input, folder / "new"), AppError) << input;
     }
     EXPECT_EQ(fileCount(), files);
     EXPECT_TRUE(read("packed") == good);

@@ -144,7 +144,7 @@ TEST_F(TableGeneratorTest, TargetsComeAfterWhatTheyDependOn) {
     EXPECT_EQ(tablesToMake({"3men"}).size(), 5U);
     EXPECT_EQ(tablesToMake({"all4"}).size(), 35U);
     for (const char* unknown : {"kk", "krkq", "5men", "kqqkqq", ""}) {
-        EXPECT_THROW((void)tablesToMake({unknown}), TableError) << unknown;
+        EXPECT_THROW((void)tablesToMake({unknown}), AppError) << unknown;
     }
 }
 

@@ -23,7 +23,7 @@ public:
     static constexpr std::size_t LeastMemory = std::size_t{1} << 20U;
 
     /// The temporary file, if there is need for one, lies in the folder of `output`; a folder that
-    /// takes none is a BookError here and now.
+    /// takes none is a AppError here and now.
     BookAggregator(const std::filesystem::path& output, std::size_t memoryBytes);
 
     void add(std::span<const Observation> observations);

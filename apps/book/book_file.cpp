@@ -2,8 +2,8 @@
 
 #include <array>
 
+#include "../common/app_error.h"
 #include "annotation.h"
-#include "book_error.h"
 
 namespace brivok {
 
@@ -34,36 +34,14 @@ std::filesystem::path bookTarget(const std::string& name) {
     std::error_code unknown;
     if (!std::filesystem::exists(name, unknown)) return name;
     if (!std::filesystem::is_regular_file(name, unknown)) {
-        throw BookError(name + " is there and no plain file");
+        fail(name, "is there and no plain file");
     }
     return std::filesystem::canonical(name);
 }
 
-BookWriter::BookWriter(const std::string& name)
-    : target(bookTarget(name)), fresh(makeFileBeside(target)) {}
-
-BookWriter::~BookWriter() {
-    if (fresh.path.empty()) return;
-    fresh.file.reset();
-    std::error_code unknown;
-    std::filesystem::remove(fresh.path, unknown);
-}
-
 void BookWriter::add(const BookRecord& record) {
-    interrupt.check();
-    const RecordImage image = imageOf(record);
-    if (std::fwrite(image.data(), 1, image.size(), fresh.file.get()) != image.size()) {
-        failWithErrno("cannot write " + target.string());
-    }
+    file.write(imageOf(record));
     ++records;
-}
-
-void BookWriter::commit() {
-    // Closing writes what still waits in the buffer, and may fail at that.
-    if (std::fclose(fresh.file.release()) != 0) failWithErrno("cannot write " + target.string());
-    interrupt.check();
-    std::filesystem::rename(fresh.path, target);
-    fresh.path.clear();
 }
 
 BookReader::BookReader(const std::string& name) : fileName(name), file(openForReading(name)) {}
@@ -71,7 +49,7 @@ BookReader::BookReader(const std::string& name) : fileName(name), file(openForRe
 bool BookReader::next(BookRecord& record) {
     RecordImage image;
     const std::size_t count = std::fread(image.data(), 1, image.size(), file.get());
-    if (std::ferror(file.get()) != 0) failWithErrno("cannot read " + fileName);
+    if (std::ferror(file.get()) != 0) failWithErrno(fileName);
     if (count == 0) return false;
     if (count < image.size()) fault("the file ends within it");
     record = recordFromBytes(image);
@@ -87,8 +65,8 @@ bool BookReader::next(BookRecord& record) {
 }
 
 void BookReader::fault(const std::string& text) const {
-    throw BookError(fileName + ": record " + std::to_string(records + 1) + " (byte " +
-                    std::to_string(records * BookRecord::Bytes) + "): " + text);
+    fail(fileName, "record " + std::to_string(records + 1) + " (byte " +
+                       std::to_string(records * BookRecord::Bytes) + "): " + text);
 }
 
 }  // namespace brivok

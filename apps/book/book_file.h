@@ -4,9 +4,8 @@
 #include <filesystem>
 #include <string>
 
+#include "../common/files.h"
 #include "book/opening_book.h"
-#include "files.h"
-#include "interrupt.h"
 
 namespace brivok {
 
@@ -20,41 +19,34 @@ constexpr void addGames(std::uint32_t& count, std::uint32_t games) {
     count = games > ~count ? ~std::uint32_t{0} : count + games;
 }
 
-/// Writes a book file under a temporary name in the same folder. Only commit() gives it its own
-/// name, and until then a book of that name stays as it was; without it nothing is left.
+/// The file that a book written to `name` will be: links are followed. Throws AppError when it is
+/// there and no plain file.
+[[nodiscard]] std::filesystem::path bookTarget(const std::string& name);
+
+/// Writes a book file, which is there when it is committed; errors are those of a NewFile.
 class BookWriter {
 public:
-    /// Throws BookError when `name` is something else than a file or its folder takes none.
-    explicit BookWriter(const std::string& name);
-    BookWriter(const BookWriter&) = delete;
-    BookWriter& operator=(const BookWriter&) = delete;
-    ~BookWriter();
+    /// Throws AppError also when `name` is something else than a file.
+    explicit BookWriter(const std::string& name) : file(bookTarget(name)) {}
 
-    /// Appends a record, whose key must be above that of the one before. Throws BookError when the
-    /// disk is full and Interrupted when the user gives up.
+    /// Appends a record, whose key must be above that of the one before.
     void add(const BookRecord& record);
 
-    void commit();
+    void commit() { file.finish(); }
 
     [[nodiscard]] std::uint64_t recordCount() const { return records; }
 
 private:
-    InterruptWatch interrupt;
-    std::filesystem::path target;
-    FreshFile fresh;
+    NewFile file;
     std::uint64_t records = 0;
 };
-
-/// The file that a book written to `name` will be: links are followed. Throws BookError when it is
-/// there and no plain file.
-[[nodiscard]] std::filesystem::path bookTarget(const std::string& name);
 
 /// Reads a book file from start to end and holds it against what a book must be.
 class BookReader {
 public:
     explicit BookReader(const std::string& name);
 
-    /// The next record; false at the end. Throws BookError, with the place, at a record that is cut
+    /// The next record; false at the end. Throws AppError, with the place, at a record that is cut
     /// off, out of order, doubled, without games or with an unknown annotation.
     [[nodiscard]] bool next(BookRecord& record);
 

@@ -2,12 +2,13 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "../common/app_error.h"
+#include "../common/progress_line.h"
 #include "board/board.h"
 #include "book_aggregator.h"
-#include "book_error.h"
 #include "book_file.h"
 #include "commands.h"
-#include "progress.h"
+#include "platform/platform.h"
 #include "shell/base/settings.h"
 
 namespace brivok {
@@ -83,8 +84,21 @@ private:
             ++verdicts[static_cast<std::size_t>(verdict)];
             if (verdict == Verdict::Counted) aggregator.add(observations);
             if (verdict == Verdict::Broken) reportBroken(source.name());
-            progress.games(games, bytesBefore + source.bytesTaken(), bytesInAll);
+            if (progress.isDue()) showProgress(bytesBefore + source.bytesTaken());
         }
+    }
+
+    void showProgress(std::uint64_t bytesDone) {
+        const std::uint64_t spent = platform().milliseconds() - start;
+        char text[70];
+        std::snprintf(text, sizeof text, "%12llu games %10llu games/s", number(games),
+                      number(games * 1000 / spent));
+        std::string line = text;
+        if (bytesInAll > 0) {
+            std::snprintf(text, sizeof text, "%5llu %%", number(bytesDone * 100 / bytesInAll));
+            line += text;
+        }
+        progress.show(line);
     }
 
     void reportBroken(const std::string& name) {
@@ -97,7 +111,8 @@ private:
     const BuildOptions& options;
     BookAggregator& aggregator;
     GameCounter counter;
-    Progress progress;
+    ProgressLine progress;
+    std::uint64_t start = platform().milliseconds();
     PgnGame game;
     std::vector<Observation> observations;
     std::uint64_t bytesInAll;
@@ -121,7 +136,7 @@ void buildBook(const BuildOptions& options) {
     GameIntake intake(options, aggregator);
     intake.readAll();
     intake.printSummary();
-    if (intake.countedGames() == 0) throw BookError("no game counts, no book was written");
+    if (intake.countedGames() == 0) throw AppError("no game counts, no book was written");
 
     BookWriter writer(options.output);
     std::uint64_t positions = 0;
@@ -129,7 +144,7 @@ void buildBook(const BuildOptions& options) {
         ++positions;
         if (belongsInBook(options, record, mover)) writer.add(record);
     });
-    if (writer.recordCount() == 0) throw BookError("no position is left, no book was written");
+    if (writer.recordCount() == 0) throw AppError("no position is left, no book was written");
     writer.commit();
     std::printf("%12llu positions, %llu records in %s\n",
                 static_cast<unsigned long long>(positions),

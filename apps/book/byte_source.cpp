@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cassert>
 
-#include "book_error.h"
+#include "../common/app_error.h"
 
 namespace brivok {
 
@@ -24,7 +24,7 @@ bool ByteSource::fill(std::size_t wanted) {
         const std::size_t count =
             std::fread(buffer.data() + filled, 1, buffer.size() - filled, file.get());
         if (count == 0) {
-            if (std::ferror(file.get()) != 0) failWithErrno("cannot read " + sourceName);
+            if (std::ferror(file.get()) != 0) failWithErrno(sourceName);
             return false;
         }
         filled += count;

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "files.h"
+#include "../common/files.h"
 
 namespace brivok {
 

@@ -9,7 +9,7 @@
 
 namespace brivok {
 
-/// The commands of brivok-book, without their command lines. Each throws BookError when it cannot
+/// The commands of brivok-book, without their command lines. Each throws AppError when it cannot
 /// do what it should, and leaves no file behind then.
 
 struct BuildOptions {

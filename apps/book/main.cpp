@@ -1,23 +1,18 @@
 // brivok-book: builds opening books from games, shows, checks and merges them.
 
-#include <cstdio>
-#include <exception>
-
 #include <CLI/CLI.hpp>
 
-#include "../command_line.h"
+#include "../common/command_line.h"
 #include "board/piece_values.h"
 #include "board/static_tables.h"
 #include "book_aggregator.h"
 #include "commands.h"
-#include "interrupt.h"
 #include "shell/base/settings.h"
 
 namespace {
 
 using namespace brivok;
 
-constexpr int SignalExit = 128;  ///< what shells add the number of the signal to
 constexpr std::size_t LargestMemoryMB = std::size_t{1} << 20U;
 
 /// The command line: which command to run, with its options.
@@ -110,13 +105,8 @@ struct CommandLine {
 int main(int argc, char** argv) {
     buildStaticTables();
     RefreshPieceValues();
-    try {
+    return runApp("brivok-book", [argc, argv] {
         CommandLine line;
         return parseCommandLine(line.app, argc, argv).value_or(0);
-    } catch (const Interrupted& interrupted) {
-        return SignalExit + interrupted.signal();
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "brivok-book: %s\n", error.what());
-        return FailureCode;
-    }
+    });
 }

@@ -3,7 +3,7 @@
 #include <sstream>
 #include <string>
 
-#include "book_error.h"
+#include "../common/app_error.h"
 #include "movegen/san.h"
 
 namespace brivok {
@@ -31,7 +31,7 @@ void setUpPosition(Board& board, std::string_view fen) {
     constexpr std::string_view startPlacement = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR";
     const bool refused = board.hashKey == startKey && !fen.starts_with(startPlacement);
     if (refused || board.moverInCheck()) {
-        throw BookError("no position to play from: " + std::string(fen));
+        throw AppError("no position to play from: " + std::string(fen));
     }
     dropIdleEnPassant(board);
 }
@@ -44,7 +44,7 @@ void playLine(Board& board, std::string_view moves) {
         if (word[digits] == '.') word.erase(0, word.find_first_not_of('.', digits));
         if (word.empty()) continue;
         const SanReading reading = readSan(board, word);
-        if (reading.move == NoMove) throw BookError(std::string(reading.fault) + ": " + word);
+        if (reading.move == NoMove) throw AppError(std::string(reading.fault) + ": " + word);
         board.playGameMove(reading.move);
     }
 }

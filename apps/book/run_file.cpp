@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <type_traits>
 
+#include "../common/app_error.h"
+
 namespace brivok {
 
 RunFile::RunFile(const std::filesystem::path& output) : fresh(makeFileBeside(output)) {
@@ -22,7 +24,7 @@ void RunFile::append(std::span<const Observation> run) {
     const std::uint64_t first = allRuns.empty() ? 0 : allRuns.back().first + allRuns.back().count;
     if (std::fwrite(run.data(), sizeof(Observation), run.size(), fresh.file.get()) != run.size() ||
         std::fflush(fresh.file.get()) != 0) {
-        failWithErrno("cannot write temporary data beside the output");
+        failWithErrno(fresh.path);
     }
     allRuns.push_back({first, run.size()});
 }
@@ -33,7 +35,7 @@ std::size_t RunFile::read(Run& run, std::span<Observation> room) {
     const std::uint64_t offset = run.first * sizeof(Observation);
     if (std::fseek(fresh.file.get(), static_cast<long>(offset), SEEK_SET) != 0 ||
         std::fread(room.data(), sizeof(Observation), count, fresh.file.get()) != count) {
-        failWithErrno("cannot read temporary data again");
+        failWithErrno(fresh.path);
     }
     run.first += count;
     run.count -= count;

@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "files.h"
+#include "../common/files.h"
 #include "observation.h"
 
 namespace brivok {
@@ -20,13 +20,13 @@ public:
         std::uint64_t count = 0;
     };
 
-    /// The file is made in the folder of `output`. Throws BookError when that takes none.
+    /// The file is made in the folder of `output`. Throws AppError when that takes none.
     explicit RunFile(const std::filesystem::path& output);
     RunFile(const RunFile&) = delete;
     RunFile& operator=(const RunFile&) = delete;
     ~RunFile();
 
-    /// Appends a run. Throws BookError when the disk is full.
+    /// Appends a run. Throws AppError when the disk is full.
     void append(std::span<const Observation> run);
 
     /// Reads on in a run: as many of its next observations as `room` holds and the run has. Takes

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "../common/app_error.h"
 #include "book/opening_book.h"
-#include "book_error.h"
 #include "book_file.h"
 #include "commands.h"
 #include "movegen/san.h"
@@ -30,7 +30,7 @@ struct ShownMove {
 OpeningBook openBook(const std::string& name) {
     (void)openForReading(name);  // for its messages
     OpeningBook book(name);
-    if (!book.Open()) throw BookError("cannot open " + name);
+    if (!book.Open()) fail(name, "cannot be opened");
     return book;
 }
 

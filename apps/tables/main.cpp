@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <exception>
 #include <filesystem>
-#include <new>
 #include <string>
 #include <thread>
 #include <utility>
@@ -13,12 +11,12 @@
 
 #include <CLI/CLI.hpp>
 
-#include "../command_line.h"
+#include "../common/command_line.h"
+#include "../common/progress_line.h"
 #include "board/static_tables.h"
 #include "egtb/table_index.h"
 #include "moves.h"
 #include "pack.h"
-#include "platform/platform.h"
 #include "table_info.h"
 #include "table_maker.h"
 #include "table_store.h"
@@ -43,50 +41,37 @@ struct Options {
     bool compress = false;
 };
 
-/// The last line on standard error, for a reader at a terminal only: what is being done to a table
-/// or a file.
-class ProgressLine {
+/// What is being done to a table or a file, told as it goes on, and what comes of it.
+class Task {
 public:
-    explicit ProgressLine(std::string itsName) : name(std::move(itsName)) {}
-    ProgressLine(const ProgressLine&) = delete;
-    ProgressLine& operator=(const ProgressLine&) = delete;
-    ~ProgressLine() { clear(); }
+    explicit Task(std::string itsName) : name(std::move(itsName)) {}
 
-    void show(const std::string& step) {
-        if (!isShown) return;
-        clear();
-        std::fprintf(stderr, "%s: %s", name.c_str(), step.c_str());
-        std::fflush(stderr);
-    }
+    void show(const std::string& step) { line.show(name + ": " + step); }
 
     /// Prints the outcome as a line of standard output.
     void report(const std::string& outcome) {
-        clear();
+        line.clear();
         std::printf("%s: %s\n", name.c_str(), outcome.c_str());
         std::fflush(stdout);
     }
 
 private:
-    void clear() const {
-        if (isShown) std::fprintf(stderr, "\r%-70s\r", "");
-    }
-
     std::string name;
-    bool isShown = platform().errorIsTerminal();
+    ProgressLine line;
 };
 
 std::string nameOf(int id) { return std::string(descriptorOf(id).signature()); }
 
 /// The table is there and a sample of its entries agrees.
-bool isFinished(int id, TableStore& store, ProgressLine& progress) {
+bool isFinished(int id, TableStore& store, Task& task) {
     if (!store.has(id)) return false;
     try {
-        progress.show("looked at");
+        task.show("looked at");
         const auto finding = contradictionInSample(id, store, TrustedSample);
         if (!finding) return true;
-        progress.report(*finding);
-    } catch (const TableError& error) {
-        progress.report(error.what());
+        task.report(*finding);
+    } catch (const AppError& error) {
+        task.report(error.what());
     }
     return false;
 }
@@ -95,18 +80,18 @@ int make(const Options& options) {
     std::filesystem::create_directories(options.folder);
     TableStore store(options.folder);
     for (const int id : tablesToMake(options.names)) {
-        ProgressLine progress(nameOf(id));
+        Task task(nameOf(id));
         store.keepOnly(tablesBelow(id));
-        if (isFinished(id, store, progress)) {
-            progress.report("there already");
+        if (isFinished(id, store, task)) {
+            task.report("there already");
         } else {
             store.put(id, makeTable(id, store, options.threads,
-                                    [&](const std::string& step) { progress.show(step); }));
+                                    [&](const std::string& step) { task.show(step); }));
             store.save(id);
-            progress.report("made");
+            task.report("made");
         }
         if (options.compress) {
-            progress.show("packing");
+            task.show("packing");
             store.pack(id, options.threads);
         }
     }
@@ -119,23 +104,23 @@ int verify(const Options& options) {
     for (int id = 1; id < TableCount && descriptorOf(id).signature().size() <= MaxMen; ++id) {
         if (!store.hasAny(id)) continue;
         foundTables = true;
-        ProgressLine progress(nameOf(id));
-        progress.show("being verified");
+        Task task(nameOf(id));
+        task.show("being verified");
         std::vector<int> used = tablesBelow(id);
         used.push_back(id);
         store.keepOnly(used);
         const auto finding = options.sample != 0 ? contradictionInSample(id, store, options.sample)
                                                  : contradiction(id, store, options.threads);
-        progress.report(finding.value_or("right"));
+        task.report(finding.value_or("right"));
         if (finding) return FailureCode;
     }
     if (!foundTables) fail(options.folder, "no tables there");
     return 0;
 }
 
-PackProgress percentage(ProgressLine& progress) {
-    return [&progress](std::uint64_t done, std::uint64_t total) {
-        progress.show(std::to_string(done * 100 / total) + " %");
+PackProgress percentage(Task& task) {
+    return [&task](std::uint64_t done, std::uint64_t total) {
+        task.show(std::to_string(done * 100 / total) + " %");
     };
 }
 
@@ -143,11 +128,11 @@ int pack(const Options& options) {
     for (const std::string& file : options.names) {
         const std::filesystem::path packed = packedName(file);
         if (isPackedName(file)) fail(file, "packed already");
-        ProgressLine progress(packed.string());
+        Task task(packed.string());
         const PackResult result =
-            packFile(file, packed, {.threads = options.threads, .progress = percentage(progress)});
-        progress.report(std::to_string(result.packedSize) + " of " +
-                        std::to_string(result.plainSize) + " bytes");
+            packFile(file, packed, {.threads = options.threads, .progress = percentage(task)});
+        task.report(std::to_string(result.packedSize) + " of " + std::to_string(result.plainSize) +
+                    " bytes");
     }
     return 0;
 }
@@ -155,9 +140,9 @@ int pack(const Options& options) {
 int unpack(const Options& options) {
     for (const std::string& file : options.names) {
         const std::filesystem::path plain = plainName(file);
-        ProgressLine progress(plain.string());
-        const std::uint64_t size = unpackFile(file, plain, percentage(progress));
-        progress.report(std::to_string(size) + " bytes");
+        Task task(plain.string());
+        const std::uint64_t size = unpackFile(file, plain, percentage(task));
+        task.report(std::to_string(size) + " bytes");
     }
     return 0;
 }
@@ -214,13 +199,5 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    try {
-        return run(argc, argv);
-    } catch (const std::bad_alloc&) {
-        std::fprintf(stderr, "not enough memory\n");
-        return FailureCode;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        return FailureCode;
-    }
+    return runApp("brivok-tables", [argc, argv] { return run(argc, argv); });
 }

@@ -9,10 +9,10 @@
 #include <system_error>
 #include <vector>
 
+#include "../common/files.h"
 #include "datacomp_encoder.h"
 #include "distance_choice.h"
 #include "egtb/datacomp.h"
-#include "new_file.h"
 #include "parallel.h"
 
 namespace brivok::tables {
@@ -83,18 +83,20 @@ private:
     std::uint64_t bytes = 0;
 };
 
-/// Tells how much of the work is done.
+/// Tells how much of the work on a new file is done, and lets the user give up.
 class ProgressReport {
 public:
-    ProgressReport(const PackProgress& itsProgress, std::uint64_t itsTotal)
-        : progress(itsProgress), total(itsTotal) {}
+    ProgressReport(const NewFile& itsFile, const PackProgress& itsProgress, std::uint64_t itsTotal)
+        : file(itsFile), progress(itsProgress), total(itsTotal) {}
 
     void add(std::uint64_t amount) {
+        file.checkInterrupt();
         done += amount;
         if (progress) progress(done, total);
     }
 
 private:
+    const NewFile& file;
     const PackProgress& progress;
     std::uint64_t total;
     std::uint64_t done = 0;
@@ -131,7 +133,7 @@ PackResult packFile(const path& plain, const path& packed, const PackOptions& op
     PlainFile input(plain);
     NewFile output(packed);
     constexpr std::uint64_t Passes = 2;
-    ProgressReport report(options.progress, Passes * input.size());
+    ProgressReport report(output, options.progress, Passes * input.size());
     const Coding coding = chooseCoding(input, options.threads, report);
     const ParseModel model(coding.distances, costsOf(coding.code));
 
@@ -164,10 +166,7 @@ PackResult packFile(const path& plain, const path& packed, const PackOptions& op
 }
 
 void forEachUnpackedBlock(const path& packed, const UnpackedBlockVisitor& visit) {
-    const auto close = [](std::FILE* file) { std::fclose(file); };
-    const std::unique_ptr<std::FILE, decltype(close)> input(
-        std::fopen(packed.string().c_str(), "rb"), close);
-    if (!input) fail(packed, "cannot be opened");
+    const FileHandle input = openForReading(packed);
     const auto check = [&](DatacompFailure failure) {
         if (failure != DatacompFailure::None) fail(packed, reasonOf(failure));
     };

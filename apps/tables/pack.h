@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <functional>
 
+#include "../common/app_error.h"
 #include "datacomp_symbols.h"
-#include "table_error.h"
 
 namespace brivok::tables {
 
@@ -24,7 +24,7 @@ struct PackResult {
 };
 
 /// Packs any file into a DATACOMP file. The result does not depend on the number of threads, and
-/// the memory does not grow with the file. Throws TableError; an empty file and one of about 4 GB
+/// the memory does not grow with the file. Throws AppError; an empty file and one of about 4 GB
 /// and more cannot be packed. Both operations write under a temporary name and rename in the end;
 /// after a failure nothing of theirs is left.
 PackResult packFile(const std::filesystem::path& plain, const std::filesystem::path& packed,
@@ -34,10 +34,10 @@ PackResult packFile(const std::filesystem::path& plain, const std::filesystem::p
 using UnpackedBlockVisitor =
     std::function<void(ByteSpan block, std::uint64_t number, std::uint64_t count)>;
 
-/// Unpacks a DATACOMP file block by block. Throws TableError.
+/// Unpacks a DATACOMP file block by block. Throws AppError.
 void forEachUnpackedBlock(const std::filesystem::path& packed, const UnpackedBlockVisitor& visit);
 
-/// Unpacks a DATACOMP file. Returns the size of the plain file. Throws TableError.
+/// Unpacks a DATACOMP file. Returns the size of the plain file. Throws AppError.
 std::uint64_t unpackFile(const std::filesystem::path& packed, const std::filesystem::path& plain,
                          const PackProgress& progress = {});
 

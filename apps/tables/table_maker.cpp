@@ -34,12 +34,12 @@ std::vector<int> tablesToMake(const std::vector<std::string>& targets) {
             const std::string_view signature = descriptorOf(id).signature();
             if (!namesTable(target, signature)) continue;
             if (signature.size() > MaxMen) {
-                throw TableError(target + ": tables of six men cannot be made");
+                throw AppError(target + ": tables of six men cannot be made");
             }
             known = true;
             addWithTablesBelow(id, ids);
         }
-        if (!known) throw TableError(target + ": no such table");
+        if (!known) throw AppError(target + ": no such table");
     }
     return ids;
 }

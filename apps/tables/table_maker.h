@@ -10,7 +10,7 @@
 namespace brivok::tables {
 
 /// The ids of the tables that the targets name, each after all that it depends on. Targets are
-/// signatures of up to five men and "3men", "4men" and "all4". Throws TableError for other words.
+/// signatures of up to five men and "3men", "4men" and "all4". Throws AppError for other words.
 [[nodiscard]] std::vector<int> tablesToMake(const std::vector<std::string>& targets);
 
 /// Makes a table of up to five men; those that it depends on are in the store. `progress` gets a

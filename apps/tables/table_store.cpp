@@ -5,8 +5,8 @@
 #include <string_view>
 #include <utility>
 
+#include "../common/files.h"
 #include "material.h"
-#include "new_file.h"
 #include "pack.h"
 
 namespace brivok::tables {

@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "../common/app_error.h"
 #include "egtb/descriptors.h"
-#include "table_error.h"
 
 namespace brivok::tables {
 
@@ -31,7 +31,7 @@ struct TableFileName {
     unsigned side = 0;
 };
 
-/// The table and side that a file, plain or packed, holds by its name. Throws TableError.
+/// The table and side that a file, plain or packed, holds by its name. Throws AppError.
 [[nodiscard]] TableFileName parseTableFileName(std::string_view fileName);
 
 /// The entries of a table by side to move, in the order of its files.
@@ -51,7 +51,7 @@ public:
     /// At least one file is there.
     [[nodiscard]] bool hasAny(int id) const;
 
-    /// Throws TableError for a file that is missing, unreadable or of the wrong length.
+    /// Throws AppError for a file that is missing, unreadable or of the wrong length.
     [[nodiscard]] const TableBytes& table(int id);
 
     /// Makes these the entries of the table, in memory only.
@@ -77,10 +77,10 @@ private:
 /// It ends in ".emd".
 [[nodiscard]] bool isPackedName(const std::filesystem::path& file);
 
-/// The name without ".emd". Throws TableError when it does not end so.
+/// The name without ".emd". Throws AppError when it does not end so.
 [[nodiscard]] std::filesystem::path plainName(const std::filesystem::path& packed);
 
-/// The entries of a file, packed if its name says so. Throws TableError, also for a file with more
+/// The entries of a file, packed if its name says so. Throws AppError, also for a file with more
 /// entries than `most`, whatever size it claims or unpacks to.
 [[nodiscard]] std::vector<std::uint8_t> readTableFile(const std::filesystem::path& path,
                                                       std::uint64_t most);

@@ -9,7 +9,7 @@
 namespace brivok::tables {
 
 /// Compares every entry of a table with what its successors say, by the moves of the generator.
-/// Returns a line on the first entry that contradicts them, with its position. Throws TableError
+/// Returns a line on the first entry that contradicts them, with its position. Throws AppError
 /// when a file is missing or unreadable.
 [[nodiscard]] std::optional<std::string> contradiction(int id, TableStore& store, unsigned threads);
 

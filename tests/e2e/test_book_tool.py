@@ -178,7 +178,7 @@ def test_failures_leave_nothing(run, tmp_path):
     build = ("build", "games.pgn", "-o", "old.bin")
     for arguments, message in [
             (["build", "games.pgn", "missing.pgn", "-o", "old.bin"], "missing.pgn: No such file"),
-            (["build", "folder", "-o", "old.bin"], "folder is a folder"),
+            (["build", "folder", "-o", "old.bin"], "folder: is a folder"),
             (["build", "games.pgn", "-o", "folder"], "no plain file"),
             (["build", "games.pgn", "-o", "/dev/null"], "no plain file"),
             (["build", "games.pgn", "-o", "nowhere/a.bin"], "No such file"),

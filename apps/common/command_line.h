@@ -4,10 +4,9 @@
 
 #include <CLI/CLI.hpp>
 
-namespace brivok {
+#include "run_app.h"
 
-/// Code of every failure of a tool, a wrong command line included.
-inline constexpr int FailureCode = 1;
+namespace brivok {
 
 /// Parses the arguments, and carries out the callbacks of the commands that have one. The exit code
 /// of the program when that is the end: after --help, or after an error, which has been told.

@@ -1,0 +1,28 @@
+#include "run_app.h"
+
+#include <cstdio>
+#include <exception>
+#include <new>
+
+#include "interrupt.h"
+
+namespace brivok {
+
+int runApp(const char* program, const std::function<int()>& work) {
+    constexpr int SignalExit = 128;
+    const auto tell = [program](const char* text) {
+        std::fprintf(stderr, "%s: %s\n", program, text);
+        return FailureCode;
+    };
+    try {
+        return work();
+    } catch (const Interrupted& interrupted) {
+        return SignalExit + interrupted.signal();
+    } catch (const std::bad_alloc&) {
+        return tell("not enough memory");
+    } catch (const std::exception& error) {
+        return tell(error.what());
+    }
+}
+
+}  // namespace brivok
