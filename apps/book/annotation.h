@@ -4,18 +4,9 @@
 #include <cstdint>
 #include <string_view>
 
+#include "book/annotation.h"
+
 namespace brivok {
-
-/// The judgements of moves that a book can hold, by rising value in a record (AnnotationText()
-/// gives their glyphs), with their numbers among the numeric glyphs of PGN.
-struct AnnotationKind {
-    std::uint32_t value;
-    unsigned numericGlyph;
-};
-inline constexpr std::array<AnnotationKind, 6> AnnotationKinds{
-    {{1, 3}, {2, 1}, {4, 5}, {8, 6}, {16, 2}, {32, 4}}};
-
-inline constexpr std::uint32_t NoAnnotation = 0;
 
 /// The value of a glyph or of a numeric glyph; NoAnnotation for any other.
 [[nodiscard]] std::uint32_t annotationOfGlyph(std::string_view glyph);
@@ -29,7 +20,7 @@ public:
     [[nodiscard]] std::uint32_t winner() const;
 
 private:
-    std::array<std::uint64_t, AnnotationKinds.size()> votes{};
+    std::array<std::uint64_t, Annotations.size()> votes{};
 };
 
 }  // namespace brivok

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "board/coordinate.h"
+#include "book/annotation.h"
 #include "movegen/generate.h"
 #include "movegen/move_text.h"
 #include "shell/base/note.h"
@@ -14,20 +15,6 @@
 namespace brivok {
 
 namespace {
-
-/// What an annotation looks like and does to a score: times `factor`, then divided by `divisor`.
-struct Annotation {
-    std::uint32_t value;
-    std::string_view text;
-    int factor;
-    int divisor;
-};
-constexpr std::array<Annotation, 6> Annotations{{{1, "!!", 4, 1},
-                                                 {2, "!", 3, 1},
-                                                 {4, "!?", 2, 1},
-                                                 {8, "?!", 1, 2},
-                                                 {16, "?", 1, 3},
-                                                 {32, "??", 1, 4}}};
 
 const Annotation* findAnnotation(std::uint32_t value) {
     const auto* found = std::ranges::find(Annotations, value, &Annotation::value);
@@ -87,7 +74,7 @@ BookRecord recordFromBytes(std::span<const unsigned char, BookRecord::Bytes> byt
 
 std::string_view AnnotationText(std::uint32_t annotation) {
     const Annotation* known = findAnnotation(annotation);
-    return known == nullptr ? std::string_view() : known->text;
+    return known == nullptr ? std::string_view() : known->glyph;
 }
 
 std::int64_t bookScore(const BookRecord& record, Side mover) {

@@ -20,7 +20,7 @@ struct BookRecord {
     std::uint32_t whiteWins = 0;   ///< games that White has won
     std::uint32_t blackWins = 0;   ///< games that Black has won
     std::uint32_t draws = 0;       ///< games drawn
-    std::uint32_t annotation = 0;  ///< 1 "!!", 2 "!", 4 "!?", 8 "?!", 16 "?", 32 "??", or none
+    std::uint32_t annotation = 0;  ///< value of one of the Annotations, or NoAnnotation
 
     static constexpr std::size_t Bytes = 24;  ///< in the file
 };
