@@ -49,7 +49,7 @@ Layout::Layout(const Material& itsMaterial) : material(itsMaterial) {
     }
     for (std::size_t man = 2; man < material.count; ++man) {
         hasLikeMen |= material.likeTheOneBefore(man);
-        if (material.man[man] == Man::Pawn) lastPawn[material.side[man]] = man;
+        if (material.man[man] == Kind::Pawn) lastPawn[material.side[man]] = man;
     }
     plainBits = 6 * static_cast<unsigned>(material.count - 2);
     plainSize = total = static_cast<std::uint64_t>(pairs.count) << plainBits;
@@ -129,7 +129,7 @@ std::uint64_t Layout::epIndex(unsigned pair, unsigned mover, const Squares& squa
     const int taken = ep - pawnStep(mover);
     int taking = taken + 1;
     for (std::size_t man = 2; man < material.count; ++man) {
-        if (material.man[man] == Man::Pawn && material.side[man] == mover && (taken & 7) != 0 &&
+        if (material.man[man] == Kind::Pawn && material.side[man] == mover && (taken & 7) != 0 &&
             squares[man] == taken - 1) {
             taking = taken - 1;
         }

@@ -6,15 +6,17 @@
 #include <string_view>
 #include <vector>
 
+#include "board/types.h"
+
 /// The men of a table. Within the generator White is always the first side of a table's signature;
 /// men are known by their place in the Material, first the two kings.
 namespace brivok::tables {
 
-/// In the order of the slots of a PieceList; Gone stands for a man that has been taken.
-enum class Man : std::uint8_t { Pawn, Knight, Bishop, Rook, Queen, King, Gone };
+/// The kind of a man that has been taken.
+inline constexpr Kind Gone{};
 
 /// What a pawn may become.
-inline constexpr std::array PromotedMen = {Man::Queen, Man::Rook, Man::Bishop, Man::Knight};
+inline constexpr std::array PromotedMen = {Kind::Queen, Kind::Rook, Kind::Bishop, Kind::Knight};
 
 inline constexpr std::size_t MaxMen = 5;  ///< kings included
 
@@ -23,13 +25,13 @@ using Squares = std::array<std::uint8_t, MaxMen>;
 
 struct Material {
     std::size_t count = 0;
-    std::array<Man, MaxMen> man{};
+    std::array<Kind, MaxMen> man{};
     std::array<std::uint8_t, MaxMen> side{};  ///< 0 first side, 1 second side
 
-    [[nodiscard]] bool has(Man kind, unsigned ofSide) const;
-    [[nodiscard]] bool hasPawns() const { return has(Man::Pawn, 0) || has(Man::Pawn, 1); }
+    [[nodiscard]] bool has(Kind kind, unsigned ofSide) const;
+    [[nodiscard]] bool hasPawns() const { return has(Kind::Pawn, 0) || has(Kind::Pawn, 1); }
     /// Both sides have pawns, so that one can take another in passing.
-    [[nodiscard]] bool hasEnPassant() const { return has(Man::Pawn, 0) && has(Man::Pawn, 1); }
+    [[nodiscard]] bool hasEnPassant() const { return has(Kind::Pawn, 0) && has(Kind::Pawn, 1); }
     /// The man is of the kind and side of the one before it.
     [[nodiscard]] bool likeTheOneBefore(std::size_t index) const {
         return man[index] == man[index - 1] && side[index] == side[index - 1];
@@ -54,10 +56,10 @@ struct TableRef {
 struct Conversion {
     std::size_t captured = 0;
     std::size_t promoted = 0;
-    Man into = Man::Gone;
+    Kind into = Gone;
 };
 
-/// The men after a conversion, the taken one as Gone.
+/// The men after a conversion, the one taken as Gone.
 [[nodiscard]] Material convert(const Material& material, const Conversion& conversion);
 
 /// All conversions of the men, with either side to move.

@@ -20,22 +20,22 @@ Bitboard pawnTargets(unsigned side, Square square) {
     return side == 0 ? blackPawnAttacks[square] : whitePawnAttacks[square];
 }
 
-Bitboard onEmptyBoard(Man man, Square square) {
+Bitboard onEmptyBoard(Kind man, Square square) {
     switch (man) {
-        case Man::Knight: return knightAttacks[square];
-        case Man::Bishop: return bishopEmptyAttacks[square];
-        case Man::Rook: return rookEmptyAttacks[square];
-        case Man::Queen: return queenEmptyAttacks[square];
-        case Man::King: return kingAttacks[square];
+        case Kind::Knight: return knightAttacks[square];
+        case Kind::Bishop: return bishopEmptyAttacks[square];
+        case Kind::Rook: return rookEmptyAttacks[square];
+        case Kind::Queen: return queenEmptyAttacks[square];
+        case Kind::King: return kingAttacks[square];
         default: return 0;
     }
 }
 
-bool isSlider(Man man) { return man == Man::Bishop || man == Man::Rook || man == Man::Queen; }
+bool isSlider(Kind man) { return man == Kind::Bishop || man == Kind::Rook || man == Kind::Queen; }
 
 /// Squares that a man attacks, pieces of whatever colour in its way included.
-Bitboard attacksOf(Man man, unsigned side, Square square, Bitboard occupied) {
-    if (man == Man::Pawn) return pawnTargets(side, square);
+Bitboard attacksOf(Kind man, unsigned side, Square square, Bitboard occupied) {
+    if (man == Kind::Pawn) return pawnTargets(side, square);
     Bitboard attacks = onEmptyBoard(man, square);
     if (!isSlider(man)) return attacks;
     Bitboard blockers = attacks & occupied;
@@ -48,9 +48,10 @@ bool attacksSquare(const Material& material, const Squares& squares, unsigned si
                    Bitboard occupied, std::size_t gone) {
     for (std::size_t i = 0; i < material.count; ++i) {
         if (material.side[i] != side || i == gone) continue;
-        const Man man = material.man[i];
+        const Kind man = material.man[i];
         const Square from = squares[i];
-        const Bitboard reach = man == Man::Pawn ? pawnTargets(side, from) : onEmptyBoard(man, from);
+        const Bitboard reach =
+            man == Kind::Pawn ? pawnTargets(side, from) : onEmptyBoard(man, from);
         if ((reach & bit[square]) == 0) continue;
         if (!isSlider(man) || (between[from][square] & occupied) == 0) return true;
     }
@@ -65,7 +66,7 @@ Bitboard neighboursInRank(Square square) {
 Bitboard pawnsOf(const Material& material, const Squares& squares, unsigned side) {
     Bitboard pawns = 0;
     for (std::size_t i = 2; i < material.count; ++i) {
-        if (material.man[i] == Man::Pawn && material.side[i] == side) pawns |= bit[squares[i]];
+        if (material.man[i] == Kind::Pawn && material.side[i] == side) pawns |= bit[squares[i]];
     }
     return pawns;
 }
@@ -103,7 +104,7 @@ bool isLegal(const Material& material, const Position& position) {
     for (std::size_t i = 0; i < material.count; ++i) {
         const Bitboard here = bit[squares[i]];
         if ((occupied & here) != 0) return false;
-        if (material.man[i] == Man::Pawn && (here & OuterRanks) != 0) return false;
+        if (material.man[i] == Kind::Pawn && (here & OuterRanks) != 0) return false;
         occupied |= here;
     }
     if (attacksSquare(material, squares, position.mover, squares[position.mover ^ 1U], occupied,
@@ -126,7 +127,7 @@ Position positionAfter(const Material& material, const Position& position, std::
     after.squares = position.squares;
     after.squares[man] = static_cast<std::uint8_t>(to);
     after.mover = position.mover ^ 1U;
-    if (material.man[man] == Man::Pawn &&
+    if (material.man[man] == Kind::Pawn &&
         position.squares[man] + 2 * pawnStep(position.mover) == to) {
         after.ep = epSquareBehind(material, after.squares, man);
     }
@@ -139,14 +140,14 @@ Bitboard retractions(const Material& material, const Position& position, std::si
     const Square square = position.squares[man];
     const int step = pawnStep(side);
     if (position.ep != NoEnPassant) {
-        return material.man[man] == Man::Pawn && square == position.ep + step
+        return material.man[man] == Kind::Pawn && square == position.ep + step
                    ? bit[position.ep - step]
                    : 0;
     }
-    if (material.man[man] == Man::King) {
+    if (material.man[man] == Kind::King) {
         return kingAttacks[square] & ~occupied & ~kingAttacks[position.squares[position.mover]];
     }
-    if (material.man[man] != Man::Pawn) {
+    if (material.man[man] != Kind::Pawn) {
         return attacksOf(material.man[man], side, square, occupied) & ~occupied;
     }
     const Bitboard one = bit[square - step] & ~occupied & ~OuterRanks;
@@ -165,7 +166,7 @@ LegalMoves::LegalMoves(const Material& itsMaterial, const Position& itsPosition)
     pinLine.fill(~Bitboard{0});
     for (std::size_t i = 0; i < material.count; ++i) {
         if (material.side[i] != other) continue;
-        const Man man = material.man[i];
+        const Kind man = material.man[i];
         const Square from = squares[i];
         theirs |= bit[from];
         attacked |= attacksOf(man, other, from, occupied & ~bit[king]);
@@ -191,10 +192,10 @@ Bitboard LegalMoves::targets(std::size_t man) const {
     const Square from = position.squares[man];
     if (material.side[man] != position.mover) return 0;
     const Bitboard ours = occupied & ~theirs;
-    if (material.man[man] == Man::King) return kingAttacks[from] & ~ours & ~attacked;
+    if (material.man[man] == Kind::King) return kingAttacks[from] & ~ours & ~attacked;
     if (checkers > 1) return 0;
     Bitboard squares = 0;
-    if (material.man[man] == Man::Pawn) {
+    if (material.man[man] == Kind::Pawn) {
         const int step = pawnStep(position.mover);
         squares = bit[from + step] & ~occupied;
         if (squares != 0 && from >> 3 == pawnHome(position.mover)) {
@@ -208,7 +209,7 @@ Bitboard LegalMoves::targets(std::size_t man) const {
 }
 
 bool LegalMoves::takesInPassing(std::size_t man) const {
-    if (position.ep == NoEnPassant || material.man[man] != Man::Pawn) return false;
+    if (position.ep == NoEnPassant || material.man[man] != Kind::Pawn) return false;
     const Square from = position.squares[man];
     if ((pawnTargets(position.mover, from) & bit[position.ep]) == 0) return false;
     // Two men leave a rank at once, so the pins of single men do not tell.

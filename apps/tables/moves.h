@@ -74,15 +74,15 @@ public:
                 const Square to = takeNext<White>(conversions);
                 const std::size_t captured = (theirs & bit[to]) != 0 ? manOn(to) : 0;
                 if ((promotionRank(man) & bit[to]) == 0) {
-                    visit(moved(man, to), Conversion{captured, 0, Man::Gone});
+                    visit(moved(man, to), Conversion{captured, 0, Gone});
                 } else {
-                    for (const Man into : PromotedMen) {
+                    for (const Kind into : PromotedMen) {
                         visit(moved(man, to), Conversion{captured, man, into});
                     }
                 }
             }
             if (takesInPassing(man)) {
-                visit(moved(man, position.ep), Conversion{manOn(passedPawn()), 0, Man::Gone});
+                visit(moved(man, position.ep), Conversion{manOn(passedPawn()), 0, Gone});
             }
         }
     }
@@ -90,7 +90,7 @@ public:
 private:
     [[nodiscard]] Bitboard targets(std::size_t man) const;
     [[nodiscard]] Bitboard promotionRank(std::size_t man) const {
-        if (material.man[man] != Man::Pawn) return 0;
+        if (material.man[man] != Kind::Pawn) return 0;
         return rowMask[position.mover == 0 ? 7 : 0];
     }
     [[nodiscard]] bool takesInPassing(std::size_t man) const;

@@ -200,7 +200,7 @@ void Retrograde::forEachEpVariant(const Position& position, Visit visit) const {
     const int step = pawnStep(other);
     const Bitboard occupied = occupiedBy(material, position.squares);
     for (std::size_t man = 2; man < material.count; ++man) {
-        if (material.man[man] != Man::Pawn || material.side[man] != other) continue;
+        if (material.man[man] != Kind::Pawn || material.side[man] != other) continue;
         const Square square = position.squares[man];
         if (!isDoubleStep(other, square)) continue;
         if ((occupied & (bit[square - step] | bit[square - 2 * step])) != 0) continue;

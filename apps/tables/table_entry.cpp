@@ -1,7 +1,6 @@
 #include "table_entry.h"
 
 #include <cstddef>
-#include <string_view>
 
 #include "egtb/piece_list.h"
 #include "egtb/table_index.h"
@@ -17,7 +16,7 @@ Squares squaresOf(const Material& material, const TablePosition& position) {
         if (i == material.count) break;  // two bounds, so that compilers see the constant one
         const PieceList& list = material.side[i] == 0 ? position.first : position.second;
         ordinal = i >= 2 && material.likeTheOneBefore(i) ? ordinal + 1 : 0;
-        const std::size_t slot = static_cast<std::size_t>(material.man[i]) * SlotsPerType + ordinal;
+        const std::size_t slot = tablePlaceOf(material.man[i]) * SlotsPerType + ordinal;
         squares[i] = static_cast<std::uint8_t>(list[slot]);
     }
     return squares;
@@ -36,7 +35,6 @@ bool legalPosition(int id, const Material& material, unsigned side, std::uint64_
 }
 
 std::string fenOf(const Material& material, const Position& position) {
-    constexpr std::string_view Letters = "PNBRQKpnbrqk";
     std::string fen;
     for (int rank = 7; rank >= 0; --rank) {
         int empty = 0;
@@ -48,7 +46,7 @@ std::string fenOf(const Material& material, const Position& position) {
             char letter = 0;
             for (std::size_t i = 0; i < material.count; ++i) {
                 if (position.squares[i] != rank * 8 + file) continue;
-                letter = Letters[static_cast<std::size_t>(material.man[i]) + 6U * material.side[i]];
+                letter = fenLetter(pieceOf(material.man[i], material.side[i] == 0 ? White : Black));
             }
             if (letter == 0) {
                 ++empty;

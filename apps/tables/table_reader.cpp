@@ -8,9 +8,9 @@ EntryFinder::EntryFinder(const Material& material) {
     swapped = place.swapped;
     std::array<std::size_t, 2 * (KingSlot + 1)> filled{};
     for (std::size_t i = 0; i < material.count; ++i) {
-        if (material.man[i] == Man::Gone) continue;
+        if (material.man[i] == Gone) continue;
         const auto list = static_cast<std::uint8_t>(material.side[i] ^ (swapped ? 1U : 0U));
-        const std::size_t slot = static_cast<std::size_t>(material.man[i]) * SlotsPerType;
+        const std::size_t slot = tablePlaceOf(material.man[i]) * SlotsPerType;
         const std::size_t ordinal = filled[list * (KingSlot + 1) + slot]++;
         men[count++] = {static_cast<std::uint8_t>(i), list,
                         static_cast<std::uint8_t>(slot + ordinal)};

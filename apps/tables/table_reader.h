@@ -84,11 +84,11 @@ public:
 
 private:
     [[nodiscard]] static std::size_t placeOf(const Conversion& conversion) {
-        return (conversion.captured * MaxMen + conversion.promoted) * 8 +
+        return (conversion.captured * MaxMen + conversion.promoted) * PieceCodes +
                static_cast<std::size_t>(conversion.into);
     }
 
-    std::array<TableReader, MaxMen * MaxMen * 8> readers{};
+    std::array<TableReader, MaxMen * MaxMen * PieceCodes> readers{};
 };
 
 }  // namespace brivok::tables

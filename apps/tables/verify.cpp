@@ -58,19 +58,9 @@ Outcome outcomeOf(const Board& board, TableStore& store) {
     for (Square square = 0; square < brivok::Squares; ++square) {
         const Piece piece = board.squares[square];
         if (piece == Empty) continue;
-        const Man man = [&] {
-            switch (kindOf(piece)) {
-                case Kind::Pawn: return Man::Pawn;
-                case Kind::Knight: return Man::Knight;
-                case Kind::Bishop: return Man::Bishop;
-                case Kind::Rook: return Man::Rook;
-                case Kind::Queen: return Man::Queen;
-                default: return Man::King;
-            }
-        }();
         squares[material.count] = static_cast<std::uint8_t>(mirrorSquare[square]);
         material.side[material.count] = sideOf(piece) == White ? 0 : 1;
-        material.man[material.count++] = man;
+        material.man[material.count++] = kindOf(piece);
     }
     const int ep =
         board.epSquare == NoSquare ? NoEnPassant : static_cast<int>(mirrorSquare[board.epSquare]);

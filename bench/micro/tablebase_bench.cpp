@@ -14,6 +14,7 @@
 #include "board/board.h"
 #include "egtb/block_cache.h"
 #include "egtb/registration.h"
+#include "egtb/signature.h"
 #include "egtb/table_files.h"
 #include "egtb/table_index.h"
 #include "egtb/tablebase_probe.h"
@@ -54,17 +55,18 @@ std::string fenOf(const Sample& sample) {
     std::array<char, 64> men;
     men.fill('1');
     const TablebaseDescriptor& table = tablebaseDescriptors[static_cast<std::size_t>(sample.id)];
-    const std::string signature(table.signature());
-    const std::size_t secondKing = signature.rfind('k');
-    std::array<std::size_t, 10> used{};
-    for (std::size_t i = 0; i < signature.size(); ++i) {
-        const bool first = i < secondKing;
-        const PieceList& list = first ? sample.position.first : sample.position.second;
-        const std::size_t type = std::string("pnbrqk").find(signature[i]);
-        const std::size_t slot =
-            type * SlotsPerType + (type < 5 ? used[type + (first ? 0 : 5)]++ : 0);
-        men[list[slot]] = first ? static_cast<char>(std::toupper(signature[i])) : signature[i];
-    }
+    const PieceCounts counts = countsOf(table.signature());
+    const auto place = [&men](const PieceList& list, Side side, const int* each) {
+        men[list[KingSlot]] = fenLetter(pieceOf(Kind::King, side));
+        for (std::size_t kind = 0; kind < CountedKinds; ++kind) {
+            for (int man = 0; man < each[kind]; ++man) {
+                men[list[kind * SlotsPerType + static_cast<std::size_t>(man)]] =
+                    fenLetter(pieceOf(TableKinds[kind], side));
+            }
+        }
+    };
+    place(sample.position.first, White, counts.data());
+    place(sample.position.second, Black, counts.data() + CountedKinds);
     std::string fen;
     for (std::size_t rank = 8; rank-- > 0;) {
         fen.append(&men[rank * 8], 8);

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,9 +12,6 @@
 namespace brivok {
 
 namespace {
-
-/// Letters of the piece codes 1 to 12.
-constexpr std::string_view FenLetters = "PpNnKkRrQqBb";
 
 constexpr int MaxFullMove = 1023;
 constexpr int MaxFiftyCount = 100;
@@ -76,11 +74,10 @@ void placePieces(Board& board, std::string_view field) {
             sq += c - '0';
             continue;
         }
-        const std::size_t letter = FenLetters.find(c);
-        if (letter == std::string_view::npos) continue;
-        const auto piece = static_cast<Piece>(letter + 1);
-        board.squares[sq] = piece;
-        if (isKing(piece)) board.kingStart[whiteFirst(sideOf(piece))] = sq;
+        const Piece* const piece = std::ranges::find(AllMen, c, fenLetter);
+        if (piece == std::end(AllMen)) continue;
+        board.squares[sq] = *piece;
+        if (isKing(*piece)) board.kingStart[whiteFirst(sideOf(*piece))] = sq;
         ++sq;
     }
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <string_view>
 
 namespace brivok {
 
@@ -101,6 +103,20 @@ enum class Kind : std::uint32_t {
 /// The kind of a piece that is not Empty.
 [[nodiscard]] constexpr Kind kindOf(Piece piece) {
     return static_cast<Kind>(static_cast<std::uint32_t>(piece) - whiteFirst(sideOf(piece)));
+}
+
+/// The letter of a piece in FEN: upper case for White's, lower case for Black's.
+[[nodiscard]] constexpr char fenLetter(Piece piece) {
+    const char letter = PieceLetters[piece];
+    return sideOf(piece) == White ? letter : static_cast<char>(letter - 'A' + 'a');
+}
+
+/// The kind of men that an upper-case letter stands for; none for another character.
+[[nodiscard]] constexpr std::optional<Kind> kindOfLetter(char letter) {
+    constexpr std::string_view letters = PieceLetters;
+    const std::size_t code = letters.find(letter);  // White's comes first
+    if (code < WhitePawn || code > BlackBishop) return std::nullopt;
+    return static_cast<Kind>(code);
 }
 
 /// The code is that of a pawn, of either side.

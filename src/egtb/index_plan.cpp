@@ -5,40 +5,34 @@
 #include <cassert>
 #include <iterator>
 #include <map>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "egtb/descriptors.h"
 #include "egtb/piece_list.h"
+#include "egtb/signature.h"
 
 namespace brivok {
 namespace {
 
 /// How many men of each type a side has, pawns as Pawn.
-using SideCounts = std::array<std::uint8_t, ManTypes>;
+using SideCounts = std::array<int, ManTypes>;
 using Runs = std::vector<MenRun>;
 
-constexpr std::string_view TypeLetters = " pnbrq";
-
-struct Signature {
-    SideCounts first{};
-    SideCounts second{};
-
-    explicit Signature(std::string_view text) {
-        const std::size_t secondKing = text.rfind('k');
-        for (std::size_t i = 1; i < text.size(); ++i) {
-            if (i == secondKing) continue;
-            ++(i < secondKing ? first : second)[TypeLetters.find(text[i])];
-        }
-    }
-};
+/// `side` is 0 for the first one of the counts, 1 for the second.
+SideCounts countsOfSide(const PieceCounts& counts, int side) {
+    SideCounts types{};
+    const auto* const first = counts.data() + static_cast<std::size_t>(side) * CountedKinds;
+    std::copy_n(first, CountedKinds, types.data() + static_cast<std::size_t>(ManType::Pawn));
+    return types;
+}
 
 /// The men of a side from the strongest type to the weakest.
 Runs strongestFirst(const SideCounts& counts) {
     Runs runs;
     for (std::size_t type = ManTypes; type-- > 0;) {
-        if (counts[type] > 0) runs.push_back({static_cast<ManType>(type), counts[type], 0});
+        const auto count = static_cast<std::uint8_t>(counts[type]);
+        if (count > 0) runs.push_back({static_cast<ManType>(type), count, 0});
     }
     return runs;
 }
@@ -133,9 +127,9 @@ private:
 
 PlanCompiler::PlanCompiler(GroupStarts& groupStarts, const TablebaseDescriptor& table, int side)
     : starts(groupStarts) {
-    const Signature signature(table.signature());
-    const SideCounts& mover = side == 0 ? signature.first : signature.second;
-    const SideCounts& other = side == 0 ? signature.second : signature.first;
+    const PieceCounts counts = countsOf(table.signature());
+    const SideCounts mover = countsOfSide(counts, side);
+    const SideCounts other = countsOfSide(counts, 1 - side);
     const auto pawn = static_cast<std::size_t>(ManType::Pawn);
     plan.hasPawns = mover[pawn] + other[pawn] > 0;
     plan.hasEnPassant = mover[pawn] > 0 && other[pawn] > 0;

@@ -1,18 +1,17 @@
 #include "egtb/material_lookup.h"
 
 #include <cstdint>
-#include <string_view>
 #include <utility>
 
 #include "egtb/descriptors.h"
+#include "egtb/signature.h"
 
 namespace brivok {
 
 namespace {
 
 constexpr std::size_t Levels = std::tuple_size_v<PieceCounts>;  // one for each kind of man
-constexpr std::size_t LevelsOfSide = Levels / 2;
-constexpr std::size_t MostMen = 4;  // besides the kings
+constexpr std::size_t MostMen = 4;                              // besides the kings
 
 /// How many ways there are to share out up to `men` men over `levels` counts.
 constexpr std::size_t waysToShare(std::size_t levels, std::size_t men) {
@@ -54,20 +53,6 @@ std::size_t placeOf(const PieceCounts& counts) {
     return place;
 }
 
-PieceCounts countsOf(std::string_view signature) {
-    constexpr std::string_view Letters = "pnbrq";  // in the order of the counts
-    PieceCounts counts{};
-    std::size_t sidesBegun = 0;
-    for (const char letter : signature) {
-        if (letter == 'k') {
-            ++sidesBegun;
-        } else {
-            ++counts[(sidesBegun - 1) * LevelsOfSide + Letters.find(letter)];
-        }
-    }
-    return counts;
-}
-
 }  // namespace
 
 int TableIdFromCounts(const PieceCounts& counts) {
@@ -77,11 +62,10 @@ int TableIdFromCounts(const PieceCounts& counts) {
 
 void addToMaterialLookup(int id) {
     const TablebaseDescriptor& table = tablebaseDescriptors[static_cast<std::size_t>(id)];
-    PieceCounts counts = countsOf(table.signature());
+    const PieceCounts counts = countsOf(table.signature());
     tableIds[placeOf(counts)] = static_cast<std::int16_t>(id);
     if ((table.flags & SameForBoth) != 0) return;
-    std::swap_ranges(counts.begin(), counts.begin() + LevelsOfSide, counts.begin() + LevelsOfSide);
-    tableIds[placeOf(counts)] = static_cast<std::int16_t>(-id);
+    tableIds[placeOf(withSidesSwapped(counts))] = static_cast<std::int16_t>(-id);
 }
 
 }  // namespace brivok

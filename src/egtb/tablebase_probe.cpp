@@ -13,14 +13,11 @@ namespace brivok {
 
 namespace {
 
-/// The kinds of men in the order of PieceCounts and PieceList.
-constexpr std::array Kinds = {Kind::Pawn, Kind::Knight, Kind::Bishop, Kind::Rook, Kind::Queen};
-
 PieceCounts countMen(const Board& board) {
     PieceCounts counts{};
-    for (std::size_t i = 0; i < Kinds.size(); ++i) {
-        counts[i] = popCount(board.pieces[pieceOf(Kinds[i], White)]);
-        counts[Kinds.size() + i] = popCount(board.pieces[pieceOf(Kinds[i], Black)]);
+    for (std::size_t i = 0; i < CountedKinds; ++i) {
+        counts[i] = popCount(board.pieces[pieceOf(TableKinds[i], White)]);
+        counts[CountedKinds + i] = popCount(board.pieces[pieceOf(TableKinds[i], Black)]);
     }
     return counts;
 }
@@ -28,9 +25,9 @@ PieceCounts countMen(const Board& board) {
 /// The men of a side of which there are no more than three of a kind.
 PieceList listMen(const Board& board, Side side) {
     PieceList list{};
-    for (std::size_t i = 0; i < Kinds.size(); ++i) {
+    for (std::size_t i = 0; i < CountedKinds; ++i) {
         std::size_t slot = i * SlotsPerType;
-        for (Bitboard set = board.pieces[pieceOf(Kinds[i], side)]; set != 0; set &= set - 1) {
+        for (Bitboard set = board.pieces[pieceOf(TableKinds[i], side)]; set != 0; set &= set - 1) {
             list[slot++] = mirrorSquare[firstBit(set)];
         }
     }

@@ -82,18 +82,6 @@ struct Pattern {
     }
 };
 
-std::optional<Kind> kindOfLetter(char letter) {
-    switch (letter) {
-        case 'P': return Kind::Pawn;
-        case 'N': return Kind::Knight;
-        case 'B': return Kind::Bishop;
-        case 'R': return Kind::Rook;
-        case 'Q': return Kind::Queen;
-        case 'K': return Kind::King;
-        default: return std::nullopt;
-    }
-}
-
 constexpr bool isFile(char c) { return c >= 'a' && c <= 'h'; }
 constexpr bool isRank(char c) { return c >= '1' && c <= '8'; }
 
