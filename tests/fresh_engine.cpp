@@ -30,7 +30,7 @@ void makeFresh() {
     theSearcher.searchMode = SearchMode::Idle;
     theSearcher.maxIteration = NoFixedDepth;
     theSearcher.nodeLimit = 0;
-    theSearcher.ponderEnabled = true;
+    theSearcher.ponderEnabled = theSearcher.postThinking = true;
     theSearcher.stopSearch = false;
     theSearcher.ponderMove = NoMove;
     theSearcher.iterationScore = theSearcher.iteration = theSearcher.selDepth = 0;
