@@ -5,8 +5,8 @@ referee is Debian's stockfish, and pgn-extract turns games into PGN.
 """
 
 from chesskit.board import MIDDLE, SQUARES, START, after_move, is_dead, mirror, placement, squares
-from chesskit.brivok import (NO_MOVE, SLACK, STATUS, THINKING, Brivok, WinBoard, claim, diagram,
-                             shown, talk)
+from chesskit.brivok import (NO_MOVE, STATUS, THINKING, Brivok, WinBoard, claim, diagram, shown,
+                             talk)
 from chesskit.errors import ChessError, EngineError, IllegalMove
 from chesskit.game import DRAW, Adjudicator, Clocks, Game
 from chesskit.notation import read_san, to_pgn, write_pgn, write_san

@@ -1,6 +1,5 @@
 """Clients of the engine under test. Any output that does not belong there is an error."""
 
-import math
 import re
 import subprocess
 import time
@@ -8,15 +7,14 @@ from collections.abc import Sequence
 from pathlib import Path
 
 from chesskit.board import squares
-from chesskit.errors import ChessError, EngineError
+from chesskit.errors import ChessError
 from chesskit.notation import MOVE, SAN
 from chesskit.process import PATIENCE, Command, Folder
-from chesskit.programs import BRIVOK, SLOW
+from chesskit.programs import BRIVOK
 from chesskit.uci import Options, Reply, UciEngine
 from chesskit.winboard import WinBoardEngine
 
 NO_MOVE = "a8a8"  # the answer to a "go" in a game that is over
-SLACK = 3.0 if SLOW else 0.03  # seconds between a limit and its "bestmove" at the other end
 
 # All that may come between "go" and "bestmove".
 SEARCH_OUTPUT = re.compile(
@@ -70,16 +68,6 @@ class Brivok(UciEngine):
         for line in lines[:-1]:
             self.require(SEARCH_OUTPUT.fullmatch(line), f"says {line!r} while it thinks")
         return reply
-
-    def go(self, go: str, position: str | None = None, timeout: float | None = PATIENCE,
-           limit: float = math.inf) -> Reply:
-        """Searches. An answer that takes more than `limit` seconds gets four more tries, since a
-        busy machine is not the engine's fault."""
-        for _ in range(5):
-            reply = super().go(go, position, timeout)
-            if reply.seconds <= limit + SLACK:
-                return reply
-        raise EngineError(self, f"{go}: {reply.seconds:.3f} s of {limit:.3f} s, {position}")
 
     def moves(self, position: str) -> list[str]:
         """The legal moves of a position as the engine lists them. In check the list may hold
@@ -151,14 +139,13 @@ class WinBoard(WinBoardEngine, Brivok):
             self.require(THINKING.fullmatch(line), f"says {line!r} where no move is due")
 
 
-def talk(data: bytes, folder: Path) -> tuple[str, float]:
-    """Output and run time, in seconds, of an engine that reads these bytes and then the end of its
-    input. It must end by itself, without an error."""
-    begin = time.monotonic()
+def talk(data: bytes, folder: Path) -> str:
+    """Output of an engine that reads these bytes and then the end of its input. It must end by
+    itself, without an error."""
     done = subprocess.run([BRIVOK], input=data, capture_output=True, timeout=PATIENCE, cwd=folder)
     if done.returncode != 0 or done.stderr:
         raise ChessError(f"engine ends with code {done.returncode} and says {done.stderr!r}")
-    return done.stdout.decode("latin-1"), time.monotonic() - begin
+    return done.stdout.decode("latin-1")
 
 
 def diagram(fen: str, black_marks: str = "", white_marks: str = "") -> list[str]:

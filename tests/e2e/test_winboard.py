@@ -2,11 +2,10 @@
 
 import json
 import re
-import time
 
 import pytest
 
-from chesskit import (MIDDLE, RESULTS, ROOT, SLACK, SLOW, START, STATUS, THINKING, Game, WinBoard,
+from chesskit import (MIDDLE, RESULTS, ROOT, SLOW, START, STATUS, THINKING, Game, WinBoard,
                       diagram, read_san, shown, talk)
 
 LONG = ["easy", "level 0 60 0"]  # a search that does not end while a test looks at it
@@ -69,30 +68,6 @@ def test_lone_words_change_nothing(engine):
     assert engine.wait("##") == ["## (Think) Left time: 15000 Thinking time: 300"]
     engine.wait(" 3")
     engine.move("force")
-
-
-def test_clocks(engine):
-    """The time for the first move under each setting of the clock."""
-    opening = "setboard rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 38"
-    engine.send("easy")
-    for lines, left, budget in [
-            ([], 30000, 675), (["level 40 5 0"], 30000, 675), (["level 40 5:30 0"], 30000, 675),
-            (["level 0 5 0"], 30000, 1000), (["level 0 2:59 12"], 12000, 1600),
-            (["level 20 1 0", "time 1000"], 1000, 45), (["level 0 1 0"], 6000, 100),
-            (["level 0 5 0", "time 30000", "otim 15000"], 30000, 2000),
-            (["level 0 1 1", "time 5000", "otim 5000"], 5000, 183),
-            (["level 0 5 0", "level x 5 y", "time 600x"], 600, 7), (["st 2"], 0, 200),
-            (["sd 3", "st 2"], 0, 200), (["sd 3", "level 40 5 0"], 30000, 675),
-            (["level 0 5 0", opening], 30000, 9000), ([opening, "time 1000"], 1000, 255),
-            (["level 0 5 0", "new"], 30000, 675)]:
-        engine.send("new", *lines, "go")
-        assert engine.wait("##") == [f"## (Think) Left time: {left} Thinking time: {budget}"], lines
-        engine.wait(" 3")
-        engine.move("?")
-        engine.ask()  # with a short budget the "?" may have met an idle engine
-    begin = time.monotonic()
-    engine.move("new", "st 1", "go")
-    assert 0.9 < time.monotonic() - begin <= 1 + max(0.2, SLACK)
 
 
 def test_moves(engine, referee):
@@ -200,9 +175,7 @@ def test_commands_while_thinking(engine, referee):
     said = engine.ask(*unknown)
     assert [x for x in said if not THINKING.fullmatch(x)] == error(*unknown)
     assert [bool(STATUS.fullmatch(x)) for x in engine.ask(".") if x.startswith("stat01")] == [True]
-    stopped = time.monotonic()
     first = engine.move("?")
-    assert engine.stamp - stopped <= max(0.2, SLACK)
     second = referee.look("startpos", [first])[0]
     engine.send("usermove " + min(second))
     engine.wait(" 3")
@@ -236,17 +209,13 @@ def test_ponder_hit(start, referee):
     moves, hint = ponder(engine, referee, *QUICK)
     engine.no_move(0.4)
     engine.ask("otim 1800", "time 1800")
-    hit = time.monotonic()
     reply = engine.move("usermove " + hint)
-    assert engine.stamp - hit <= max(0.25, SLACK)  # the time before the hit has counted
     assert not any(x[:2] in ("##", "Hi") for x in engine.said)
     assert board_now(engine) == after(referee, *moves, hint, reply)
     # without "usermove", and with time left for the move
     moves, hint = ponder(engine, referee, "new", *QUICK, "otim 3000", "time 3000")
     engine.ask("time 3000", "otim 3000")
-    hit = time.monotonic()
     reply = engine.move(hint)
-    assert 0.1 < engine.stamp - hit <= 0.5 + SLACK
     assert board_now(engine) == after(referee, *moves, hint, reply)
     # The time after a hit does not shorten a search to a fixed depth.
     moves, hint = ponder(engine, referee, "new", "post", "sd 9")
@@ -261,10 +230,8 @@ def test_ponder_miss(start, referee):
     engine = start(WinBoard, ini="CreateLog: true")
     moves, hint = ponder(engine, referee, *QUICK)
     other = max({"a2a3", "h2h3"} - {hint})
-    sent = time.monotonic()
     reply = engine.move(f"usermove {other}")
     assert engine.said.count("## (Think) Left time: 100 Thinking time: 1") == 1
-    assert engine.stamp - sent <= max(0.25, SLACK)
     assert board_now(engine) == after(referee, *moves, other, reply)
 
     # An illegal move is only noted; it ends pondering and does not change the board.
@@ -471,9 +438,8 @@ def test_switching(start):
     [], ["analyze"], ["easy", "sd 5", "go"], ["sd 5", "go"], ["st 1", "go"],
     ["level 0 60 0", "time 100", "go"]])
 def test_end_of_input(tmp_path, lines):
-    output, seconds = talk("\n".join(["xboard", *lines]).encode() + b"\n", tmp_path)
+    output = talk("\n".join(["xboard", *lines]).encode() + b"\n", tmp_path)
     assert output.count("\nmove ") == (1 if "go" in lines else 0)
-    assert seconds < 2 + SLACK
 
 
 # --- Recorded values ---------------------------------------------------------------------------
