@@ -22,16 +22,8 @@ std::uint64_t perftLeaves(int depth) {
     if (depth <= PliesInCount) {
         return countPerft(theBoard, depth)[static_cast<std::size_t>(depth)];
     }
-    MoveList moves;
-    (void)generateForPosition(theBoard, moves);
-    const int count = theBoard.moveCount;
     std::uint64_t leaves = 0;
-    for (int i = 0; i < count; ++i) {
-        if (!leavesKingSafe(theBoard, moves[i])) continue;
-        theBoard.makeMove(moves[i]);
-        leaves += perftLeaves(depth - 1);
-        theBoard.unmakeMove();
-    }
+    forEachLegalMove(theBoard, [&](Move) { leaves += perftLeaves(depth - 1); });
     return leaves;
 }
 

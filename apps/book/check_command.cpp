@@ -52,13 +52,7 @@ private:
 
     /// Finds the records behind the position at hand, which is that of a record or the start.
     void lookAround(Board& board, Index from) {
-        MoveList list;
-        generateForPosition(board, list);
-        for (int i = 0, moves = board.moveCount; i < moves; ++i) {
-            board.makeMove(list[i]);
-            if (!board.moverInCheck()) enter(board.hashKey, {from, list[i]});
-            board.unmakeMove();
-        }
+        forEachLegalMove(board, [&](Move move) { enter(board.hashKey, {from, move}); });
     }
 
     void enter(std::uint64_t key, Step step) {

@@ -75,13 +75,10 @@ Outcome outcomeByEngine(Board& board, TableStore& store) {
     generateMoves(board, list);
     BestReply best;
     bool canMove = false;
-    for (int i = 0, count = board.moveCount; i < count; ++i) {
-        if (!leavesKingSafe(board, list[i])) continue;
+    forEachLegalOf(board, generated(board, list), [&](Move) {
         canMove = true;
-        board.makeMove(list[i]);
         best.add(outcomeOf(board, store));
-        board.unmakeMove();
-    }
+    });
     return canMove ? best.outcome() : withoutMoves(board.inCheck());
 }
 

@@ -89,12 +89,7 @@ std::span<const BoardMove> legalMoves() {
     static const std::vector<BoardMove> all = [] {
         std::vector<BoardMove> found;
         for (Board& board : positions()) {
-            MoveList list;
-            (void)generateForPosition(board, list);
-            const int count = board.moveCount;
-            for (int i = 0; i < count; ++i) {
-                if (leavesKingSafe(board, list[i])) found.push_back({&board, list[i]});
-            }
+            forEachLegalMove(board, [&](Move move) { found.push_back({&board, move}); });
         }
         return found;
     }();

@@ -8,8 +8,7 @@
 
 #include "board/coordinate.h"
 #include "book/annotation.h"
-#include "movegen/generate.h"
-#include "movegen/move_text.h"
+#include "movegen/legal_moves.h"
 #include "shell/base/note.h"
 
 namespace brivok {
@@ -41,21 +40,15 @@ std::uint32_t word(std::span<const unsigned char, BookRecord::Bytes> bytes, std:
     return static_cast<std::uint32_t>(littleEndian(bytes.subspan(offset, 4)));
 }
 
-/// Calls `visit(move)` for each legal move in the order of generation, with the move on the board.
-/// A visit that returns false is the last.
+/// The moves in the order of the general generators, also in check. Castling out of check is among
+/// those, and is no move.
 template <typename Visit>
-void forEachLegalMove(Board& board, Visit visit) {
+void forEachBookMove(Board& board, Visit visit) {
     MoveList moves;
     const bool inCheck = board.inCheck();
     generateMoves(board, moves);
-    const int count = board.moveCount;
-    bool goOn = true;
-    for (int i = 0; i < count && goOn; ++i) {
-        if (inCheck && moveCastle(moves[i]) != NoCastling) continue;
-        board.makeMove(moves[i]);
-        if (!board.moverInCheck()) goOn = visit(moves[i]);
-        board.unmakeMove();
-    }
+    forEachLegalOf(board, generated(board, moves), visit,
+                   [inCheck](Move move) { return !inCheck || moveCastle(move) == NoCastling; });
 }
 
 bool isThirdOccurrence(const Board& board) {
@@ -150,7 +143,7 @@ std::uint32_t OpeningBook::CountBookMoves(Board& board, int& moveCount, std::uin
     sumWhite = sumBlack = sumDraws = 0;
     if (!openOrReport()) return 0;
     BookRecord record;
-    forEachLegalMove(board, [&](Move) {
+    forEachBookMove(board, [&](Move) {
         if (!isThirdOccurrence(board) && Find(board, record)) {
             ++moveCount;
             sumWhite += record.whiteWins;
@@ -168,7 +161,7 @@ std::vector<BookCandidate> findBookCandidates(Board& board, OpeningBook& book,
     BookRecord record;
     const Side mover = board.sideToMove;
     thirdOccurrence = false;
-    forEachLegalMove(board, [&](Move move) {
+    forEachBookMove(board, [&](Move move) {
         thirdOccurrence = isThirdOccurrence(board);
         if (thirdOccurrence) return false;
         if (book.Find(board, record))

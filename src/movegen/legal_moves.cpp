@@ -30,10 +30,9 @@ bool isLegalMove(Board& board, Move move) {
 }
 
 int countLegalMoves(Board& board) {
-    MoveList list;
-    generateForPosition(board, list);
-    int lastLegal = 0;
-    return countLegalInList(board, list, board.moveCount, lastLegal);
+    int count = 0;
+    forEachLegalMove(board, [&](Move) { ++count; });
+    return count;
 }
 
 int countLegalInList(Board& board, const Move* moves, int count, int& lastLegal) {

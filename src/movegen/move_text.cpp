@@ -7,12 +7,10 @@ namespace brivok {
 
 Move parseMove(Board& board, std::string_view text) {
     if (!IsMoveText(text)) return NoMove;
-    MoveList list;
-    generateForPosition(board, list);
     Move found = NoMove;
-    for (int i = 0, count = board.moveCount; i < count; ++i) {
-        if (moveToCoordinate(list[i]) == text && leavesKingSafe(board, list[i])) found = list[i];
-    }
+    forEachLegalMove(
+        board, [&](Move move) { found = move; },
+        [&](Move move) { return moveToCoordinate(move) == text; });
     return found;
 }
 

@@ -16,20 +16,21 @@ namespace {
 /// letter, its rank digit when the rival shares the file, or nothing without a rival. The first
 /// rival in the order of the list decides.
 std::string disambiguation(Board& board, Move move) {
-    MoveList list;
-    generateForPosition(board, list);
-    const std::string from = squareName(moveFrom(move));
-    for (int i = 0; i < board.moveCount; ++i) {
-        const Move rival = list[i];
-        if (moveTo(rival) != moveTo(move) || moveFrom(rival) == moveFrom(move) ||
-            movePiece(rival) != movePiece(move)) {
-            continue;
-        }
-        if (!leavesKingSafe(board, rival)) continue;
-        return fileOf(moveFrom(rival)) == fileOf(moveFrom(move)) ? from.substr(1)
-                                                                 : from.substr(0, 1);
-    }
-    return "";
+    const Square from = moveFrom(move);
+    Move rival = NoMove;
+    forEachLegalMove(
+        board,
+        [&](Move first) {
+            rival = first;
+            return false;
+        },
+        [&](Move other) {
+            return moveTo(other) == moveTo(move) && moveFrom(other) != from &&
+                   movePiece(other) == movePiece(move);
+        });
+    if (rival == NoMove) return "";
+    const std::string name = squareName(from);
+    return fileOf(moveFrom(rival)) == fileOf(from) ? name.substr(1) : name.substr(0, 1);
 }
 
 std::string pawnText(const Board& board, Move move) {
@@ -50,12 +51,12 @@ std::string pieceText(Board& board, Move move) {
 /// "+" or "#" for the side to move of the present position, or nothing.
 std::string checkMark(Board& board) {
     if (!board.inCheck()) return "";
-    MoveList replies;
-    generateEvasions(board, replies);
-    for (int i = 0, count = board.moveCount; i < count; ++i) {
-        if (leavesKingSafe(board, replies[i])) return "+";
-    }
-    return "#";
+    bool canReply = false;
+    forEachLegalMove(board, [&](Move) {
+        canReply = true;
+        return false;
+    });
+    return canReply ? "+" : "#";
 }
 
 // Reading
@@ -184,15 +185,17 @@ std::string moveToSan(Board& board, Move move) {
 SanReading readSan(Board& board, std::string_view text) {
     const std::optional<Pattern> pattern = parse(text);
     if (!pattern) return {NoMove, "no move text"};
-    MoveList list;
-    generateForPosition(board, list);
     Move found = NoMove;
-    for (int i = 0, count = board.moveCount; i < count; ++i) {
-        if (!pattern->fits(list[i]) || !leavesKingSafe(board, list[i])) continue;
-        if (found != NoMove) return {NoMove, "ambiguous move"};
-        found = list[i];
-    }
-    return {found, found == NoMove ? "illegal move" : ""};
+    int fitting = 0;
+    forEachLegalMove(
+        board,
+        [&](Move move) {
+            found = move;
+            return ++fitting < 2;
+        },
+        [&](Move move) { return pattern->fits(move); });
+    if (fitting == 1) return {found, ""};
+    return {NoMove, fitting == 0 ? "illegal move" : "ambiguous move"};
 }
 
 }  // namespace brivok

@@ -31,12 +31,12 @@ void perft(Application& app, Board& board, int depth) {
 }
 
 void listLegalMoves(Board& board) {
+    // In the order of the general generators, also in check.
     MoveList list;
     generateMoves(board, list);
     std::string text;
-    for (int i = 0, count = board.moveCount; i < count; ++i) {
-        if (leavesKingSafe(board, list[i])) text += moveToCoordinate(list[i]) + " ";
-    }
+    forEachLegalOf(board, generated(board, list),
+                   [&](Move move) { text += moveToCoordinate(move) + " "; });
     PrintUnlogged(text + "\n");
 }
 

@@ -48,17 +48,11 @@ void setClock(std::uint32_t& clock, const std::string* word) {
 /// the root of a search; 0 when no table has it.
 void reportTablebases(Application& app, Board& board) {
     constexpr int RootPly = 1;
-    MoveList moves;
-    generateForPosition(board, moves);
-    for (int i = 0, count = board.moveCount; i < count; ++i) {
-        board.makeMove(moves[i]);
-        if (!board.moverInCheck()) {
-            std::int32_t score = 0;
-            (void)TablebaseProbe(board, RootPly, score);
-            Print(app, "%s -> %d\n", moveToCoordinate(moves[i]).c_str(), score);
-        }
-        board.unmakeMove();
-    }
+    forEachLegalMove(board, [&](Move move) {
+        std::int32_t score = 0;
+        (void)TablebaseProbe(board, RootPly, score);
+        Print(app, "%s -> %d\n", moveToCoordinate(move).c_str(), score);
+    });
 }
 
 }  // namespace
