@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "shell/base/application.h"
+#include "shell/base/protocol_handler.h"
 #include "shell/command_table.h"
 #include "shell/console_listener.h"
 

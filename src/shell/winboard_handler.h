@@ -6,6 +6,7 @@
 
 #include "board/move.h"
 #include "shell/base/application.h"
+#include "shell/base/protocol_handler.h"
 #include "shell/command_table.h"
 #include "shell/console_listener.h"
 

@@ -1,11 +1,12 @@
+// Every folder above src/platform may include this.
 #pragma once
 
 #include <memory>
 #include <string>
-#include <string_view>
 
 #include "shell/base/input_buffer.h"
 #include "shell/base/logger.h"
+#include "shell/base/protocol_handler.h"
 
 namespace brivok {
 
@@ -18,26 +19,6 @@ inline constexpr char EngineInfo[] = "Beta";
 
 /// The language that the program is spoken to in.
 enum class Protocol { None = 0, Extra = 1, Uci = 2, WinBoard = 3 };
-
-/// One protocol: takes the input lines and answers them.
-class ProtocolHandler {
-public:
-    /// Answers through the application, which outlives the handler.
-    explicit ProtocolHandler(Application& application) : app(application) {}
-    ProtocolHandler(const ProtocolHandler&) = delete;
-    ProtocolHandler& operator=(const ProtocolHandler&) = delete;
-    virtual ~ProtocolHandler() = default;
-
-    /// Handles one input line, its newline included. A running search calls it too, on its own
-    /// stack, for each line that it meets when it polls.
-    virtual void ProcessCommand(std::string_view line) = 0;
-
-    /// Reads and handles lines until `done` is set.
-    virtual void Run() = 0;
-
-    Application& app;   ///< the one it answers through
-    bool done = false;  ///< makes Run return
-};
 
 /// The process: what it speaks, who answers, where it logs. One instance, behind theApplication.
 class Application {

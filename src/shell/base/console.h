@@ -1,8 +1,10 @@
+// Every folder above src/platform may include this.
 #pragma once
 
 #include <string_view>
 
 #include "shell/base/application.h"
+#include "shell/base/protocol_handler.h"
 
 namespace brivok {
 
