@@ -11,6 +11,7 @@
 #include "report.h"
 #include "runs.h"
 #include "shell/base/application.h"
+#include "shell/base/version.h"
 #include "start.h"
 
 namespace {

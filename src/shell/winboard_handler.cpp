@@ -16,6 +16,7 @@
 #include "search/time_control.h"
 #include "shell/base/console.h"
 #include "shell/base/settings.h"
+#include "shell/base/version.h"
 #include "shell/base/words.h"
 #include "shell/board_diagram.h"
 #include "shell/configuration.h"

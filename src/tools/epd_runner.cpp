@@ -16,6 +16,7 @@
 #include "search/searcher.h"
 #include "search/time_control.h"
 #include "shell/base/console.h"
+#include "shell/base/version.h"
 #include "shell/base/words.h"
 #include "tools/position_file.h"
 

@@ -12,11 +12,6 @@ namespace brivok {
 
 class Application;
 
-/// The name with the version.
-inline constexpr char EngineName[] = "Brivok 4.0.3";
-/// The kind of release.
-inline constexpr char EngineInfo[] = "Beta";
-
 /// The language that the program is spoken to in.
 enum class Protocol { None = 0, Extra = 1, Uci = 2, WinBoard = 3 };
 

@@ -9,6 +9,7 @@
 #include "shell/base/application.h"
 #include "shell/base/console.h"
 #include "shell/base/settings.h"
+#include "shell/base/version.h"
 
 namespace brivok {
 
