@@ -1,10 +1,14 @@
 #!/usr/bin/env python3
-"""Holds the includes of the sources against the order of the folders.
+"""Holds the includes of the sources against what the folders link.
 
-Each brivok_library(name FOLDER folder LINKS ...) line of CMakeLists.txt names a folder below src/
-and what it links. A file there may include its own folder and what that links, directly or through
-others. src/main.cpp, apps/ and tests/ may include every folder. An include in quotes must name a
-file of this repository.
+A folder of src/, apps/, bench/ or fuzz/ links exactly the folders whose headers its files include:
+an include of another folder is a violation, and so is a link that no include needs. What it links
+stands in CMakeLists.txt: for a folder of src/ in its brivok_library(name FOLDER folder LINKS ...)
+line, for src/main.cpp in target_link_libraries(brivok ...), and for the others in the
+target_link_libraries lines of the nearest CMakeLists.txt above a file. The links make no circle,
+and the tables of docs/architecture.md name them. tests/ may include all folders, and outside src/
+the headers of a folder without a library are free. An include in quotes must name a file of this
+repository.
 
 Usage: check_layers.py [ROOT]   (default: the repository that this script lies in)
 """
@@ -13,101 +17,134 @@ import re
 import sys
 from pathlib import Path
 
-LIBRARY = re.compile(r"\bbrivok_library\(\s*(\w+)\s+FOLDER\s+([\w/]+)(?:\s+LINKS\s+([^)]*))?\)")
+COMMAND = re.compile(r"\b(brivok_library|add_library|target_link_libraries)\(\s*(\S+)([^)]*)\)")
 INCLUDE = re.compile(r'\s*#\s*include\s*(["<])([^">]+)[">]')
+MAP = "docs/architecture.md"
+MAP_ROW = re.compile(r"\| `([\w/.]+?)/?` \|.*\| ([^|]*) \|")
+ENGINE = "src/main.cpp"  # a folder of its own as it were: the one file of the target `brivok`
 
 
 class LayerError(Exception):
     """The list of libraries itself is wrong."""
 
 
-def read_layers(cmake_text):
-    """Folder -> set of folders that its files may include, its own among them."""
-    text = re.sub(r"#.*", "", cmake_text)
-    folder_of, links = {}, {}
-    for name, folder, linked in LIBRARY.findall(text):
-        folder_of[name] = folder
-        links[name] = linked.split()
-    if not folder_of:
-        raise LayerError("CMakeLists.txt has no brivok_library line")
+class Links:
+    """What every folder links: folder -> {folder: the CMakeLists.txt that says so}."""
 
-    def reach(name):
-        found, waiting = set(), [name]
-        while waiting:
-            for linked in links[waiting.pop()]:
-                if linked.startswith("brivok_") and linked not in links:
-                    raise LayerError(f"CMakeLists.txt links {linked}, which is no brivok_library")
-                if linked in links and linked not in found:
-                    found.add(linked)
-                    waiting.append(linked)
-        return found
+    def __init__(self, root):
+        self.of = {}
+        self.names = {}  # library -> its folder
+        targets = []
+        for file in [root / "CMakeLists.txt", *sorted(
+                file for top in ("apps", "bench", "fuzz")
+                for file in (root / top).rglob("CMakeLists.txt"))]:
+            place = file.relative_to(root).as_posix()
+            text = re.sub(r"#.*", "", file.read_text(encoding="utf-8"))
+            for command, name, rest in COMMAND.findall(text):
+                words, folder = rest.split(), file.parent.relative_to(root).as_posix()
+                if command == "brivok_library":
+                    folder = f"src/{words[1]}"
+                elif folder == ".":
+                    if command == "add_library" or name != "brivok":
+                        continue
+                    folder = ENGINE
+                self.of.setdefault(folder, {})
+                if command != "target_link_libraries":
+                    self.names[name] = folder
+                if command != "add_library":
+                    targets.append((folder, words, place))
+        for folder, words, place in targets:
+            for word in words:
+                if word in self.names:
+                    if self.names[word] != folder:
+                        self.of[folder][self.names[word]] = place
+                elif word.startswith("brivok_"):
+                    raise LayerError(f"{place} links {word}, which is no library")
+        if not self.names:
+            raise LayerError("CMakeLists.txt has no brivok_library line")
+        self._refuse_circles()
 
-    layers = {}
-    for name, folder in folder_of.items():
-        reached = reach(name)
-        if name in reached:
-            raise LayerError(f"CMakeLists.txt: {name} links itself, through others or directly")
-        layers[folder] = {folder} | {folder_of[other] for other in reached}
-    return layers
+    def _refuse_circles(self):
+        finished = set()
+
+        def visit(folder, way):
+            if folder in way:
+                raise LayerError(f"{folder} links itself, directly or through others")
+            if folder not in finished:
+                for linked in self.of.get(folder, ()):
+                    visit(linked, way | {folder})
+                finished.add(folder)
+
+        for folder in self.of:
+            visit(folder, frozenset())
+
+    def folder_of(self, place):
+        """The folder that a file belongs to: the longest that its path begins with."""
+        if place == ENGINE:
+            return ENGINE
+        parents = (parent.as_posix() for parent in Path(place).parents)
+        return next((parent for parent in parents if parent in self.of), None)
 
 
-def folder_of_file(path, source_root, layers):
-    """The library folder that a file belongs to: the longest that its path begins with."""
-    if source_root not in path.parents:
-        return None
-    for parent in path.relative_to(source_root).parents:
-        if parent.as_posix() in layers:
-            return parent.as_posix()
+def target_of(name, file, root, links):
+    """The file that an include means: beside the including one, or below a folder of headers."""
+    for base in (file.parent, root / "src", root / "tests", *(root / name for name in links.of)):
+        if "." in name and (base / name).is_file():  # no script can be meant, as bench/compare
+            return (base / name).resolve().relative_to(root).as_posix()
     return None
 
 
-def resolve(name, file, roots):
-    """The file that an include means: beside the including one, or below one of the roots."""
-    for base in (file.parent, *roots):
-        if (base / name).is_file():
-            return (base / name).resolve()
-    return None
+def check_file(file, root, links, used):
+    """Yields what is wrong with the includes of a file; adds the pairs of folders to `used`."""
+    place = file.relative_to(root).as_posix()
+    own = links.folder_of(place)
+    is_free = place.startswith("tests/") or (file.suffix == ".h" and not place.startswith("src/"))
+    if own is None and not is_free:
+        yield f"{place}:1: no CMakeLists.txt has this folder"
+    for number, line in enumerate(file.read_text(encoding="utf-8").splitlines(), 1):
+        if not (match := INCLUDE.match(line)):
+            continue
+        target = target_of(match[2], file, root, links)
+        if target is None:
+            if match[1] == '"':
+                yield f'{place}:{number}: "{match[2]}" is no file of this repository'
+            continue
+        folder = links.folder_of(target)
+        if own is None or folder == own:
+            continue
+        if folder not in links.names.values() and not own.startswith("src/"):
+            continue
+        if (own, folder) not in used and folder not in links.of[own]:
+            linked = ", ".join(links.of[own]) or "nothing"
+            yield f"{place}:{number}: {target} lies outside what {own} links ({linked})"
+        used.add((own, folder))
 
 
-def check_include(name, quoted, file, source_root, layers):
-    """What is wrong with one include; None if nothing is."""
-    root = source_root.parent
-    target = resolve(name, file, (source_root, root / "tests"))
-    if target is None:
-        return f'"{name}" is no file of this repository' if quoted else None
-    own = folder_of_file(file, source_root, layers)
-    if own is None:
-        return None
-    folder = folder_of_file(target, source_root, layers)
-    if folder in layers[own]:
-        return None
-    allowed = ", ".join(sorted(layers[own]))
-    return f'"{name}" lies outside what src/{own} may include ({allowed})'
+def check_map(root, links):
+    """Yields what the table of folders in the page tells otherwise than CMakeLists.txt."""
+    told = {folder: set(re.findall(r"`([^`]+)`", last))
+            for folder, last in MAP_ROW.findall((root / MAP).read_text(encoding="utf-8"))}
+    for folder, linked in links.of.items():
+        if folder not in told:
+            yield f"{MAP}: has no row for {folder}"
+        elif told[folder] != (names := {name.removeprefix("src/") for name in linked}):
+            wanted = ", ".join(f"`{name}`" for name in sorted(names)) or "nothing"
+            yield f"{MAP}: {folder} includes {wanted}"
 
 
 def check(root):
     """Returns the number of files read and the list of violations."""
     root = root.resolve()
-    source_root = root / "src"
-    layers = read_layers((root / "CMakeLists.txt").read_text(encoding="utf-8"))
-    files = sorted(
-        path
-        for folder in ("src", "apps", "tests")
-        for path in (root / folder).rglob("*")
-        if path.suffix in (".h", ".cpp")
-    )
-    violations = []
+    links = Links(root)
+    used, violations = set(), []
+    files = sorted(path for top in ("src", "apps", "bench", "fuzz", "tests")
+                   for path in (root / top).rglob("*") if path.suffix in (".h", ".cpp"))
     for file in files:
-        place = file.relative_to(root).as_posix()
-        in_library = folder_of_file(file, source_root, layers) is not None
-        if source_root in file.parents and not in_library and place != "src/main.cpp":
-            violations.append(f"{place}:1: no brivok_library of CMakeLists.txt has this folder")
-        for number, line in enumerate(file.read_text(encoding="utf-8").splitlines(), 1):
-            if match := INCLUDE.match(line):
-                quoted = match[1] == '"'
-                if reason := check_include(match[2], quoted, file, source_root, layers):
-                    violations.append(f"{place}:{number}: {reason}")
-    return len(files), violations
+        violations += check_file(file, root, links, used)
+    violations += [f"{place}: {folder} links {linked}, and includes nothing of it"
+                   for folder, linked_ones in links.of.items()
+                   for linked, place in linked_ones.items() if (folder, linked) not in used]
+    return len(files), violations + list(check_map(root, links))
 
 
 def main():
