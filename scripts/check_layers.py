@@ -5,10 +5,10 @@ A folder of src/, apps/, bench/ or fuzz/ links exactly the folders whose headers
 an include of another folder is a violation, and so is a link that no include needs. What it links
 stands in CMakeLists.txt: for a folder of src/ in its brivok_library(name FOLDER folder LINKS ...)
 line, for src/main.cpp in target_link_libraries(brivok ...), and for the others in the
-target_link_libraries lines of the nearest CMakeLists.txt above a file. The links make no circle,
-and the tables of docs/architecture.md name them. tests/ may include all folders, and outside src/
-the headers of a folder without a library are free. An include in quotes must name a file of this
-repository.
+target_link_libraries lines of the nearest CMakeLists.txt above a file, or of the one that compiles
+it from elsewhere. The links make no circle, and the tables of docs/architecture.md name them.
+tests/ may include all folders, and outside src/ the headers of a folder without a library are free.
+An include in quotes must name a file of this repository.
 
 Usage: check_layers.py [ROOT]   (default: the repository that this script lies in)
 """
@@ -17,7 +17,9 @@ import re
 import sys
 from pathlib import Path
 
-COMMAND = re.compile(r"\b(brivok_library|add_library|target_link_libraries)\(\s*(\S+)([^)]*)\)")
+COMMAND = re.compile(
+    r"\b(brivok_library|add_library|add_executable|target_link_libraries)\(\s*(\S+)([^)]*)\)")
+SOURCE_ELSEWHERE = re.compile(r'"\$\{CMAKE_SOURCE_DIR\}/([^"]+)\.cpp"')
 INCLUDE = re.compile(r'\s*#\s*include\s*(["<])([^">]+)[">]')
 MAP = "docs/architecture.md"
 MAP_ROW = re.compile(r"\| `([\w/.]+?)/?` \|.*\| ([^|]*) \|")
@@ -34,6 +36,7 @@ class Links:
     def __init__(self, root):
         self.of = {}
         self.names = {}  # library -> its folder
+        self.guests = {}  # a source and its header, elsewhere -> the folder that compiles it too
         targets = []
         for file in [root / "CMakeLists.txt", *sorted(
                 file for top in ("apps", "bench", "fuzz")
@@ -42,16 +45,18 @@ class Links:
             text = re.sub(r"#.*", "", file.read_text(encoding="utf-8"))
             for command, name, rest in COMMAND.findall(text):
                 words, folder = rest.split(), file.parent.relative_to(root).as_posix()
+                for source in SOURCE_ELSEWHERE.findall(rest):
+                    self.guests |= {f"{source}.cpp": folder, f"{source}.h": folder}
                 if command == "brivok_library":
                     folder = f"src/{words[1]}"
                 elif folder == ".":
-                    if command == "add_library" or name != "brivok":
+                    if name != "brivok":
                         continue
                     folder = ENGINE
                 self.of.setdefault(folder, {})
-                if command != "target_link_libraries":
+                if command.endswith("library"):
                     self.names[name] = folder
-                if command != "add_library":
+                if command in ("brivok_library", "target_link_libraries"):
                     targets.append((folder, words, place))
         for folder, words, place in targets:
             for word in words:
@@ -97,7 +102,7 @@ def target_of(name, file, root, links):
 def check_file(file, root, links, used):
     """Yields what is wrong with the includes of a file; adds the pairs of folders to `used`."""
     place = file.relative_to(root).as_posix()
-    own = links.folder_of(place)
+    own = links.guests.get(place) or links.folder_of(place)
     is_free = place.startswith("tests/") or (file.suffix == ".h" and not place.startswith("src/"))
     if own is None and not is_free:
         yield f"{place}:1: no CMakeLists.txt has this folder"

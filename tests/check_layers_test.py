@@ -23,7 +23,10 @@ add_library(brivok_book_tool STATIC ${sources})
 target_link_libraries(brivok_book_tool PUBLIC brivok_board)
 target_link_libraries(brivok-book PRIVATE brivok_book_tool CLI11::CLI11)
 """,
-    "fuzz/CMakeLists.txt": "target_link_libraries(${name} PRIVATE brivok_book_tool)\n",
+    "fuzz/CMakeLists.txt": """
+add_library(brivok_fuzz OBJECT "${CMAKE_SOURCE_DIR}/tests/guest.cpp")
+target_link_libraries(brivok_fuzz PUBLIC brivok_search brivok_book_tool)
+""",
     "docs/architecture.md": """
 | Folder | What is there | What it includes |
 | --- | --- | --- |
@@ -33,7 +36,7 @@ target_link_libraries(brivok-book PRIVATE brivok_book_tool CLI11::CLI11)
 | `src/board/` | | `shell/base` |
 | `src/shell/base/` | | nothing |
 | `apps/book/` | | `board` |
-| `fuzz/` | | `apps/book` |
+| `fuzz/` | | `apps/book`, `search` |
 """,
     "src/shell/base/log.h": "",
     "src/board/board.h": '#include "shell/base/log.h"\n',
@@ -46,6 +49,8 @@ target_link_libraries(brivok-book PRIVATE brivok_book_tool CLI11::CLI11)
     "apps/book/main.cpp": '#include "pgn.h"\n',
     "fuzz/pgn_fuzz.cpp": '#include "helper.h"\n#include "../apps/book/pgn.h"\n',
     "tests/helper.h": "",
+    "tests/guest.h": '#include "search/think.h"\n',
+    "tests/guest.cpp": '#include "guest.h"\n',
     "tests/board_test.cpp": '#include "helper.h"\n#include "board/board.h"\n#include "shell/uci.h"\n',
 }
 
@@ -76,6 +81,7 @@ def test_includes_along_the_arrows_pass(tmp_path):
         ("src/stray/stray.cpp", '#include "board/board.h"'),  # a folder without a library
         ("apps/book/book.cpp", '#include "search/think.h"'),
         ("fuzz/fen_fuzz.cpp", '#include "board/board.h"'),
+        ("tests/guest.cpp", '#include "board/board.h"'),
     ],
 )
 def test_violation_is_named_with_its_line(tmp_path, file, line):
