@@ -1,3 +1,4 @@
+// Every folder above src/platform may include this.
 #pragma once
 
 namespace brivok {
