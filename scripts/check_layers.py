@@ -15,6 +15,7 @@ Usage: check_layers.py [ROOT]   (default: the repository that this script lies i
 
 import re
 import sys
+from collections.abc import Iterator
 from pathlib import Path
 
 COMMAND = re.compile(
@@ -33,11 +34,11 @@ class LayerError(Exception):
 class Links:
     """What every folder links: folder -> {folder: the CMakeLists.txt that says so}."""
 
-    def __init__(self, root):
-        self.of = {}
-        self.names = {}  # library -> its folder
-        self.guests = {}  # a source and its header, elsewhere -> the folder that compiles it too
-        targets = []
+    def __init__(self, root: Path) -> None:
+        self.of: dict[str, dict[str, str]] = {}
+        self.names: dict[str, str] = {}  # library -> its folder
+        self.guests: dict[str, str] = {}  # a source and its header, elsewhere -> the folder that compiles it
+        targets: list[tuple[str, list[str], str]] = []
         for file in [root / "CMakeLists.txt", *sorted(
                 file for top in ("apps", "bench", "fuzz")
                 for file in (root / top).rglob("CMakeLists.txt"))]:
@@ -69,10 +70,10 @@ class Links:
             raise LayerError("CMakeLists.txt has no brivok_library line")
         self._refuse_circles()
 
-    def _refuse_circles(self):
-        finished = set()
+    def _refuse_circles(self) -> None:
+        finished: set[str] = set()
 
-        def visit(folder, way):
+        def visit(folder: str, way: frozenset[str]) -> None:
             if folder in way:
                 raise LayerError(f"{folder} links itself, directly or through others")
             if folder not in finished:
@@ -83,7 +84,7 @@ class Links:
         for folder in self.of:
             visit(folder, frozenset())
 
-    def folder_of(self, place):
+    def folder_of(self, place: str) -> str | None:
         """The folder that a file belongs to: the longest that its path begins with."""
         if place == ENGINE:
             return ENGINE
@@ -91,7 +92,7 @@ class Links:
         return next((parent for parent in parents if parent in self.of), None)
 
 
-def target_of(name, file, root, links):
+def target_of(name: str, file: Path, root: Path, links: Links) -> str | None:
     """The file that an include means: beside the including one, or below a folder of headers."""
     for base in (file.parent, root / "src", root / "tests", *(root / name for name in links.of)):
         if "." in name and (base / name).is_file():  # no script can be meant, as bench/compare
@@ -99,7 +100,10 @@ def target_of(name, file, root, links):
     return None
 
 
-def check_file(file, root, links, used):
+Used = set[tuple[str, str | None]]  # the pairs of folders of which one includes the other
+
+
+def check_file(file: Path, root: Path, links: Links, used: Used) -> Iterator[str]:
     """Yields what is wrong with the includes of a file; adds the pairs of folders to `used`."""
     place = file.relative_to(root).as_posix()
     own = links.guests.get(place) or links.folder_of(place)
@@ -125,7 +129,7 @@ def check_file(file, root, links, used):
         used.add((own, folder))
 
 
-def check_map(root, links):
+def check_map(root: Path, links: Links) -> Iterator[str]:
     """Yields what the table of folders in the page tells otherwise than CMakeLists.txt."""
     told = {folder: set(re.findall(r"`([^`]+)`", last))
             for folder, last in MAP_ROW.findall((root / MAP).read_text(encoding="utf-8"))}
@@ -137,11 +141,12 @@ def check_map(root, links):
             yield f"{MAP}: {folder} includes {wanted}"
 
 
-def check(root):
+def check(root: Path) -> tuple[int, list[str]]:
     """Returns the number of files read and the list of violations."""
     root = root.resolve()
     links = Links(root)
-    used, violations = set(), []
+    used: Used = set()
+    violations: list[str] = []
     files = sorted(path for top in ("src", "apps", "bench", "fuzz", "tests")
                    for path in (root / top).rglob("*") if path.suffix in (".h", ".cpp"))
     for file in files:
@@ -152,7 +157,7 @@ def check(root):
     return len(files), violations + list(check_map(root, links))
 
 
-def main():
+def main() -> int:
     root = Path(sys.argv[1]) if len(sys.argv) > 1 else Path(__file__).resolve().parent.parent
     try:
         count, violations = check(root)
