@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "board/board.h"
-#include "shell/base/console.h"
+#include "shell/base/report.h"
 
 namespace brivok {
 

@@ -9,7 +9,7 @@
 #include "board/coordinate.h"
 #include "book/annotation.h"
 #include "movegen/legal_moves.h"
-#include "shell/base/note.h"
+#include "shell/base/report.h"
 
 namespace brivok {
 

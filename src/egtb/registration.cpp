@@ -12,8 +12,7 @@
 #include "egtb/table_files.h"
 #include "egtb/table_index.h"
 #include "egtb/tablebase_probe.h"
-#include "shell/base/application.h"
-#include "shell/base/note.h"
+#include "shell/base/report.h"
 
 namespace brivok {
 

@@ -1,7 +1,6 @@
 #include "hash/table_report.h"
 
-#include "shell/base/application.h"
-#include "shell/base/note.h"
+#include "shell/base/report.h"
 
 namespace brivok {
 

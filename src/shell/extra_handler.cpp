@@ -2,6 +2,7 @@
 
 #include "board/board.h"
 #include "shell/base/console.h"
+#include "shell/base/report.h"
 #include "shell/base/words.h"
 #include "shell/protocols.h"
 #include "tools/epd_runner.h"

@@ -5,6 +5,7 @@
 #include "search/searcher.h"
 #include "search/time_control.h"
 #include "shell/base/console.h"
+#include "shell/base/report.h"
 #include "shell/base/settings.h"
 #include "shell/winboard_handler.h"
 

@@ -9,6 +9,7 @@
 #include "movegen/perft.h"
 #include "platform/platform.h"
 #include "shell/base/console.h"
+#include "shell/base/report.h"
 
 namespace brivok {
 

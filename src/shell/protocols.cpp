@@ -7,6 +7,7 @@
 #include "hash/transposition_table.h"
 #include "platform/platform.h"
 #include "shell/base/console.h"
+#include "shell/base/report.h"
 #include "shell/base/settings.h"
 #include "shell/extra_handler.h"
 #include "shell/uci_handler.h"

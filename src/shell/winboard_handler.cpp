@@ -15,6 +15,7 @@
 #include "search/searcher.h"
 #include "search/time_control.h"
 #include "shell/base/console.h"
+#include "shell/base/report.h"
 #include "shell/base/settings.h"
 #include "shell/base/version.h"
 #include "shell/base/words.h"

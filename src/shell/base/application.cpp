@@ -5,6 +5,7 @@
 
 #include "platform/platform.h"
 #include "shell/base/console.h"
+#include "shell/base/report.h"
 
 namespace brivok {
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <memory>
-#include <string>
 
 #include "shell/base/input_buffer.h"
 #include "shell/base/logger.h"
@@ -29,14 +28,5 @@ public:
 
 /// The one Application, made by the entry of the program.
 extern std::unique_ptr<Application> theApplication;
-
-/// The usual way out of the process: deletes the handler, which may still be on the call stack,
-/// closes the log and ends with `code` (0 for "quit", 1 for every failure). Where a test's platform
-/// throws instead of ending, nothing on the way up may touch the handler or the application.
-[[noreturn]] void ExitProgram(int code);
-
-/// The other one, with code 1, where data are damaged and nothing above is to be told: prints
-/// "*** " and the text, flushes all streams and ends on the spot.
-[[noreturn]] void EndAtOnce(const std::string& text);
 
 }  // namespace brivok

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "platform/platform.h"
-#include "shell/base/note.h"
+#include "shell/base/report.h"
 
 namespace brivok {
 

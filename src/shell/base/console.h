@@ -14,10 +14,6 @@ namespace brivok {
 /// Writes to the log only, behind "## ".
 [[gnu::format(printf, 2, 3)]] void LogOnly(Application& app, const char* format, ...);
 
-/// Writes to standard output only, for the few texts that never reach the log. What cannot be
-/// written is lost, and the rest of the text with it.
-void PrintUnlogged(std::string_view text);
-
 /// Reads the next line, blocking, and logs it. `line` is valid until the next read and holds its
 /// newline, unless the line was cut at MaxLineLength or the input ended within it. Carriage
 /// returns before the newline are dropped. False at the end of the input.

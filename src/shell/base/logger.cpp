@@ -8,6 +8,7 @@
 #include "platform/platform.h"
 #include "shell/base/application.h"
 #include "shell/base/console.h"
+#include "shell/base/report.h"
 #include "shell/base/settings.h"
 #include "shell/base/version.h"
 
