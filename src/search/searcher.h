@@ -38,13 +38,13 @@ inline constexpr std::uint32_t PonderPollInterval = 5000;
 /// tables and the book, which belong to the process. Two searchers with parts of their own do not
 /// disturb each other.
 struct SearchParts {
-    Board& board;
-    const Settings& settings;
-    SearchStats& stats;
-    TimeControl& clock;
-    TranspositionTable& transpositionTable;
-    Evaluation& evaluation;
-    const TablebaseState& tablebases;  ///< of the process
+    Board& board;                            ///< holds the position; as before when a search ends
+    const Settings& settings;                ///< read at each use
+    SearchStats& stats;                      ///< zeroed at the start of each search
+    TimeControl& clock;                      ///< of the game; commands may set it during a search
+    TranspositionTable& transpositionTable;  ///< keeps what it has learned between searches
+    Evaluation& evaluation;                  ///< with the small tables
+    const TablebaseState& tablebases;        ///< which endgame tables the process has
 };
 
 /// The search: iterative deepening with aspiration windows over a principal-variation search
