@@ -102,7 +102,7 @@ struct Board {
     /// Fills the random keys. Every board has the same keys; the opening book relies on them.
     Board();
 
-    // --- Setting up -------------------------------------------------------------------------
+    // --- Setting up: board.cpp; from a FEN: fen.cpp -----------------------------------------
 
     /// The start position of normal chess, with all rights but in the variant without castling.
     void NewGame();
@@ -128,7 +128,7 @@ struct Board {
     /// The key that `pawnKey` should have, worked out anew.
     [[nodiscard]] std::uint64_t computePawnKey() const;
 
-    // --- Making moves -----------------------------------------------------------------------
+    // --- Making moves: make_move.cpp; null moves and moves of the game: board.cpp -----------
 
     /// Carries out a pseudo-legal move of this position. The move is trusted.
     void makeMove(Move move);
@@ -150,7 +150,7 @@ struct Board {
     /// Gives the move to a side by hand. Nothing else changes, the key included.
     void giveMoveTo(Side side);
 
-    // --- Questions --------------------------------------------------------------------------
+    // --- Questions: attacks.cpp, exchange.cpp (see), move_validation.cpp, board.cpp ---------
 
     /// The squares of all men.
     [[nodiscard]] Bitboard occupied() const { return colourOcc[0] | colourOcc[1]; }
@@ -242,7 +242,7 @@ struct Board {
         return men == 2 || (men == 3 && minors != 0 && (minors & (minors - 1)) == 0);
     }
 
-    // --- Learning tables of the search -------------------------------------------------------
+    // --- Learning tables of the search: here and board.cpp ----------------------------------
 
     /// Adds depth / 16 to the counter of a quiet move that is not on the board at the moment. The
     /// limit, which only absurdly deep searches reach, keeps sums with it within an int.

@@ -50,9 +50,6 @@ struct SearchParts {
 /// The search: iterative deepening with aspiration windows over a principal-variation search
 /// (Marsland and Campbell, 1982) with null move, and a quiescence search of captures. One thread;
 /// the outside is reached by polling only.
-///
-/// The members stand by what they are for, in files of these names: think.cpp, root_search.cpp,
-/// alpha_beta.cpp, quiescence.cpp, move_ordering.cpp, search_clock.cpp.
 class Searcher final : public NewGameListener {
 public:
     /// The parts outlive the searcher.
@@ -114,7 +111,7 @@ private:
         int count = 0;
     };
 
-    // --- think: from the request to the move --------------------------------------------------
+    // --- think.cpp: from the request to the move --------------------------------------------
 
     void prepare(const SearchRequest& request);
     Move askBook();
@@ -137,14 +134,13 @@ private:
     void tellIteration(int score, SearchEvent event);
     void tellManyNodes();
 
-    // --- root search --------------------------------------------------------------------------
+    // --- root_search.cpp --------------------------------------------------------------------
 
     int searchRoot(int alpha, int beta, int depth);
     int searchRootMove(Move m, int alpha, int beta, int newDepth, int movesDone, int& best);
     [[nodiscard]] bool isRootDrawn();
-    [[nodiscard]] bool endsGame(int movesDone);
 
-    // --- alpha-beta ---------------------------------------------------------------------------
+    // --- alpha_beta.cpp ---------------------------------------------------------------------
 
     /// What the moves of a node share.
     struct Node {
@@ -190,11 +186,11 @@ private:
     enum class Pruning { None, ToQuiescence, OnePlyLess };
     Pruning pruningOf(int alpha, const Node& node, int extension);
 
-    // --- quiescence ---------------------------------------------------------------------------
+    // --- quiescence.cpp ---------------------------------------------------------------------
 
     int quiesce(int alpha, int beta, int searchPly, bool checkRepetition);
 
-    // --- move ordering ------------------------------------------------------------------------
+    // --- move_ordering.cpp ------------------------------------------------------------------
 
     void scoreMoves(Frame& frame, Move hashMove, int searchPly);
     /// The move with the highest order score of those not yet picked, the first among equals; 0
@@ -215,7 +211,7 @@ private:
         return frame.moves[bestAt];
     }
 
-    // --- search clock -------------------------------------------------------------------------
+    // --- search_clock.cpp -------------------------------------------------------------------
 
     /// True when the search must stop now. In the common case one comparison, which bears the
     /// counters' wrap-around in a very long analysis.
@@ -228,7 +224,7 @@ private:
     [[nodiscard]] bool isTimed() const;
     [[nodiscard]] std::uint32_t elapsed() const;
 
-    // --- What it works with -------------------------------------------------------------------
+    // --- What it works with -----------------------------------------------------------------
 
     const Settings& settings;
     SearchStats& stats;
@@ -239,7 +235,7 @@ private:
     SearchListener* listener = nullptr;  ///< of the search in progress
     bool keepsGame = false;              ///< see SearchRequest
 
-    // --- State of the search in progress ------------------------------------------------------
+    // --- State of the search in progress ----------------------------------------------------
 
     Frame root{};  ///< pseudo-legal root list; its order never changes, only the order scores do
     std::array<std::uint32_t, MaxMoves> rootMoveNodes{};  ///< by position in the root list

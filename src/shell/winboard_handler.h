@@ -15,8 +15,6 @@ namespace brivok {
 /// Plays games under the WinBoard protocol, version 2: the handler keeps the game, thinks when it
 /// is the engine's turn, ponders, analyses, resigns and claims results.
 ///
-/// What the commands do stands in winboard_handler.cpp, the flow of the game in game_flow.cpp.
-///
 /// ProcessCommand() is reached from Run() when the engine idles, and from deep inside a search when
 /// that polls the input; the mode of the search decides which commands are understood.
 class WinBoardHandler final : public ProtocolHandler {
@@ -49,7 +47,8 @@ private:
     using Command = brivok::Command<WinBoardHandler, Line>;
     [[nodiscard]] static CommandTable<WinBoardHandler, Line> table(SearchMode mode);
 
-    // What the commands do.
+    // --- What the commands do: winboard_handler.cpp -----------------------------------------
+
     void quit();
     void ping(const Line& line);
     void force();
@@ -68,7 +67,8 @@ private:
     void playUserMove(const Line& line);
     void takePonderedMove(const Line& line);
 
-    // The flow of the game.
+    // --- The flow of the game: game_flow.cpp ------------------------------------------------
+
     [[nodiscard]] bool wantsSearch() const;
     [[nodiscard]] bool runSearch();
     [[nodiscard]] SearchRequest nextSearch();
