@@ -7,10 +7,10 @@ referee is Debian's stockfish, and pgn-extract turns games into PGN.
 from chesskit.board import MIDDLE, SQUARES, START, after_move, is_dead, mirror, placement, squares
 from chesskit.brivok import (NO_MOVE, STATUS, THINKING, Brivok, WinBoard, claim, diagram, shown,
                              talk)
-from chesskit.errors import ChessError, EngineError, IllegalMove
+from chesskit.errors import ChessError, IllegalMove
 from chesskit.game import DRAW, Adjudicator, Clocks, Game
 from chesskit.notation import read_san, to_pgn, write_pgn, write_san
-from chesskit.process import PATIENCE, Process
+from chesskit.process import PATIENCE, EngineError, Process
 from chesskit.programs import (BENCH_TOOL, BOOK_TOOL, BRIVOK, PATH, ROOT, SLOW, TABLES_TOOL,
                                installed, needed, run_tool)
 from chesskit.referee import Referee

@@ -9,12 +9,20 @@ from collections.abc import Sequence
 from pathlib import Path
 from typing import NoReturn
 
-from chesskit.errors import ChessError, EngineError
+from chesskit.errors import ChessError
 from chesskit.programs import SLOW
 
 Command = Sequence[str | Path]
 Folder = str | Path | None  # that a program runs in; None is the current one
 PATIENCE = 120 if SLOW else 30  # seconds until an engine counts as hanging
+
+
+class EngineError(ChessError):
+    """An engine has crashed, hangs, or says what it must not say."""
+
+    def __init__(self, engine: "Process", text: str) -> None:
+        super().__init__(text)
+        self.engine = engine
 
 
 class Process:
