@@ -59,7 +59,7 @@ public:
     /// when there is none; `gameOutcome` then tells why. Returns when the search is over; lines
     /// that arrive meanwhile are handled on its stack, by the listener. `searchMode` is left as it
     /// is then, for a ponder hit may have changed it: the caller sets it to Idle.
-    Move think(const SearchRequest& request, SearchListener& listener);
+    Move think(const SearchRequest& request, SearchListener& toTell);
 
     /// The limits of the last search, which outlive it: a fixed depth holds until it is lifted.
     [[nodiscard]] SearchRequest standingRequest() const {
