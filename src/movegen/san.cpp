@@ -113,9 +113,7 @@ bool takePromotion(std::string_view& text, std::optional<Kind>& promotion) {
     const char letter = text.back();
     promotion = kindOfLetter(letter >= 'a' ? static_cast<char>(letter - 'a' + 'A') : letter);
     text.remove_suffix(1);
-    if (!text.empty() && std::string_view("=(/").find(text.back()) != std::string_view::npos) {
-        text.remove_suffix(1);
-    }
+    if (text.ends_with('=') || text.ends_with('(') || text.ends_with('/')) text.remove_suffix(1);
     return promotion.has_value();
 }
 
