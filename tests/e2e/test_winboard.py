@@ -463,9 +463,9 @@ KEYS = {"PlayFRC": "Variant", "RecaptureExtension": "RecapExtension", "Evaluatio
 def searches():
     for record in json.loads((ROOT / "tests/data/search.json").read_text()):
         depth = re.fullmatch(r"go depth (\d+)", record.get("go", ""))
-        if depth and not (SLOW and record["nodes"] > 50000):
-            settings = ["CreateLog: true", *record["config"]]
-            for option in record["setoption"]:
+        if depth and not (SLOW and record["stats"]["nodes"] > 50000):
+            settings = ["CreateLog: true", *record.get("config", [])]
+            for option in record.get("setoption", []):
                 [(name, value)] = re.findall("^setoption name (.+) value (.+)$", option)
                 settings.append(f"{KEYS.get(name, name)}: {'frc' if 'FRC' in name else value}")
             yield pytest.param(record, settings, depth[1], id=f"{record['id']}-{record['kind']}")
@@ -513,20 +513,23 @@ def statistics(x):
 def test_search(start, referee, record, settings, depth):
     """Thinking lines, counters and move equal the recorded search, to the node."""
     engine = start(WinBoard, ini="\n".join(settings))
-    fen = record["fen"]
-    best = engine.move("easy", f"setboard {fen}", *(f"usermove {m}" for m in record["moves"]),
+    start_fen, _, text = record["position"].removeprefix("position ").partition(" moves ")
+    fen = START if start_fen == "startpos" else start_fen.removeprefix("fen ")
+    moves = text.split()
+    best = engine.move("easy", f"setboard {fen}", *(f"usermove {m}" for m in moves),
                        f"sd {depth}", "go")
+    *info, blank, last = record["output"]
     expected = re.findall(r"^info depth (\d+) seldepth \d+ .* score (.+) nodes (\d+) .* pv (.+)$",
-                          "\n".join(record["info"]), re.M)
-    assert len(expected) == len(record["info"])
+                          "\n".join(info), re.M)
+    assert len(expected) == len(info)
     got = engine.thinking
     assert [(m["depth"].strip(), uci_score(int(m["score"]), m["mark"]), m["nodes"].strip())
             for m in got] == [m[:3] for m in expected]
-    assert best == record["bestmove"]
+    assert best == last.split()[1]
     assert [m for m in got if m["final"] == "." and "BF" not in m["extra"]] == []
     if got:
-        game = Game(referee, "fen " + fen, record["variant"] == 1)
-        for move in record["moves"]:
+        game = Game(referee, "fen " + fen, fischer="Variant: frc" in settings)
+        for move in moves:
             game.push(move)
         pv = [w for w in re.sub(r"<.*", "", got[-1]["pv"]).split() if not w.endswith(".")]
         for san, word in zip(pv, expected[-1][3].split()):
