@@ -12,7 +12,7 @@ Bitboard Board::attackersTo(Square sq) const {
                          (knightAttacks[sq] & (pieces[WhiteKnight] | pieces[BlackKnight])) |
                          (whitePawnAttacks[sq] & pieces[BlackPawn]) |
                          (blackPawnAttacks[sq] & pieces[WhitePawn]);
-    // The empty board tells cheaply that no slider stands on a line of the square.
+    // On most squares the empty-board attacks already rule out every slider.
     if ((bishopEmptyAttacks[sq] & bishopsAndQueens) != 0) {
         attackers |= bishopAttacks(sq) & bishopsAndQueens;
     }
@@ -54,7 +54,7 @@ bool Board::kingAttacked() const {
     const Bitboard straight = pieces[pieceOf(Kind::Rook, Them)] | queens;
     if ((rookEmptyAttacks[king] & straight) != 0 && (rookAttacks(king) & straight) != 0)
         return true;
-    // A pseudo-legal king move can end beside the other king.
+    // A pseudo-legal king move can end next to the enemy king.
     if ((kingAttacks[king] & bit[kingSquare[whiteFirst(Them)]]) != 0) return true;
     return (pawnAttacks<S>(king) & pieces[pieceOf(Kind::Pawn, Them)]) != 0;
 }

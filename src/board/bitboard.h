@@ -13,11 +13,11 @@ namespace brivok {
 /// A set of squares: bit n stands for square n.
 using Bitboard = std::uint64_t;
 
-/// A table of sets that is made at compile time, indexed by squares, files or rows.
+/// A compile-time table of sets, indexed by square, file or row.
 template <std::size_t N>
 struct BitboardTable {
-    Bitboard sets[N];  ///< by index
-    /// The set at an index, which is not checked.
+    Bitboard sets[N];
+    /// The index is not checked.
     template <std::integral Index>
     [[nodiscard]] constexpr Bitboard operator[](Index index) const {
         return sets[index];
@@ -38,18 +38,17 @@ consteval BitboardTable<64> complements() {
 }
 }  // namespace detail
 
-/// The set of one square, and its complement.
+/// The set that holds one square.
 inline constexpr BitboardTable<64> bit = detail::shifted<64>(1, 1);
-inline constexpr BitboardTable<64> notBit = detail::complements();  ///< every square but this one
+inline constexpr BitboardTable<64> notBit = detail::complements();
 
-/// All squares of a file (index 0 is the a-file) and of a row (index 0 is rank 8).
+/// All squares of a file; index 0 is the a-file.
 inline constexpr BitboardTable<8> fileMask = detail::shifted<8>(0x0101010101010101, 1);
-inline constexpr BitboardTable<8> rowMask = detail::shifted<8>(0xFF, 8);  ///< by row
+inline constexpr BitboardTable<8> rowMask = detail::shifted<8>(0xFF, 8);  ///< index 0 is rank 8
 
-inline constexpr Bitboard FileA = 0x0101010101010101;  ///< the a-file
-inline constexpr Bitboard FileH = 0x8080808080808080;  ///< the h-file
+inline constexpr Bitboard FileA = 0x0101010101010101;
+inline constexpr Bitboard FileH = 0x8080808080808080;
 
-/// Squares by colour; h1 is light.
 inline constexpr Bitboard lightSquares = 0xAA55AA55AA55AA55;
 inline constexpr Bitboard darkSquares = 0x55AA55AA55AA55AA;  ///< a1 is dark
 
@@ -59,16 +58,16 @@ inline constexpr Bitboard darkSquares = 0x55AA55AA55AA55AA;  ///< a1 is dark
     return __builtin_ctzll(set);
 }
 
-/// The reverse scan, on two halves: the highest set bit of squares 0 to 31 if there is one, else
-/// the highest of squares 32 to 63. It walks h5 back to a8 and then h1 back to a4. Undefined on an
-/// empty set. With the halves swapped it is one plain scan.
+/// The highest set bit of squares 0 to 31 if there is one, else the highest of squares 32 to 63:
+/// the scan runs from h5 back to a8, then from h1 back to a4. Swapping the halves makes it one
+/// plain scan. Undefined on an empty set.
 [[nodiscard]] inline Square lastBit(Bitboard set) {
     assert(set != 0);
     return (63 - __builtin_clzll(std::rotl(set, 32))) ^ 32;
 }
 
-/// The number of squares in the set. Sets are small, so without the processor's own instruction a
-/// loop that clears the lowest bit beats a table.
+/// The number of squares in the set. Sets are small, so without a POPCNT instruction clearing the
+/// lowest bit in a loop beats a table.
 [[nodiscard]] inline int popCount(Bitboard set) {
 #ifdef __POPCNT__
     return std::popcount(set);
@@ -79,9 +78,9 @@ inline constexpr Bitboard darkSquares = 0x55AA55AA55AA55AA;  ///< a1 is dark
 #endif
 }
 
-/// Removes one square from a non-empty set and returns it, in the walking order of a side: White
-/// by firstBit(), Black by lastBit(). The order of generated moves, and with it every tie in the
-/// search, rests on it.
+/// Removes one square from a non-empty set and returns it, in the side's scan order: firstBit() for
+/// White, lastBit() for Black. This fixes the order of generated moves, and so every tie in the
+/// search.
 template <Side S>
 [[nodiscard]] inline Square takeNext(Bitboard& set) {
     if constexpr (S == White) {

@@ -14,12 +14,12 @@ namespace {
 
 constexpr std::uint64_t KeySeed = 9;
 
-/// Toggled into both keys by a null move, so that positions behind one are told apart from those
-/// that moves alone can reach.
+/// A null move toggles this into both keys, so that positions after a null move differ from those
+/// that real moves reach.
 constexpr std::uint64_t NullMoveKey = 0xFEDEFEDEFEDEFEDE;
 
-/// Records dropped at a time from the front of a full undo stack. Even, so that the parity of
-/// `ply` keeps telling the side to move.
+/// Number of records dropped from the front of a full undo stack. Even, so that the parity of `ply`
+/// still gives the side to move.
 constexpr std::uint32_t DroppedAtOnce = 256;
 static_assert(DroppedAtOnce % 2 == 0 && UndoRecords - UndoReserve - DroppedAtOnce >= 128);
 
@@ -131,7 +131,7 @@ void Board::makeNullMove() {
     hashKey ^= NullMoveKey;
     pawnKey ^= NullMoveKey;
 #ifndef NDEBUG
-    // The side's complement is missing from the key, and the square passed over stays in it.
+    // This key does not complement for the side to move and keeps the en passant square.
     nullHashDelta ^= ~NullMoveKey ^ epKeys[epSquare];
     nullPawnDelta ^= NullMoveKey;
 #endif

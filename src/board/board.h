@@ -13,15 +13,18 @@
 
 namespace brivok {
 
-inline constexpr int UndoRecords = 1024;  ///< half-moves of a game and of a search on top of it
-inline constexpr int UndoReserve = 256;   ///< records that setting up and playing leave free
+inline constexpr int UndoRecords = 1024;  ///< half-moves of the game plus those of a search on top
+/// Records that setting up a position and playing moves leave free.
+inline constexpr int UndoReserve = 256;
 inline constexpr int MaxSearchPly = 128;  ///< length of the per-ply tables
-inline constexpr std::uint32_t OpenBookGate = 60;  ///< the book is asked below this `bookGate`
-inline constexpr std::uint32_t FullBookGate = 70;  ///< `bookGate` that keeps the book closed
+/// The book is probed while `bookGate` is below this.
+inline constexpr std::uint32_t OpenBookGate = 60;
+/// Value of `bookGate` that keeps the book closed.
+inline constexpr std::uint32_t FullBookGate = 70;
 
-/// What one half-move changes beyond what the Move itself can reverse: the state before it.
+/// The state before a half-move that its Move alone cannot restore.
 struct alignas(64) UndoRecord {
-    Move move = NoMove;            ///< the one that was made
+    Move move = NoMove;            ///< the move that was made
     Square epSquare = 0;           ///< see Board::epSquare
     std::uint32_t castling = 0;    ///< see Board::castling
     std::uint32_t fiftyCount = 0;  ///< see Board::fiftyCount
@@ -32,208 +35,202 @@ struct alignas(64) UndoRecord {
     Bitboard occDiagNE = 0;        ///< see Board::occDiagNE
 };
 
-/// Told when a position is set up from scratch, before its first move: what lies above the board
-/// (clocks, the result of the game) starts anew then.
+/// Notified when a position is set up from scratch, before its first move, so that state above the
+/// board (clocks, result of the game) can be reset.
 class NewGameListener {
 public:
     NewGameListener() = default;
     NewGameListener(const NewGameListener&) = delete;
     NewGameListener& operator=(const NewGameListener&) = delete;
     virtual ~NewGameListener() = default;
-    /// A position has just been set up.
     virtual void onNewGame() = 0;
 };
 
-/// The position, three times over (a piece code per square, sets per piece and colour, rotated
-/// occupancies), with counters and keys kept incrementally, the undo stack, which is the history
+/// The position in three forms (a piece code per square, sets per piece and colour, rotated
+/// occupancies), with incrementally updated counters and keys, the undo stack, which is the history
 /// of the game, and the per-ply tables of the search. Keys: Zobrist, "A new hashing method with
 /// application for game playing", 1970.
 ///
-/// Plain data: the evaluation and the generators read the fields, make and unmake write them.
+/// Plain data: the evaluation and the generators read the fields; make and unmake write them.
 struct Board {
-    Side sideToMove = White;  ///< the one whose turn it is
-    Piece squares[64]{};      ///< by square, a8 first
-    /// Square that a pawn has just passed over, if an enemy pawn stands ready beside it; NoSquare.
+    Side sideToMove = White;
+    Piece squares[64]{};  ///< a8 first
+    /// Square passed over by the double push just made, if an enemy pawn stands ready to capture
+    /// there; otherwise NoSquare.
     Square epSquare = NoSquare;
     std::uint32_t castling = 0;    ///< see CastlingBits
     std::uint32_t fiftyCount = 0;  ///< half-moves since the last capture or pawn move
     int material[2]{};             ///< centipawns without the kings; [Black], [White]
     int pawnCount[2]{};            ///< [0] White, [1] Black
-    int pieceCount[2]{};         ///< men that are no pawns, the king included; [0] White, [1] Black
-    int phaseCount[2]{};         ///< sum of phaseWeight; [Black], [White]
-    Square kingStart[2]{};       ///< home squares, which `castles` follows; [0] White, [1] Black
+    int pieceCount[2]{};           ///< non-pawns, including the king; [0] White, [1] Black
+    int phaseCount[2]{};           ///< sum of phaseWeight; [Black], [White]
+    /// Home squares, from which `castles` is built; [0] White, [1] Black.
+    Square kingStart[2]{};
     Square whiteRookStart[2]{};  ///< [0] queen side, [1] king side
-    Square blackRookStart[2]{};  ///< the same for Black
+    Square blackRookStart[2]{};  ///< [0] queen side, [1] king side
     std::uint32_t ply = 0;       ///< half-moves of the game, and index of the next undo record
     Square kingSquare[2]{};      ///< [0] White, [1] Black
-    std::uint32_t bookGate = 0;  ///< the book is open below OpenBookGate
-    int moveCount = 0;           ///< length of the list that a generator last wrote
+    std::uint32_t bookGate = 0;  ///< the book is open while this is below OpenBookGate
+    int moveCount = 0;           ///< length of the list last written by a generator
 
     // Tables of the search, by search ply (the root is 1).
     int history[PieceCodes][64]{};               ///< by piece code and to-square
-    std::uint8_t inCheckAtPly[MaxSearchPly]{};   ///< the side to move there is in check
+    std::uint8_t inCheckAtPly[MaxSearchPly]{};   ///< whether the side to move is in check
     Move pvTable[MaxSearchPly][MaxSearchPly]{};  ///< triangular table of principal variations
-    int pvLength[MaxSearchPly]{};                ///< end index of each of its rows
+    int pvLength[MaxSearchPly]{};                ///< end index of each row of `pvTable`
 
     std::uint64_t hashKey = 0;          ///< Zobrist key of the position
     std::uint64_t pawnKey = 0;          ///< Zobrist key of the pawns alone
     std::uint64_t pieceKeys[13][64]{};  ///< random keys by piece code and square
     std::uint64_t epKeys[65]{};         ///< random keys by `epSquare`; 0 for NoSquare
     std::uint64_t castleKeys[16]{};     ///< random keys by the four rights, `castling >> 4`
-    Bitboard pieces[PieceCodes]{};      ///< by code; the two kings' entries are not kept
-    Bitboard occRot90 = 0;              ///< all men, the squares of a file adjacent
-    Bitboard occDiagNE = 0;             ///< all men, the squares of a north-east diagonal adjacent
-    Bitboard occDiagSE = 0;             ///< all men, the squares of a south-east diagonal adjacent
-    Bitboard colourOcc[2]{};            ///< [0] White, [1] Black
-    UndoRecord undo[UndoRecords];       ///< by `ply`
-    Move killer1[MaxSearchPly]{};       ///< the quiet move that last cut off at a search ply
-    Move killer2[MaxSearchPly]{};       ///< the one before it
+    /// By code; the entries of the two kings are not maintained.
+    Bitboard pieces[PieceCodes]{};
+    Bitboard occRot90 = 0;  ///< all men, with the squares of a file adjacent
+    /// All men, with the squares of a north-east diagonal adjacent.
+    Bitboard occDiagNE = 0;
+    /// All men, with the squares of a south-east diagonal adjacent.
+    Bitboard occDiagSE = 0;
+    Bitboard colourOcc[2]{};       ///< [0] White, [1] Black
+    UndoRecord undo[UndoRecords];  ///< by `ply`
+    /// The last quiet move to cause a cutoff at this search ply.
+    Move killer1[MaxSearchPly]{};
+    Move killer2[MaxSearchPly]{};  ///< the previous value of killer1
 
     /// Half-moves dropped from the front of the undo stack in a very long game; always even.
     std::uint32_t droppedPlies = 0;
 
-    /// Whose variant the board is played by; not owned. Read at each use.
+    /// Gives the variant; read at each use. Not owned.
     const Settings* rules = &settings;
 
-    NewGameListener* newGameListener = nullptr;  ///< the one who is told, not owned; may be null
+    NewGameListener* newGameListener = nullptr;  ///< not owned; may be null
 
-    CastlingTables castles;  ///< by `kingStart`, `whiteRookStart`, `blackRookStart`
+    CastlingTables castles;  ///< built from `kingStart`, `whiteRookStart`, `blackRookStart`
 
     /// Fills the random keys. Every board has the same keys; the opening book relies on them.
     Board();
 
     // --- Setting up: board.cpp; from a FEN: fen.cpp -----------------------------------------
 
-    /// The start position of normal chess, with all rights but in the variant without castling.
+    /// The start position of normal chess. All castling rights are set, except in the variant
+    /// without castling.
     void NewGame();
 
-    /// Writes the standard array and its home squares, without keys and derived counters.
+    /// Writes the standard array and its home squares only: no keys, no derived counters.
     void setStartPosition();
 
-    /// Sets the position of a FEN or EPD line. A line that fails a check prints "FEN error: ..."
-    /// straight to standard output, once for each failed check, and leaves the start position.
+    /// Sets the position of a FEN or EPD line. Each check that the line fails prints "FEN error:
+    /// ..." straight to standard output; the board then holds the start position.
     void setPositionFromFen(std::string_view text);
 
-    /// The squares that castling starts from.
     [[nodiscard]] CastlingHomes castlingHomes() const {
         return {whiteRookStart[0], kingStart[0], whiteRookStart[1],
                 blackRookStart[0], kingStart[1], blackRookStart[1]};
     }
 
-    /// Rebuilds from `squares` alone: counters, king squares, sets and rotated occupancies.
+    /// Rebuilds counters, king squares, sets and rotated occupancies from `squares`.
     void recomputeDerived();
 
-    /// The key that `hashKey` should have, worked out anew.
+    /// `hashKey` computed from scratch.
     [[nodiscard]] std::uint64_t computeHashKey() const;
-    /// The key that `pawnKey` should have, worked out anew.
+    /// `pawnKey` computed from scratch.
     [[nodiscard]] std::uint64_t computePawnKey() const;
 
     // --- Making moves: make_move.cpp; null moves and moves of the game: board.cpp -----------
 
-    /// Carries out a pseudo-legal move of this position. The move is trusted.
+    /// Makes a pseudo-legal move of this position. The move is not checked.
     void makeMove(Move move);
 
-    /// Takes the last move back; does nothing where no move has been made, at ply 0 or in a
-    /// position that was set up further on in a game.
+    /// Takes back the last move. Does nothing when none has been made: at ply 0, or in a position
+    /// set up in the middle of a game.
     void unmakeMove();
 
-    /// makeMove() for a move of the game: frees records of the undo stack first when a search
-    /// from the new position could run out of them.
+    /// makeMove() for a move of the game. First frees undo records if a search from the new
+    /// position could run out of them.
     void playGameMove(Move move);
 
-    /// Passes the move. Such positions have keys of their own; the undo record's Move and keys
-    /// keep what they held.
+    /// Passes the move. The resulting positions have keys of their own. The Move and the keys in
+    /// the undo record are left as they were.
     void makeNullMove();
-    /// Takes makeNullMove() back.
     void unmakeNullMove();
 
-    /// Gives the move to a side by hand. Nothing else changes, the key included.
+    /// Sets the side to move by hand. Nothing else changes, not even the key.
     void giveMoveTo(Side side);
 
     // --- Questions: attacks.cpp, exchange.cpp (see), move_validation.cpp, board.cpp ---------
 
-    /// The squares of all men.
     [[nodiscard]] Bitboard occupied() const { return colourOcc[0] | colourOcc[1]; }
-    /// The squares of the men of one side.
     [[nodiscard]] Bitboard occupiedBy(Side side) const { return colourOcc[whiteFirst(side)]; }
-    /// The number of men of both sides, kings included.
+    /// Both sides, kings included.
     [[nodiscard]] int totalMen() const {
         return pawnCount[0] + pawnCount[1] + pieceCount[0] + pieceCount[1];
     }
-    /// Half-moves since the start of the game, the dropped ones included.
+    /// Half-moves since the start of the game, including the dropped ones.
     [[nodiscard]] std::uint32_t gamePly() const { return ply + droppedPlies; }
 
-    /// Sliding attacks by the present occupancy.
+    /// Sliding attacks along the rank, given the current occupancy.
     [[nodiscard]] Bitboard rankAttacksFrom(Square sq) const {
         return rankAttacks[sq][(occupied() >> ((sq & ~7) + 1)) & 63];
     }
-    /// The same along the file.
     [[nodiscard]] Bitboard fileAttacksFrom(Square sq) const {
         return fileAttacks[sq][(occRot90 >> ((sq & 7) * 8 + 1)) & 63];
     }
-    /// The same along the diagonal that runs north-east.
     [[nodiscard]] Bitboard diagNEAttacksFrom(Square sq) const {
         return diagNEAttacks[sq][(occDiagNE >> diagNEShift[sq]) & diagNEMask[sq]];
     }
-    /// The same along the diagonal that runs south-east.
     [[nodiscard]] Bitboard diagSEAttacksFrom(Square sq) const {
         return diagSEAttacks[sq][(occDiagSE >> diagSEShift[sq]) & diagSEMask[sq]];
     }
-    /// The same along rank and file.
     [[nodiscard]] Bitboard rookAttacks(Square sq) const {
         return rankAttacksFrom(sq) | fileAttacksFrom(sq);
     }
-    /// The same along both diagonals.
     [[nodiscard]] Bitboard bishopAttacks(Square sq) const {
         return diagNEAttacksFrom(sq) | diagSEAttacksFrom(sq);
     }
 
-    /// Men of both colours, kings included, that attack the square. Pins are not looked at.
+    /// Men of both colours, kings included, that attack the square. Pins are ignored.
     [[nodiscard]] Bitboard attackersTo(Square sq) const;
 
-    /// Some man of `attacker`, pinned or not, attacks the square.
+    /// Whether any man of `attacker`, pinned or not, attacks the square.
     [[nodiscard]] bool isAttacked(Square sq, Side attacker) const;
 
-    /// The king of the side to move is attacked.
+    /// Whether the side to move is in check.
     [[nodiscard]] bool inCheck() const;
 
-    /// The king of the side that is not to move is attacked: after makeMove(), the move was
+    /// Whether the side not to move is in check: after makeMove() this means that the move was
     /// illegal.
     [[nodiscard]] bool moverInCheck() const;
 
-    /// The man of `side` on the square shields its own king from an enemy slider.
+    /// Whether the man of `side` on the square shields its own king from an enemy slider.
     [[nodiscard]] bool isPinned(Square sq, Side side) const;
-    /// isPinned() for White.
     [[nodiscard]] bool isPinnedWhite(Square sq) const { return isPinned(sq, White); }
-    /// isPinned() for Black.
     [[nodiscard]] bool isPinnedBlack(Square sq) const { return isPinned(sq, Black); }
 
     /// Static exchange evaluation of the capture or promotion from `from` to `to`, by a swap list:
     /// both sides keep taking on `to` with their cheapest man, and either may stop. Centipawns,
-    /// from the mover's view. Pins are ignored; a king enters with its table value; the pawn taken
-    /// in passing does not count. `opponent` is the side that answers.
+    /// from the mover's view. Pins are ignored, a king counts with its table value, and the pawn
+    /// captured en passant does not count. `opponent` is the side that recaptures.
     [[nodiscard]] int see(Side opponent, Square to, Square from, Piece promo) const;
 
-    /// The Move, from whatever source, is a pseudo-legal move of this position with all its
-    /// fields as the generators fill them. Checks on the mover's king are not looked at, but for
-    /// the squares that a castling king passes.
+    /// Whether the Move, whatever its source, is a pseudo-legal move of this position with every
+    /// field filled as the generators fill it. Whether it leaves the king in check is not tested,
+    /// except for the squares that a castling king crosses.
     [[nodiscard]] bool isMoveValid(Move move) const;
 
-    /// The variant and the home squares of king and rook allow this kind of castling at all. A
-    /// right for men off their usual squares has no meaning outside Fischer-random chess.
+    /// Whether the variant and the home squares of king and rook permit this kind of castling.
+    /// Rights for men away from their usual squares only count in Fischer-random chess.
     [[nodiscard]] bool castlingHomesFit(int kind) const;
 
-    /// Occurrences of the present position: since the root of a search at `searchPly` (in the
-    /// tree, the present one included) and at the root or before it (in the game). From outside a
-    /// search, with ply 0, all of them count for the game.
+    /// How often the current position has occurred, split at the root of a search. Outside a search
+    /// (ply 0) every occurrence counts as `inGame`.
     struct Repetitions {
-        int inTree;  ///< since the root of the search
-        int inGame;  ///< at the root or before it
+        int inTree;  ///< after the root, including the current one
+        int inGame;  ///< at or before the root
     };
-    /// Counts from the undo stack, back to the last irreversible move.
+    /// Scans the undo stack back to the last irreversible move.
     [[nodiscard]] Repetitions countRepetitions(int searchPly) const;
 
-    /// Bare kings, or one minor piece against a bare king.
+    /// Bare kings, or a single minor piece against a bare king.
     [[nodiscard]] bool isInsufficientMaterial() const {
         const int men = totalMen();
         if (men > 3) return false;
@@ -244,35 +241,35 @@ struct Board {
 
     // --- Learning tables of the search: here and board.cpp ----------------------------------
 
-    /// Adds depth / 16 to the counter of a quiet move that is not on the board at the moment. The
-    /// limit, which only absurdly deep searches reach, keeps sums with it within an int.
+    /// Adds depth / 16 to the counter of a quiet move, which must not be made on the board at the
+    /// time. HistoryLimit, which only absurdly deep searches reach, keeps sums of counters within
+    /// an int.
     void updateHistory(Move move, int depth) {
         int& counter = history[squares[moveFrom(move)]][moveTo(move)];
         counter = std::min(counter + depth / 16, HistoryLimit);
     }
-    /// The highest counter of updateHistory().
     static constexpr int HistoryLimit = 1'000'000'000;
 
-    /// Makes the move the first killer of the ply; what was the first becomes the second.
+    /// Makes the move the first killer of the ply; the old first killer becomes the second.
     void storeKiller(Move move, int searchPly) {
         if (move == killer1[searchPly]) return;
         killer2[searchPly] = killer1[searchPly];
         killer1[searchPly] = move;
     }
 
-    /// `move` followed by the line of the next ply becomes the line of this ply.
+    /// Sets the line of this ply to `move` followed by the line of the next ply.
     void updatePv(int searchPly, Move move);
 
 #ifndef NDEBUG
-    /// Compares everything incremental with a full recomputation and aborts on a difference. Runs
-    /// after each make and unmake of a debug build.
+    /// Compares all incremental state with a full recomputation and aborts on a difference. Debug
+    /// builds run it after each make and unmake.
     void verify() const;
-    /// The position was set up with one king a side. With more the counts are not exact, once one
-    /// of them is taken.
+    /// Set for positions with one king per side. With more, the counts become inexact once a king
+    /// is captured.
     bool verifiable = false;
-    /// What null moves on the stack have made of the keys, beyond the position's own.
+    /// How null moves on the stack have changed `hashKey`.
     std::uint64_t nullHashDelta = 0;
-    std::uint64_t nullPawnDelta = 0;  ///< of `pawnKey`
+    std::uint64_t nullPawnDelta = 0;  ///< the same for `pawnKey`
 #endif
 
 private:
@@ -280,10 +277,10 @@ private:
     void makeFor(Move move);
     template <Side S>
     void unmakeFor(Move move);
-    /// Writes the state before a move into the next undo record.
+    /// Saves the state before a move in the next undo record.
     void keepForUnmake(Move move);
 
-    // Parts of a move. Each returns what it changes in `hashKey`.
+    // Steps of making a move. Each returns its change to `hashKey`.
     template <Side S>
     std::uint64_t castleFor(Move move);
     template <Side S>
@@ -295,11 +292,10 @@ private:
     [[nodiscard]] bool kingAttacked() const;
     template <Side S>
     [[nodiscard]] bool attackedBy(Square sq) const;
-    /// `attackers` with the slider that stands next behind `sq` on its line from `to`, if any.
+    /// Adds to `attackers` the slider, if any, next behind `sq` on its line from `to`.
     [[nodiscard]] Bitboard addXray(Bitboard attackers, Square sq, Square to) const;
 };
 
-/// The one position of the engine.
 extern Board theBoard;
 
 }  // namespace brivok

@@ -9,7 +9,7 @@ namespace brivok {
 
 namespace {
 
-/// The squares from one to another on the first or last rank, the first one left out.
+/// The squares from `from` to `to` on a back rank, without `from`.
 Bitboard path(Square from, Square to) { return from == to ? 0 : (between[from][to] | bit[to]); }
 
 void buildKind(CastlingTables& tables, int kind, Square king, Square rook) {
@@ -34,7 +34,7 @@ void CastlingTables::buildCastlingTables(const CastlingHomes& homes) {
     const auto takesAway = [this](Square home, std::uint32_t rights) {
         if (home != MissingHome) castleRightsMask[home] = AllRights & ~rights;
     };
-    // If homes coincide, the later one wins.
+    // If two homes coincide, the later call wins.
     takesAway(homes.whiteKing, WhiteRights);
     takesAway(homes.blackKing, BlackRights);
     takesAway(homes.whiteKingRook, WhiteMayKingSide);

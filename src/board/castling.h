@@ -6,12 +6,12 @@
 #include "board/types.h"
 
 /// @file
-/// The rules of castling: the same targets in every variant, and tables by the home squares of king
-/// and rooks, which a Fischer-random game chooses anew.
+/// The rules of castling. King and rook end on the same squares in every variant; the tables depend
+/// on their home squares, which vary in Fischer-random chess.
 namespace brivok {
 
-/// Bits of `castling`. The four rights last until a king or rook moves or is taken; the four low
-/// bits say that the last move played was this castling, and the next move clears them.
+/// Bits of `castling`. The four rights last until the king or rook moves or is captured. The four
+/// low bits say that the last move was this castling; the next move clears them.
 enum CastlingBits : std::uint32_t {
     WhiteCastledKingSide = 1,
     WhiteCastledQueenSide = 2,
@@ -26,50 +26,50 @@ enum CastlingBits : std::uint32_t {
     AllRights = WhiteRights | BlackRights
 };
 
-/// The four kinds of castling, the index of the castling tables.
+/// The four kinds of castling; the index of the castling tables.
 enum CastlingKind { WhiteKingSide = 0, WhiteQueenSide = 1, BlackKingSide = 2, BlackQueenSide = 3 };
 
-inline constexpr int CastlingKinds = 4;  ///< of castling
+inline constexpr int CastlingKinds = 4;
 
 /// The right of a kind of castling.
 [[nodiscard]] constexpr std::uint32_t rightOf(int kind) {
     return 16U << static_cast<unsigned>(kind);
 }
 
-/// Home squares of kings and castling rooks, MissingHome where there is none.
+/// Home squares of kings and castling rooks; MissingHome if there is none.
 struct CastlingHomes {
-    Square whiteQueenRook;  ///< White's rook towards the a-file
-    Square whiteKing;       ///< White's king
-    Square whiteKingRook;   ///< White's rook towards the h-file
-    Square blackQueenRook;  ///< Black's rook towards the a-file
-    Square blackKing;       ///< Black's king
-    Square blackKingRook;   ///< Black's rook towards the h-file
+    Square whiteQueenRook;
+    Square whiteKing;
+    Square whiteKingRook;
+    Square blackQueenRook;
+    Square blackKing;
+    Square blackKingRook;
 };
 
-/// The homes of normal chess.
 inline constexpr CastlingHomes StandardHomes{squareNamed("a1"), squareNamed("e1"),
                                              squareNamed("h1"), squareNamed("a8"),
                                              squareNamed("e8"), squareNamed("h8")};
 
-/// Where king and rook stand after castling, by kind; the same in every variant.
+/// Where the king ends up after castling, by kind.
 inline constexpr Square CastledKing[CastlingKinds] = {squareNamed("g1"), squareNamed("c1"),
                                                       squareNamed("g8"), squareNamed("c8")};
-/// Square of the rook.
+/// Where the rook ends up after castling, by kind.
 inline constexpr Square CastledRook[CastlingKinds] = {squareNamed("f1"), squareNamed("d1"),
                                                       squareNamed("f8"), squareNamed("d8")};
 
-/// Castling by the home squares of one game. A kind whose king or rook is missing has 0 in all of
-/// its tables.
+/// Castling tables for the home squares of one game. If the king or rook of a kind is missing, all
+/// its entries are 0.
 struct CastlingTables {
-    std::uint32_t castleRightsMask[64]{};       ///< `castling` is anded with it, from and to
-    Bitboard castleEmpty[CastlingKinds]{};      ///< squares that must be empty
-    Bitboard castleTransit[CastlingKinds]{};    ///< squares not to be attacked, king's own left out
+    /// ANDed into `castling` for both squares of a move.
+    std::uint32_t castleRightsMask[64]{};
+    Bitboard castleEmpty[CastlingKinds]{};  ///< squares that must be empty
+    /// Squares that must not be attacked, the king's own excluded.
+    Bitboard castleTransit[CastlingKinds]{};
     Bitboard castleXor[CastlingKinds]{};        ///< bits to flip in the mover's `colourOcc`
-    Bitboard castleXorRot90[CastlingKinds]{};   ///< the same in the rotated forms
-    Bitboard castleXorDiagNE[CastlingKinds]{};  ///< in the north-east form
-    Bitboard castleXorDiagSE[CastlingKinds]{};  ///< in the south-east form
+    Bitboard castleXorRot90[CastlingKinds]{};   ///< bits to flip in `occRot90`
+    Bitboard castleXorDiagNE[CastlingKinds]{};  ///< bits to flip in `occDiagNE`
+    Bitboard castleXorDiagSE[CastlingKinds]{};  ///< bits to flip in `occDiagSE`
 
-    /// Fills all of them for a game with these homes.
     void buildCastlingTables(const CastlingHomes& homes);
 };
 

@@ -7,14 +7,14 @@
 
 namespace brivok {
 
-/// The file letter and rank number of a square.
+/// As in "e4".
 [[nodiscard]] std::string squareName(Square sq);
 
-/// Coordinate text: "e2e4", "e7e8q"; castling is "O-O" and "O-O-O" in Fischer-random chess and the
-/// king's move otherwise. No move (0) reads "a8a8".
+/// Coordinate text: "e2e4", "e7e8q". Castling is "O-O" or "O-O-O" in Fischer-random chess,
+/// otherwise the king's move. NoMove gives "a8a8".
 [[nodiscard]] std::string moveToCoordinate(Move move);
 
-/// The word has the shape of a coordinate move, by classes of characters alone.
+/// Whether the word has the shape of a coordinate move; only the class of each character is tested.
 [[nodiscard]] bool IsMoveText(std::string_view text);
 
 }  // namespace brivok

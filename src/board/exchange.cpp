@@ -5,7 +5,7 @@ namespace brivok {
 
 namespace {
 
-/// The kinds in the order in which they are spent, cheapest first.
+/// The order in which men capture: cheapest first.
 constexpr Kind ByValue[] = {Kind::Pawn, Kind::Knight, Kind::Bishop, Kind::Rook, Kind::Queen};
 
 }  // namespace
@@ -15,7 +15,7 @@ Bitboard Board::addXray(Bitboard attackers, Square sq, Square to) const {
     if (line == 0) return attackers;
     const int step = StepOfDirection[line];
     const Kind slider = line % 2 == 1 ? Kind::Bishop : Kind::Rook;
-    // One step further is a neighbour, unless the board ends in between.
+    // Stop at the edge: a step that wraps around it is not a king's step.
     for (Square behind = sq; (kingAttacks[behind] & bit[(behind + step) & 63]) != 0;) {
         behind += step;
         const Piece piece = squares[behind];

@@ -17,7 +17,7 @@ constexpr int MaxFullMove = 1023;
 constexpr int MaxFiftyCount = 100;
 constexpr int MaxMenBesideKing = 15;
 
-/// Walks over the fields of a line; a field ends at a blank, a newline or the end.
+/// Iterates over the fields of a line. A field ends at a blank, a newline or the end of the line.
 class Fields {
 public:
     explicit Fields(std::string_view line) : rest(line) {}
@@ -30,7 +30,7 @@ public:
         return field;
     }
 
-    /// Takes the next character if it is one of the two; 0 otherwise, and nothing is taken.
+    /// Takes the next character if it is `a` or `b`; otherwise takes nothing and returns 0.
     [[nodiscard]] char takeEither(char a, char b) {
         skipBlanks();
         if (rest.empty() || (rest[0] != a && rest[0] != b)) return 0;
@@ -46,8 +46,7 @@ private:
     std::string_view rest;
 };
 
-/// The number at the start of a field; nothing if it does not start with one. Larger numbers than
-/// any that has a meaning are cut.
+/// The number at the start of a field, or nullopt. Huge numbers are clamped.
 std::optional<int> leadingNumber(std::string_view field) {
     constexpr int Cut = 1'000'000;
     std::optional<int> number;
@@ -58,7 +57,7 @@ std::optional<int> leadingNumber(std::string_view field) {
     return number;
 }
 
-/// The square of an en-passant field; none for "-" and for anything that is no square.
+/// The square of the en passant field; NoSquare for "-" and for anything that is not a square.
 Square enPassantSquare(std::string_view field) {
     if (field.size() < 2 || field[0] < 'a' || field[0] > 'h' || field[1] < '1' || field[1] > '8') {
         return NoSquare;
@@ -82,7 +81,7 @@ void placePieces(Board& board, std::string_view field) {
     }
 }
 
-/// The rights of the castling field, as bits of `castling`.
+/// The rights in the castling field, as bits of `castling`.
 std::uint32_t castlingFlags(std::string_view field) {
     std::uint32_t flags = 0;
     for (const char c : field) {
@@ -97,7 +96,7 @@ std::uint32_t castlingFlags(std::string_view field) {
     return flags;
 }
 
-/// Prints the faults of a position and remembers that there was one.
+/// Prints the faults of a position and remembers whether there were any.
 class FaultReport {
 public:
     void require(bool holds, std::string_view fault) {
@@ -127,8 +126,8 @@ void checkMen(const Board& board, FaultReport& report) {
     }
 }
 
-/// Home squares of the castling rooks: on the king's back rank the one nearest to it on its left,
-/// and the one farthest from it on its right.
+/// Finds the castling rooks on the king's back rank: the nearest one to its left and the farthest
+/// one to its right.
 void findRooks(const Board& board, Side side, Square (&homes)[2]) {
     const Square king = board.kingSquare[whiteFirst(side)];
     const int backRow = side == White ? 7 : 0;
@@ -177,7 +176,7 @@ void Board::setPositionFromFen(std::string_view text) {
 
     Fields fields(text);
     placePieces(*this, fields.next());
-    // A side that is neither "w" nor "b" is left for the castling field.
+    // Any other character belongs to the castling field.
     if (fields.takeEither('w', 'b') == 'b') sideToMove = Black;
     const std::uint32_t flags = castlingFlags(fields.next());
     epSquare = enPassantSquare(fields.next());

@@ -5,7 +5,7 @@ namespace brivok {
 
 namespace {
 
-/// What a castling moves, the homes being those of the present game.
+/// The squares of a castling move, for the home squares of this game.
 struct CastlingSquares {
     int kind;
     Square rookFrom, rookTo, kingFrom, kingTo;
@@ -20,14 +20,14 @@ CastlingSquares castlingSquares(const Board& board, Move move) {
             CastledKing[kind]};
 }
 
-/// Where the pawn taken in passing stands, by the square that it passed over.
+/// Square of the pawn captured en passant, given the square it passed over.
 template <Side S>
 constexpr Square enPassantVictim(Square to) {
     return S == White ? to + South : to + North;
 }
 
-/// An enemy pawn stands beside the square on which a double push has ended. A pawn at the other
-/// end of the neighbouring row is no neighbour.
+/// Whether an enemy pawn stands beside the square where a double push ended. A pawn across the
+/// board's edge does not count.
 bool pawnBeside(Bitboard enemyPawns, Square to) {
     const Bitboard square = bit[to];
     return (enemyPawns & (((square & ~FileA) >> 1U) | ((square & ~FileH) << 1U))) != 0;
@@ -51,7 +51,7 @@ void Board::unmakeMove() {
     if (ply == 0) return;
     const Move move = undo[ply - 1].move;
     if (move == NoMove) return;
-    // By the piece that moved: the side to move may have been changed by hand since.
+    // Not by sideToMove, which may have been set by hand since.
     if (sideOf(movePiece(move)) == White) {
         unmakeFor<White>(move);
     } else {
@@ -84,12 +84,13 @@ void Board::makeFor(Move move) {
     const Piece p = squares[from];
     const Piece q = squares[to];
 
-    // 1. What every move changes. Complementing the whole key is the toggle of the side to move.
+    // 1. Common to all moves. Complementing the whole key toggles the side to move.
     keepForUnmake(move);
     sideToMove = opposite(S);
     std::uint64_t key = ~hashKey ^ epKeys[epSquare];
     epSquare = NoSquare;
-    // By the squares, not by the Move: a castling king that lands on its own rook counts here.
+    // Reads the board, not the Move: a castling king that lands on its own rook counts as a
+    // capture.
     fiftyCount = isPawn(p) || q != Empty ? 0 : fiftyCount + 1;
     const std::uint32_t rights =
         castling & castles.castleRightsMask[from] & castles.castleRightsMask[to];
@@ -98,13 +99,13 @@ void Board::makeFor(Move move) {
         castling = rights;
     }
 
-    // 2. Castling has squares of its own.
+    // 2. Castling
     if (moveCastle(move) != NoCastling) {
         hashKey = key ^ castleFor<S>(move);
         return;
     }
 
-    // 3. The sets of squares
+    // 3. Bitboards
     const Bitboard toBit = bit[to];
     const Bitboard fromTo = bit[from] | toBit;
     occRot90 = (occRot90 & rot90Clear[from]) | rot90Set[to];
@@ -113,7 +114,7 @@ void Board::makeFor(Move move) {
     colourOcc[us] ^= fromTo;
     squares[from] = Empty;
 
-    // 4. The man taken, and the one that moves
+    // 4. The captured man and the moving man
     if (q != Empty) key ^= takeFor<S>(q, to);
     if (isPawn(p)) {
         key ^= movePawnFor<S>(move);
@@ -137,7 +138,7 @@ std::uint64_t Board::castleFor(Move move) {
     const auto [kind, rookFrom, rookTo, kingFrom, kingTo] = castlingSquares<S>(*this, move);
     castling |= 1U << static_cast<unsigned>(kind);
     kingSquare[us] = kingTo;
-    // Both homes are emptied first: the four squares may overlap.
+    // Empty both homes first: the four squares may overlap.
     squares[rookFrom] = Empty;
     squares[kingFrom] = Empty;
     squares[rookTo] = rook;

@@ -54,7 +54,7 @@ bool isPawnMoveValid(const Board& board, Move move, Side us) {
 
     const Bitboard attacks = us == White ? whitePawnAttacks[from] : blackPawnAttacks[from];
     if ((attacks & bit[to]) == 0 || moveCapture(move) == Empty) return false;
-    if (!moveIsEnPassant(move)) return true;  // what stands there the caller has compared
+    if (!moveIsEnPassant(move)) return true;  // the caller has compared the captured piece
     const Piece victim = pieceOf(Kind::Pawn, opposite(us));
     return board.epSquare == to && moveCapture(move) == victim && board.squares[to] == Empty &&
            board.squares[to - forward] == victim;

@@ -6,19 +6,19 @@
 
 namespace brivok {
 
-/// Value of the king in `pieceValue`: high enough that the exchange evaluator never trades it.
+/// King entry of `pieceValue`: high enough that an exchange never gives up the king.
 inline constexpr int KingValue = 50000;
 
-/// Centipawns by piece code, both colours alike; derived from the settings by
-/// RefreshPieceValues(). The empty square is worth 0.
+/// Centipawns by piece code, the same for both colours; 0 for the empty square.
+/// RefreshPieceValues() derives it from the settings.
 inline std::array<int, PieceCodes> pieceValue{};
 
-/// Weight of a piece in the game phase, by piece code: minors 3, rook 5, queen 9. One side has 31
-/// at the start of a game.
+/// Weight of a piece in the game phase, by piece code: minors 3, rook 5, queen 9. Each side starts
+/// the game with 31.
 inline constexpr std::array<int, PieceCodes> phaseWeight{0, 0, 0, 3, 3, 0, 0, 5, 5, 9, 9, 3, 3, 0};
 
-/// Derives `pieceValue` from the five piece settings. Positions already set keep the `material`
-/// that was summed from the old values until it is recomputed.
+/// Derives `pieceValue` from the five piece settings. An existing position keeps the `material`
+/// summed from the old values until it is recomputed.
 void RefreshPieceValues();
 
 }  // namespace brivok

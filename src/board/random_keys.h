@@ -6,14 +6,13 @@
 
 namespace brivok {
 
-/// The generator of the random keys. The opening book is addressed by the keys of positions, so
-/// its sequence belongs to the format of the book file.
+/// Generates the random keys. Book files are addressed by position keys, so this sequence is part
+/// of the book format.
 class RandomKeys {
 public:
-    /// Starts the sequence of the seed.
     explicit RandomKeys(std::uint64_t seed) { seedRandom(seed); }
 
-    /// Starts the sequence of another seed.
+    /// Restarts the sequence from a seed.
     void seedRandom(std::uint64_t value) {
         for (auto& word : randomState) {
             word = value;
@@ -24,7 +23,6 @@ public:
         c = 21;
     }
 
-    /// The next number of the sequence.
     [[nodiscard]] std::uint64_t nextRandom() {
         const std::uint64_t value = std::rotl(randomState[a], 5) + std::rotl(randomState[b], 3) +
                                     std::rotr(randomState[c], 11);

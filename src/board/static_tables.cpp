@@ -35,8 +35,7 @@ Bitboard queenEmptyAttacks[Squares];
 
 namespace {
 
-/// A diagonal as it lies in its rotated board: number, length, first bit, and the squares in
-/// rising file order.
+/// A diagonal within its rotated board.
 struct Diagonal {
     int length = 0;
     unsigned firstBitIndex = 0;
@@ -45,8 +44,8 @@ struct Diagonal {
 
 int diagonalLength(int number) { return 8 - std::abs(number - 7); }
 
-int numberNE(Square sq) { return fileOf(sq) + rowOf(sq); }      // a8 alone is 0, h1 alone 14
-int numberSE(Square sq) { return 7 - fileOf(sq) + rowOf(sq); }  // h8 alone is 0, a1 alone 14
+int numberNE(Square sq) { return fileOf(sq) + rowOf(sq); }      // a8 is 0, h1 is 14
+int numberSE(Square sq) { return 7 - fileOf(sq) + rowOf(sq); }  // h8 is 0, a1 is 14
 
 Diagonal diagonalThrough(Square sq, int (*numberOf)(Square)) {
     Diagonal diagonal;
@@ -63,15 +62,15 @@ Diagonal diagonalThrough(Square sq, int (*numberOf)(Square)) {
     return diagonal;
 }
 
-/// Position of the square on its diagonal, counted in rising file order.
+/// Position of the square on its diagonal, by rising file.
 unsigned positionOn(const Diagonal& diagonal, Square sq) {
     unsigned position = 0;
     while (diagonal.squares[position] != sq) ++position;
     return position;
 }
 
-/// Attacks of a slider at `position` of a line of `length` bits: outwards both ways, each up to
-/// and including the first occupied bit.
+/// Attacks of a slider at `position` on a line of `length` bits: in both directions, up to and
+/// including the first occupied bit.
 unsigned lineAttacks(int position, int length, unsigned occupancy) {
     unsigned attacks = 0;
     for (int i = position + 1; i < length; ++i) {
@@ -122,7 +121,7 @@ void buildOutpostMasks() {
     }
 }
 
-/// The squares one step away that are really near: a step across the board's edge lands far off.
+/// Drops steps that wrap around the board's edge: they land more than `reach` away.
 Bitboard leaperAttacks(Square sq, std::initializer_list<int> steps, int reach) {
     Bitboard attacks = 0;
     for (const int step : steps) {

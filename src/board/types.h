@@ -6,15 +6,13 @@
 
 namespace brivok {
 
-/// Squares are numbered row by row from the top left as White sees the board: a8 = 0, b8 = 1 and so
-/// on to h8 = 7, then a7 = 8, and at last h1 = 63. White's pawns therefore move towards lower
-/// numbers.
+/// Squares are numbered row by row from the top left as White sees the board: a8 = 0, b8 = 1, ...
+/// h8 = 7, a7 = 8, ... h1 = 63. White's pawns therefore move towards lower numbers.
 using Square = int;
 
-inline constexpr Square NoSquare = 64;     ///< "none" in `epSquare`
-inline constexpr Square MissingHome = -1;  ///< "none" among the castling home squares
+inline constexpr Square NoSquare = 64;     ///< no square, in `epSquare`
+inline constexpr Square MissingHome = -1;  ///< no square, in the castling home squares
 
-/// Steps between squares.
 enum Step : int {
     North = -8,
     South = 8,
@@ -26,35 +24,33 @@ enum Step : int {
     SouthEast = 9
 };
 
-/// File of a square: 0 is the a-file, 7 the h-file.
+/// 0 is the a-file, 7 the h-file.
 [[nodiscard]] constexpr int fileOf(Square sq) { return sq & 7; }
 
-/// Row of a square: 0 is rank 8, 7 is rank 1.
+/// 0 is rank 8, 7 is rank 1.
 [[nodiscard]] constexpr int rowOf(Square sq) { return sq >> 3; }
 
-/// Number of the rank of a square, 1 to 8.
+/// 1 to 8.
 [[nodiscard]] constexpr int rankNumber(Square sq) { return 8 - rowOf(sq); }
 
-/// The square on a file and a row, each 0 to 7.
+/// File and row are 0 to 7.
 [[nodiscard]] constexpr Square squareAt(int file, int row) { return row * 8 + file; }
 
-/// The square by its name in the text of the game, for constants: squareNamed("e4").
+/// A square constant by name: squareNamed("e4").
 [[nodiscard]] constexpr Square squareNamed(const char (&name)[3]) {
     return squareAt(name[0] - 'a', '8' - name[1]);
 }
 
-/// The two sides.
 enum Side : std::uint32_t { Black = 0, White = 1 };
 
-/// The other side.
 [[nodiscard]] constexpr Side opposite(Side side) { return static_cast<Side>(side ^ 1U); }
 
-/// Index of a side in the arrays that put White first (`colourOcc`, `kingSquare`, `kingStart`,
-/// `pawnCount`, `pieceCount`). `material` and `phaseCount` are indexed by the side itself.
+/// Index of a side in arrays that put White first (`colourOcc`, `kingSquare`, `kingStart`,
+/// `pawnCount`, `pieceCount`). `material` and `phaseCount` are indexed by Side itself.
 [[nodiscard]] constexpr unsigned whiteFirst(Side side) { return side ^ 1U; }
 
-/// Piece codes. The low bit is the side: 1 White, 0 Black, so that an empty square reads as not
-/// White. The order of kinds is pawn, knight, king, rook, queen, bishop.
+/// Piece codes. The low bit is the side: 1 White, 0 Black; an empty square therefore does not look
+/// white. The kinds are ordered pawn, knight, king, rook, queen, bishop.
 enum Piece : std::uint32_t {
     Empty = 0,
     WhitePawn = 1,
@@ -71,21 +67,21 @@ enum Piece : std::uint32_t {
     BlackBishop = 12
 };
 
-/// The men of both sides, by rising code.
+/// All pieces, by rising code.
 inline constexpr Piece AllMen[] = {WhitePawn,  BlackPawn,  WhiteKnight, BlackKnight,
                                    WhiteKing,  BlackKing,  WhiteRook,   BlackRook,
                                    WhiteQueen, BlackQueen, WhiteBishop, BlackBishop};
 
-/// Length of every table that is indexed by piece code; code 13 is no piece.
+/// Length of every table indexed by piece code. Code 13 is unused.
 inline constexpr int PieceCodes = 14;
 
-/// Upper-case letter of each piece code, for move text and board diagrams.
+/// Upper-case letter for each piece code, for move text and board diagrams.
 inline constexpr char PieceLetters[] = "XPPNNKKRRQQBBX";
 
-/// The side of a piece that is not Empty.
+/// The piece must not be Empty.
 [[nodiscard]] constexpr Side sideOf(Piece piece) { return static_cast<Side>(piece & 1U); }
 
-/// The kinds of men, as the white code of each.
+/// The kinds of pieces; each value is the code of the white piece.
 enum class Kind : std::uint32_t {
     Pawn = 1,
     Knight = 3,
@@ -95,33 +91,30 @@ enum class Kind : std::uint32_t {
     Bishop = 11
 };
 
-/// The code of a piece.
 [[nodiscard]] constexpr Piece pieceOf(Kind kind, Side side) {
     return static_cast<Piece>(static_cast<std::uint32_t>(kind) + whiteFirst(side));
 }
 
-/// The kind of a piece that is not Empty.
+/// The piece must not be Empty.
 [[nodiscard]] constexpr Kind kindOf(Piece piece) {
     return static_cast<Kind>(static_cast<std::uint32_t>(piece) - whiteFirst(sideOf(piece)));
 }
 
-/// The letter of a piece in FEN: upper case for White's, lower case for Black's.
+/// Upper case for White, lower case for Black.
 [[nodiscard]] constexpr char fenLetter(Piece piece) {
     const char letter = PieceLetters[piece];
     return sideOf(piece) == White ? letter : static_cast<char>(letter - 'A' + 'a');
 }
 
-/// The kind of men that an upper-case letter stands for; none for another character.
+/// The kind for an upper-case letter; nullopt for any other character.
 [[nodiscard]] constexpr std::optional<Kind> kindOfLetter(char letter) {
     constexpr std::string_view letters = PieceLetters;
-    const std::size_t code = letters.find(letter);  // White's comes first
+    const std::size_t code = letters.find(letter);  // finds the white piece first
     if (code < WhitePawn || code > BlackBishop) return std::nullopt;
     return static_cast<Kind>(code);
 }
 
-/// The code is that of a pawn, of either side.
 [[nodiscard]] constexpr bool isPawn(Piece piece) { return piece - 1U < 2U; }
-/// The code is that of a king, of either side.
 [[nodiscard]] constexpr bool isKing(Piece piece) { return piece - 5U < 2U; }
 
 }  // namespace brivok

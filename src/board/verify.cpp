@@ -24,7 +24,7 @@ bool same(const T (&a)[N], const T (&b)[N]) {
 }  // namespace
 
 void Board::verify() const {
-    // Below the capture of a king, in a position that no game reaches, the counts are not exact.
+    // After a king has been captured, in a position that no game reaches, the counts are inexact.
     const auto count = [this](Piece piece) {
         return std::count(std::begin(squares), std::end(squares), piece);
     };
