@@ -7,7 +7,7 @@
 
 namespace brivok {
 
-/// Number of records of a table of `megabytes`: the smallest power of two (at least 2) whose bytes
+/// Number of records in a table of `megabytes`: the smallest power of two, at least 2, whose bytes
 /// exceed half the setting; 1 if not even one record fits into that half.
 [[nodiscard]] constexpr std::uint64_t recordCountFor(std::uint32_t megabytes,
                                                      std::uint32_t recordSize) {
@@ -21,26 +21,24 @@ namespace brivok {
     return count;
 }
 
-/// A table of records with one record per slot; a new record always takes the slot. The slot of a
-/// key is its low 32 bits modulo one less than the number of records.
+/// A table with one record per slot; a new record always replaces the old one. A key's slot is its
+/// low 32 bits modulo one less than the number of records.
 template <class Record>
 class RecordTable {
 public:
-    /// The slot for a key, whatever it holds; the caller compares the key.
+    /// The key's slot, whatever it holds: the caller compares the key.
     [[nodiscard]] Record& Find(std::uint64_t key) { return records[slotOf(key)]; }
 
-    /// Asks the processor to have the slot of a key at hand soon.
     void prefetch(std::uint64_t key) const { __builtin_prefetch(&records[slotOf(key)]); }
 
-    /// Zeroes all records.
     void Clear() { records.clear(); }
 
-    /// The number of records; 0 before the first allocation.
+    /// 0 before the first allocation.
     [[nodiscard]] std::uint32_t size() const { return count; }
 
 protected:
-    /// Replaces the array by an empty one of the size for `megabytes`. Ends the program with code 1
-    /// when the memory is refused.
+    /// Replaces the array by an empty one for `megabytes`. Ends the program with code 1 if memory
+    /// is refused.
     void reallocate(std::uint32_t megabytes, const TableNames& names) {
         const std::uint64_t newCount = recordCountFor(megabytes, sizeof(Record));
         if (newCount < 2 || newCount > MaxRecords || !records.allocate(newCount)) {
@@ -54,8 +52,8 @@ protected:
 private:
     static constexpr std::uint64_t MaxRecords = std::uint64_t{1} << 31U;
 
-    /// key % (count - 1) by multiplication with the precomputed reciprocal (Lemire, Kaser and
-    /// Kurz, "Faster remainder by direct computation", 2019), exact for 32-bit operands.
+    /// key % (count - 1), by multiplication with the precomputed reciprocal (Lemire, Kaser and
+    /// Kurz, "Faster remainder by direct computation", 2019); exact for 32-bit operands.
     [[nodiscard]] std::uint32_t slotOf(std::uint64_t key) const {
         __extension__ using Wide = unsigned __int128;
         const std::uint64_t fraction = reciprocal * static_cast<std::uint32_t>(key);

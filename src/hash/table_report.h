@@ -4,17 +4,17 @@
 
 namespace brivok {
 
-/// The words for a table in the messages of its allocation.
+/// How the allocation messages call a table.
 struct TableNames {
     const char* table;    ///< as in "evaluation hash table"
     const char* entries;  ///< as in "ehash entries"
 };
 
-/// Notes the size of a new table in the log.
+/// Logs the size of a new table.
 void reportAllocation(const TableNames& names, std::uint64_t entries, std::uint64_t bytes);
 
-/// Notes in the log that the memory of a table was refused, and ends the program with code 1:
-/// without its tables the engine can do nothing.
+/// Logs that memory for a table was refused and ends the program with code 1: the engine cannot
+/// work without its tables.
 [[noreturn]] void endForRefusedMemory(const TableNames& names);
 
 }  // namespace brivok

@@ -15,11 +15,11 @@ constexpr std::uint64_t MaxBuckets = std::uint64_t{1} << 31U;
 constexpr std::uint64_t SlotsPerBucket = 2;
 constexpr std::uint32_t Generations = 7;
 
-/// A null move need not be tried when an entry this much shallower already failed low.
+/// If an entry at most this much shallower (1/16 ply) failed low, no null move is tried.
 constexpr int NullHintDepth = 48;
 
-/// The info word of a slot, from the low bit: bound (2), mate threat (1), generation (3), depth in
-/// units of 1/16 ply (10), score (16, signed).
+/// The info word of a slot, from the low bit: bound (2 bits), mate threat (1), generation (3),
+/// depth in 1/16 ply (10), score (16, signed).
 constexpr std::uint32_t packInfo(Bound bound, bool mateThreat, std::uint32_t generation, int depth,
                                  int score) {
     return bound | static_cast<std::uint32_t>(mateThreat) << 2U | generation << 3U |

@@ -10,55 +10,54 @@ namespace brivok {
 /// What a stored score says about the true one.
 enum Bound : std::uint32_t { BoundUpper = 1, BoundLower = 2, BoundExact = 3 };
 
-/// A score above this, or below its negative, is a mate at a known distance.
+/// Scores above this, or below its negative, are mates at a known distance.
 inline constexpr int MateBound = 32267;
 
-/// The main hash table of the search: buckets of a depth-preferred slot, valid for one search, and
-/// an always-replace slot. Mate scores are kept relative to the stored position.
+/// The main hash table of the search. A bucket has a depth-preferred slot, valid for one search,
+/// and an always-replace slot. Mate scores are stored relative to the stored position.
 class TranspositionTable {
 public:
-    /// Result of probe(): the position is not there, a usable bound, or an entry too shallow to cut
-    /// off.
+    /// Result of probe(): position not found, a usable bound, or an entry too shallow to cut off.
     enum class Probe { None = 0, Upper = 1, Lower = 2, Exact = 3, TooShallow = 4 };
 
-    /// What an entry gives besides its bound.
+    /// What an entry gives apart from its bound.
     struct Found {
-        Move move = NoMove;       ///< the best one, or none
-        int score = 0;            ///< from the probing node; unset unless a bound was returned
-        bool mateThreat = false;  ///< a null move was answered by mate
+        Move move = NoMove;  ///< best move, or NoMove
+        /// From the probing node's view; unset unless a bound was returned.
+        int score = 0;
+        bool mateThreat = false;  ///< whether a null move was answered by mate
     };
 
-    /// Makes the table anew, empty, by the setting `hashMB`. Ends the program with code 1 when the
+    /// Replaces the table by an empty one of the size in `hashMB`. Ends the program with code 1 if
     /// memory is refused.
     void resize();
 
-    /// Looks the key up for a node at `searchPly` that wants `depth` (units of 1/16 ply). Clears
-    /// `allowNull` when an upper bound below `beta`, at most three plies shallower, shows that a
-    /// null move would not reach it.
+    /// Looks up the key for a node at `searchPly` that needs `depth` (1/16 ply). Clears `allowNull`
+    /// if an upper bound below `beta`, at most three plies shallower, shows that a null move would
+    /// fail.
     Probe probe(std::uint64_t key, int searchPly, int beta, int depth, Found& found,
                 bool& allowNull);
 
-    /// Keeps what a node at `searchPly` has found with `depth` (units of 1/16 ply): in the slot
-    /// that prefers depth, unless this search has a deeper entry there.
+    /// Stores the result of a node at `searchPly` searched to `depth` (1/16 ply): in the
+    /// depth-preferred slot unless this search has a deeper entry there.
     void store(std::uint64_t key, int searchPly, int score, Bound bound, Move move, bool mateThreat,
                int depth);
 
-    /// Asks the processor to have the bucket of a key at hand soon.
     void prefetch(std::uint64_t key) const { __builtin_prefetch(&bucketOf(key)); }
 
-    /// The move kept for the position by this or an earlier search, if it can be played; else 0.
+    /// The move stored for the position by this or an earlier search, or NoMove if there is none
+    /// that can be played.
     [[nodiscard]] Move bestMove(const Board& board) const;
 
-    /// Forgets all positions; the generation stays.
+    /// Clears all entries but keeps the generation.
     void clear();
 
-    /// Starts the generation of a new search: 1 to 7, then 1 again.
+    /// Starts a new search's generation: 1 to 7, then 1 again.
     void nextGeneration();
 
-    /// Share of slots taken by the present search, in thousandths.
+    /// Share of slots filled by the current search, in thousandths.
     [[nodiscard]] int fillPermille() const;
 
-    /// The number of buckets.
     [[nodiscard]] std::uint32_t size() const { return bucketCount; }
 
 private:
@@ -83,10 +82,10 @@ private:
     std::uint32_t bucketCount = 0;  ///< a power of two
     std::uint32_t generation = 0;   ///< 1 to 7 while searching, 0 before the first search
     std::uint32_t alwaysSlotsUsed = 0;
-    std::uint32_t slotsOfGeneration[8]{};  ///< depth-preferred slots by generation; 0 is not used
+    /// Depth-preferred slots by generation; entry 0 is unused.
+    std::uint32_t slotsOfGeneration[8]{};
 };
 
-/// The one of the engine.
 extern TranspositionTable transpositionTable;
 
 }  // namespace brivok

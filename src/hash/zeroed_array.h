@@ -8,15 +8,15 @@
 
 namespace brivok {
 
-/// An owned array of plain records on cache-line boundaries, all bytes zero when made. Unlike a
-/// vector it reports refused memory by its result and lets the caller choose the consequence.
+/// An owned array of plain records, aligned to cache lines and zeroed when allocated. Unlike a
+/// vector it returns false when memory is refused, so the caller can decide what to do.
 template <class Record>
 class ZeroedArray {
     static_assert(std::is_trivially_copyable_v<Record> && std::is_trivially_destructible_v<Record>);
 
 public:
-    /// Makes an array of `count` zeroed records in place of the old one, in its memory if it has
-    /// the size; false when refused.
+    /// Replaces the array by `count` zeroed records, reusing the memory if the size is the same.
+    /// False if memory is refused.
     [[nodiscard]] bool allocate(std::size_t count) {
         if (count == length) {
             clear();
@@ -32,16 +32,14 @@ public:
         return true;
     }
 
-    /// Zeroes all records.
     void clear() {
         if (length != 0) std::memset(static_cast<void*>(records.get()), 0, length * sizeof(Record));
     }
 
-    /// The record at an index, which is not checked.
+    /// The index is not checked.
     [[nodiscard]] Record& operator[](std::size_t index) { return records.get()[index]; }
-    /// The record at an index, which is not checked.
+    /// The index is not checked.
     [[nodiscard]] const Record& operator[](std::size_t index) const { return records.get()[index]; }
-    /// The number of records.
     [[nodiscard]] std::size_t size() const { return length; }
 
 private:
