@@ -6,16 +6,16 @@
 
 namespace brivok {
 
-/// A judgement of a move that a book can hold.
+/// A move annotation that a book can store.
 struct Annotation {
     std::uint32_t value;     ///< in a BookRecord
-    std::string_view glyph;  ///< as players write it
-    unsigned numericGlyph;   ///< its number among the numeric glyphs of PGN
-    int factor;              ///< a score is taken so many times,
-    int divisor;             ///< and then divided
+    std::string_view glyph;  ///< as written in a game score
+    unsigned numericGlyph;   ///< its numeric annotation glyph (NAG) in PGN
+    int factor;              ///< a score is multiplied by this,
+    int divisor;             ///< then divided by this
 };
 
-/// All of them, by rising value: each is a bit, from the lowest up.
+/// All annotations, by rising value. Each value is one bit.
 inline constexpr std::array<Annotation, 6> Annotations{{{1, "!!", 3, 4, 1},
                                                         {2, "!", 1, 3, 1},
                                                         {4, "!?", 5, 2, 1},
@@ -23,7 +23,6 @@ inline constexpr std::array<Annotation, 6> Annotations{{{1, "!!", 3, 4, 1},
                                                         {16, "?", 2, 1, 3},
                                                         {32, "??", 4, 1, 4}}};
 
-/// The value of a record without a judgement.
 inline constexpr std::uint32_t NoAnnotation = 0;
 
 }  // namespace brivok

@@ -20,14 +20,14 @@ const Annotation* findAnnotation(std::uint32_t value) {
     return found == Annotations.end() ? nullptr : found;
 }
 
-/// The start of the searches for the greatest score.
+/// Initial value in the search for the highest score.
 constexpr std::int64_t LeastScore = -32767;
-/// A move takes part when this many times its score is above the best score.
+/// A move is considered if its score times this exceeds the best score.
 constexpr std::int64_t LeastShare = 15;
-/// The random part of a score is at most this many times the best score.
+/// The random part of a score is at most the best score times this.
 constexpr double RandomPart = 1.2;
 
-/// An occurrence of a position that the engine leaves to the search.
+/// If a legal move repeats a position this often, the choice is left to the search.
 constexpr int ThirdOccurrence = 3;
 
 std::uint64_t littleEndian(std::span<const unsigned char> bytes) {
@@ -40,8 +40,8 @@ std::uint32_t word(std::span<const unsigned char, BookRecord::Bytes> bytes, std:
     return static_cast<std::uint32_t>(littleEndian(bytes.subspan(offset, 4)));
 }
 
-/// The moves in the order of the general generators, also in check. Castling out of check is among
-/// those, and is no move.
+/// Visits the legal moves in the order of the general generators, even in check. Those generators
+/// also produce castling out of check, which is illegal.
 template <typename Visit>
 void forEachBookMove(Board& board, Visit visit) {
     MoveList moves;
@@ -123,7 +123,7 @@ bool OpeningBook::Find(const Board& board, BookRecord& record) {
         const std::int64_t mid = (low + high) / 2;
         std::array<unsigned char, BookRecord::Bytes> bytes;
         file.seekg(mid * static_cast<std::streamoff>(BookRecord::Bytes));
-        // Behind the last record the read fails, and the record stays what it was.
+        // Past the last record the read fails and `record` is unchanged.
         if (file.read(reinterpret_cast<char*>(bytes.data()), bytes.size())) {
             record = recordFromBytes(bytes);
         }
