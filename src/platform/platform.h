@@ -7,77 +7,72 @@
 
 namespace brivok {
 
-/// What one attempt to read or write has come to.
+/// Result of one attempt to read or write.
 struct Transfer {
-    /// How it went.
     enum class Outcome {
-        Moved,        ///< `bytes` were moved, at least one
-        Interrupted,  ///< none was; the attempt may be made again at once
-        WouldBlock,   ///< none was; the attempt may be made again after waiting
-        Failed        ///< none was: the input has ended, nobody reads the output, or an error
+        Moved,        ///< `bytes` were transferred, at least one
+        Interrupted,  ///< nothing transferred; try again at once
+        WouldBlock,   ///< nothing transferred; wait, then try again
+        Failed        ///< nothing transferred: end of input, nobody reads the output, or an error
     };
-    Outcome outcome;        ///< of the attempt
-    std::size_t bytes = 0;  ///< moved; 0 unless the outcome is Moved
+    Outcome outcome;
+    std::size_t bytes = 0;  ///< transferred; 0 unless the outcome is Moved
 };
 
-/// What became of an attempt to make a folder.
+/// Result of makeDirectory().
 enum class MadeDirectory { Success, Exists, Failure };
 
-/// What the engine asks of the outside, and nothing of how it is done. Another implementation is
-/// all that another system needs, or a test that plays the outside itself.
+/// What the engine needs from the operating system. A port to another system, or a test that plays
+/// the system, implements this and nothing else.
 class Platform {
 public:
-    /// True when standard input is a terminal, false for a pipe or a file.
+    /// False for a pipe or a file.
     [[nodiscard]] virtual bool inputIsTerminal() = 0;
 
-    /// True when standard error is a terminal.
     [[nodiscard]] virtual bool errorIsTerminal() = 0;
 
-    /// True when a read of standard input would not block: bytes wait, or the other end is closed.
+    /// Whether a read of standard input would not block: there are bytes, or the other end is
+    /// closed.
     [[nodiscard]] virtual bool inputReady() = 0;
 
-    /// Reads at most `capacity` bytes from standard input, one or more, in one attempt. It blocks
-    /// until one is there, unless somebody has made the input non-blocking.
+    /// Reads 1 to `capacity` bytes from standard input in one attempt. Blocks until there is one,
+    /// unless the input has been made non-blocking.
     [[nodiscard]] virtual Transfer readInput(char* buffer, std::size_t capacity) = 0;
 
-    /// Blocks until inputReady().
     virtual void waitForInput() = 0;
 
-    /// Writes the first bytes of a text that is not empty, one or more, to standard output in one
-    /// attempt. What is written is on its way when this returns. It blocks until there is room,
-    /// unless somebody has made the output non-blocking.
+    /// Writes one or more of the first bytes of a non-empty text to standard output in one attempt,
+    /// unbuffered. Blocks until there is room, unless the output has been made non-blocking.
     [[nodiscard]] virtual Transfer writeOutput(std::string_view text) = 0;
 
-    /// Blocks until a write to standard output would not block.
     virtual void waitForOutput() = 0;
 
-    /// From now on output that nobody reads any more is lost without ending the process.
+    /// From now on, writing output that nobody reads does not end the process.
     virtual void surviveClosedOutput() = 0;
 
-    /// Makes one folder, whose parent must be there. `Exists` does not tell a folder of that name
-    /// from a file.
+    /// Makes one folder; its parent must exist. `Exists` can also mean a file of that name.
     [[nodiscard]] virtual MadeDirectory makeDirectory(const std::string& path) = 0;
 
-    /// Milliseconds of a steady clock since some fixed start.
+    /// Milliseconds on a steady clock, from an arbitrary start.
     [[nodiscard]] virtual std::uint64_t milliseconds() = 0;
 
-    // Neither returns; g++ 12 forgets the attribute that would say so.
-    /// Ends the process in order, its streams flushed and its globals destroyed.
+    // Neither returns, but g++ 12 loses [[noreturn]] here.
+    /// Ends the process normally: flushes streams and destroys globals.
     virtual void endProcess(int code) = 0;
-    /// Ends the process on the spot: nothing more is flushed or destroyed.
+    /// Ends the process at once, without flushing or destroying anything.
     virtual void endProcessAtOnce(int code) = 0;
 
 protected:
     ~Platform() = default;
 };
 
-/// That of the operating system. It can be used before any constructor has run.
+/// The operating system's. Usable before any constructor has run.
 [[nodiscard]] Platform& systemPlatform();
 
-/// The platform in force: that of the operating system unless another one has taken its place.
+/// The platform in use: the operating system's unless it has been replaced.
 [[nodiscard]] Platform& platform();
 
-/// Puts another platform in force, not owned; returns the one before it.
+/// Installs another platform, not owned; returns the previous one.
 Platform& replacePlatform(Platform& other);
 
 }  // namespace brivok

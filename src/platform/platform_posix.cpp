@@ -21,7 +21,7 @@ Transfer transferOf(ssize_t count) {
     return {errno == EAGAIN || errno == EWOULDBLOCK ? WouldBlock : Failed};
 }
 
-/// The result of poll() for one event of one descriptor.
+/// Polls one descriptor for one event; the result of poll().
 int pollOne(int descriptor, short event, int timeout) {
     pollfd polled{descriptor, event, 0};
     return ::poll(&polled, 1, timeout);

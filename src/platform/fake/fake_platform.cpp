@@ -28,7 +28,7 @@ void FakePlatform::add(Step step) {
 bool FakePlatform::isPrinted() {
     std::string& text = script.front().when.printed;
     if (!text.empty() && printed.find(text, searched) != printed.npos) text.clear();
-    // The text may begin in what is there and end in what is not.
+    // The awaited text may span the old output and the new.
     if (!text.empty()) {
         searched = std::max(searched, printed.size() - std::min(printed.size(), text.size() - 1));
     }

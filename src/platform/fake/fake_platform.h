@@ -12,39 +12,37 @@
 
 namespace brivok {
 
-/// Thrown where the process would end. Not derived from std::exception, so that nothing takes it
-/// for a failure.
+/// Thrown where the process would end. Not derived from std::exception, so that no handler mistakes
+/// it for a failure.
 struct ProcessEnded {
-    int code;  ///< that the process would end with
+    int code;  ///< exit code of the process
 };
 
-/// Thrown by a read that would block for ever: every step of the script is done, and the input is
-/// still open.
+/// Thrown by a read that would block for ever: the script is finished, and the input is still open.
 struct ScriptDone {};
 
-/// When a step of a script is due: the step before it is done, this text has been printed since
-/// then, and the clock has come to this time. An empty text and a time of 0 mean: at once.
+/// When a step of a script is due: once the step before it is done, this text has been printed
+/// since, and the clock has reached this time. An empty text and a time of 0 mean at once.
 struct Moment {
-    std::string printed;     ///< no line breaks are added; it may end within a line
+    std::string printed;     ///< matched as is; may end within a line
     std::uint64_t time = 0;  ///< milliseconds of the fake clock
 };
 
-/// At once.
 [[nodiscard]] inline Moment now() { return {}; }
-/// When the text has been printed, after the step before.
+/// Once the text has been printed after the step before.
 [[nodiscard]] inline Moment after(std::string text) { return {std::move(text)}; }
-/// When the clock shows so many milliseconds.
+/// Once the clock shows this many milliseconds.
 [[nodiscard]] inline Moment at(std::uint64_t time) { return {{}, time}; }
 
-/// The outside of the engine, played by a script: its input comes line by line, its output is kept,
-/// and its clock is turned by hand, by the script, or by being looked at. Nothing here looks at the
-/// real clock, so a run is the same every time. A derived class may override single calls, to make
-/// them fail or to look on.
+/// The engine's outside world, played by a script: input arrives line by line, output is kept, and
+/// the clock is turned by hand, by the script or by being looked at. The real clock is never read,
+/// so every run is the same. A derived class may override single calls to make them fail or to
+/// watch them.
 ///
-/// The steps of the script are done in their order, each when its Moment has come. A read that
-/// blocks waits for the next step: the clock jumps to its time. It cannot wait for a text, since
-/// nothing is printed during a read; std::logic_error then tells what was missing. It is thrown too
-/// when so many looks bring nothing that the search seems to have no end.
+/// Steps run in order, each when its Moment has come. A read that blocks waits for the next step:
+/// the clock jumps to the step's time. A read cannot wait for text, since nothing is printed during
+/// it; it then throws a std::logic_error that says what was missing. The same is thrown when so
+/// many looks at clock or input bring nothing that the search seems endless.
 class FakePlatform : public Platform {
 public:
     FakePlatform() = default;
@@ -52,29 +50,29 @@ public:
     FakePlatform& operator=(const FakePlatform&) = delete;
     virtual ~FakePlatform() = default;
 
-    /// A step: a line of input can be read. Its newline is added; with more newlines in it several
-    /// lines come in one piece.
+    /// A step: a line of input arrives. A newline is added; a line with newlines inside arrives as
+    /// several lines in one piece.
     void type(std::string_view line, const Moment& when = now());
-    /// A step: these bytes can be read, as one piece. A read never takes bytes of two pieces.
+    /// A step: these bytes arrive in one piece. A read never takes bytes of two pieces.
     void send(std::string bytes, const Moment& when = now());
-    /// A step: the clock jumps forward by so many milliseconds.
+    /// A step: the clock jumps forward.
     void turnClock(std::uint64_t milliseconds, const Moment& when = now());
-    /// The last step: the input is closed, and what would be read next is its end. Without this
-    /// step it stays open, and a read that comes after the last step throws ScriptDone.
+    /// The last step: the input is closed. Without it the input stays open, and a read after the
+    /// last step throws ScriptDone.
     void closeInput(const Moment& when = now());
 
-    /// Every step is done, and the input still open.
+    /// Every step is done. The input may still be open.
     [[nodiscard]] bool isScriptDone() const { return script.empty(); }
 
-    /// All that has been printed.
     [[nodiscard]] const std::string& output() const { return printed; }
 
-    std::uint64_t clock = 0;        ///< milliseconds; may be set by hand, forwards
-    std::uint64_t stepOfLook = 0;   ///< by so many milliseconds each look at the clock moves it on
-    std::uint64_t stepOfPoll = 0;   ///< and so does each look at the input without blocking
-    std::uint64_t patience = 500;   ///< most looks, at input or clock, without a read or a write
-    bool isTerminal = false;        ///< input and error are terminals
-    std::set<std::string> folders;  ///< made so far; none of them is made on the disk
+    std::uint64_t clock = 0;       ///< milliseconds; may be set by hand, forwards only
+    std::uint64_t stepOfLook = 0;  ///< milliseconds by which each look at the clock advances it
+    /// Milliseconds by which each non-blocking look at the input advances the clock.
+    std::uint64_t stepOfPoll = 0;
+    std::uint64_t patience = 500;   ///< looks at input or clock allowed without a read or a write
+    bool isTerminal = false;        ///< whether input and error are terminals
+    std::set<std::string> folders;  ///< folders made so far; none is made on disk
 
     bool inputIsTerminal() override { return isTerminal; }
     bool errorIsTerminal() override { return isTerminal; }
@@ -94,24 +92,24 @@ private:
     struct Step {
         Kind kind;
         Moment when;
-        std::string bytes;               ///< of an input, what has not been read yet
-        std::uint64_t milliseconds = 0;  ///< to turn the clock by
+        std::string bytes;               ///< of an input: what has not been read yet
+        std::uint64_t milliseconds = 0;  ///< by which to advance the clock
     };
 
     void countLook();
     void add(Step step);
-    /// The next step's text has been printed.
+    /// Whether the text that the next step waits for has been printed.
     [[nodiscard]] bool isPrinted();
-    /// Takes the next step, which is done, off the script.
+    /// Removes the next step, which is done.
     void finishStep();
-    /// Does the steps that are due, as far as they need no reader. True when a reader has something
+    /// Performs the steps that are due, up to one that needs a reader. True if there is something
     /// to read.
     bool doSteps();
 
-    std::uint64_t idleLooks = 0;  ///< at input or clock since the last read or write
+    std::uint64_t idleLooks = 0;  ///< looks at input or clock since the last read or write
     std::deque<Step> script;
     std::string printed;
-    std::size_t searched = 0;  ///< from here on the next step's text is looked for in `printed`
+    std::size_t searched = 0;  ///< the search for the next step's text in `printed` starts here
 };
 
 }  // namespace brivok
