@@ -24,7 +24,7 @@ void pawnCaptures(const Board& board, MoveWriter<S>& writer, Bitboard enemy) {
                        (enPassant ? enemy | bit[board.epSquare] : enemy);
     while (targets != 0) {
         const Square to = takeNext<S>(targets);
-        // Lower file first: the pawn to the left of the target captures towards the h-file.
+        // Lower file first: the pawn to the left of the target, which captures towards the h-file.
         const Bitboard takers = pawnAttacks<opposite(S)>(to) & pawns;
         for (const Square from : {to - CaptureEast<S>, to - CaptureWest<S>}) {
             if ((takers & bit[from & 63]) == 0) continue;

@@ -5,7 +5,8 @@ namespace brivok {
 
 namespace {
 
-/// Squares that stop the check of the one checker: its own, and those on its line.
+/// The moves that answer a single check. Targets are the checker's square and, for a slider, the
+/// squares between it and the king.
 template <Side S>
 class Evasions {
 public:
@@ -31,8 +32,8 @@ public:
 private:
     static constexpr Side Them = opposite(S);
 
-    /// A step straight away from a sliding checker stays on its line: the attack query cannot see
-    /// it, since the king still stands in between.
+    /// A step straight away from a sliding checker stays on its line. The attack test misses that,
+    /// because the king still blocks the line.
     void kingMoves(Bitboard own, Bitboard checkers) {
         Bitboard behind = 0;
         for (int count = 0; checkers != 0 && count < 2; ++count) {
@@ -60,12 +61,12 @@ private:
         }
     }
 
-    /// Only against a check by the very pawn that has just made its double push.
+    /// Only when the checker is the pawn that has just made a double push.
     void enPassant(Square checker) {
         if (!hasEnPassantVictim<S>(board)) return;
         const Square ep = board.epSquare;
         if (ep != checker + PawnStep<S>) return;
-        // White's pawn to the left of the square comes first, and Black's too.
+        // For either side, the pawn to the left of the square comes first.
         for (const Square from : {ep - CaptureEast<S>, ep - CaptureWest<S>}) {
             if ((pawnAttacks<Them>(ep) & board.pieces[writer.Pawn] & bit[from & 63]) == 0) continue;
             if (!board.isPinned(from, S)) writer.addEnPassant(from, ep);
@@ -82,7 +83,7 @@ private:
         pawnsTo(pushed<S>(single & ThirdRank<S>) & empty & target, 2 * PawnStep<S>);
     }
 
-    /// Double pushes among them are left unmarked here.
+    /// Double pushes are not marked as such here.
     void pawnsTo(Bitboard targets, int step) {
         while (targets != 0) {
             const Square to = takeNext<S>(targets);

@@ -6,7 +6,7 @@
 
 namespace brivok {
 
-/// The legal move whose coordinate text equals the word, or 0.
+/// The legal move with this coordinate text, or NoMove.
 [[nodiscard]] Move parseMove(Board& board, std::string_view text);
 
 }  // namespace brivok

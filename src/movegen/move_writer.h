@@ -4,27 +4,26 @@
 
 namespace brivok {
 
-/// Appends moves of one side to a list, filling every field as make, unmake and comparison expect.
+/// Appends one side's moves to a list, filling every field as make, unmake and comparison expect.
 template <Side S>
 class MoveWriter {
 public:
-    /// Appends behind the first `moveCount` moves of the list; the end of the writer updates the
-    /// count.
+    /// Appends after the first `moveCount` moves of the list; the destructor updates the count.
     MoveWriter(Board& position, Move* moves)
         : board(position), next(moves + position.moveCount), first(moves) {}
     MoveWriter(const MoveWriter&) = delete;
     MoveWriter& operator=(const MoveWriter&) = delete;
     ~MoveWriter() { board.moveCount = static_cast<int>(next - first); }
 
-    /// Appends a move that is complete.
+    /// Appends a finished move.
     void add(Move move) { *next++ = move; }
 
-    /// A move or plain capture of a piece, by what stands on the target.
+    /// Appends a move or a plain capture, depending on what stands on the target.
     void addPiece(Piece piece, Square from, Square to) {
         add(makePlainMove(from, to, piece, board.squares[to]));
     }
 
-    /// The four promotions of a push or capture onto the last rank.
+    /// Appends the four promotions of a push or capture onto the last rank.
     void addPromotions(Square from, Square to) {
         const Move move = makePlainMove(from, to, Pawn, board.squares[to]);
         for (const Kind kind : {Kind::Queen, Kind::Rook, Kind::Bishop, Kind::Knight}) {
@@ -32,7 +31,8 @@ public:
         }
     }
 
-    /// A push, or a capture of what stands on the target; four promotions on the last rank.
+    /// Appends a push, or a capture of what stands on the target; on the last rank, four
+    /// promotions.
     void addPawn(Square from, Square to) {
         if (rowOf(to) == LastRow) {
             addPromotions(from, to);
@@ -41,13 +41,13 @@ public:
         }
     }
 
-    /// Captures in passing, `to` being the square passed over.
+    /// Appends an en passant capture; `to` is the square passed over.
     void addEnPassant(Square from, Square to) {
         add(makePlainMove(from, to, Pawn, pieceOf(Kind::Pawn, opposite(S))) | field::AlPaso.put(1));
     }
 
-    static constexpr Piece Pawn = pieceOf(Kind::Pawn, S);  ///< of the side
-    static constexpr int LastRow = S == White ? 0 : 7;     ///< of the side's pawns
+    static constexpr Piece Pawn = pieceOf(Kind::Pawn, S);
+    static constexpr int LastRow = S == White ? 0 : 7;  ///< where the side's pawns promote
 
 private:
     Board& board;
@@ -55,36 +55,36 @@ private:
     Move* first;
 };
 
-/// The step of a side's pawns, and the mask of the row that its single pushes from home reach.
 template <Side S>
 inline constexpr int PawnStep = S == White ? North : South;
 template <Side S>
-inline constexpr Bitboard ThirdRank = rowMask[S == White ? 5 : 2];  ///< the row
+/// Reached by single pushes from home.
+inline constexpr Bitboard ThirdRank = rowMask[S == White ? 5 : 2];
 
-/// Shifts a set of pawns one step ahead.
+/// Moves a set of pawns one step forward.
 template <Side S>
 [[nodiscard]] constexpr Bitboard pushed(Bitboard pawns) {
     return S == White ? pawns >> 8U : pawns << 8U;
 }
 
-/// Squares attacked by pawns towards the a-file and towards the h-file.
+/// Squares that pawns attack towards the a-file.
 template <Side S>
 [[nodiscard]] constexpr Bitboard attackedWest(Bitboard pawns) {
     return S == White ? (pawns & ~FileA) >> 9U : (pawns & ~FileA) << 7U;
 }
-/// Towards the h-file.
+/// Squares that pawns attack towards the h-file.
 template <Side S>
 [[nodiscard]] constexpr Bitboard attackedEast(Bitboard pawns) {
     return S == White ? (pawns & ~FileH) >> 7U : (pawns & ~FileH) << 9U;
 }
 
-/// Steps of a pawn's capture, seen from the pawn.
+/// Step of a pawn's capture towards the a-file, from the pawn's square.
 template <Side S>
 inline constexpr int CaptureWest = S == White ? NorthWest : SouthWest;
 template <Side S>
 inline constexpr int CaptureEast = S == White ? NorthEast : SouthEast;  ///< towards the h-file
 
-/// Attack set of a piece that is neither pawn nor king.
+/// Attacks of a knight, bishop, rook or queen.
 template <Kind K>
 [[nodiscard]] inline Bitboard attackSet(const Board& board, Square sq) {
     if constexpr (K == Kind::Knight) return knightAttacks[sq];

@@ -43,7 +43,7 @@ void nonCaptures(Board& board, Move* list) {
     quietMovesOf<S, Kind::Bishop>(board, writer, empty);
     quietMovesOf<S, Kind::Queen>(board, writer, empty);
 
-    // The king and the pawns of both sides are walked from the top.
+    // For both sides, king and pawns are scanned from the top of the board.
     const Square king = board.kingSquare[whiteFirst(S)];
     for (Bitboard targets = kingAttacks[king] & empty; targets != 0;) {
         writer.add(makePlainMove(king, takeNext<White>(targets), pieceOf(Kind::King, S)));

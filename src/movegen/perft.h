@@ -9,11 +9,11 @@ namespace brivok {
 
 inline constexpr int MaxPerftDepth = 15;  ///< plies
 
-/// Legal positions by distance from the root; entry 0 is not used.
+/// Legal positions by distance from the root; entry 0 is unused.
 using PerftNodes = std::array<std::uint32_t, MaxPerftDepth + 1>;
 
-/// Counts the legal move tree to `depth` plies (at most MaxPerftDepth) the way the search walks it:
-/// evasions in check, else pseudo-legal moves tested after making them. Neither hashing nor bulk
+/// Counts the legal move tree to `depth` plies (at most MaxPerftDepth) as the search walks it:
+/// evasions in check, else pseudo-legal moves tested after making them. No hashing and no bulk
 /// counting: every leaf is made and unmade.
 [[nodiscard]] PerftNodes countPerft(Board& board, int depth);
 

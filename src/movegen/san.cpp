@@ -12,9 +12,9 @@ namespace {
 
 // Writing
 
-/// What tells a piece apart from another of its code that can go to the same square: its file
-/// letter, its rank digit when the rival shares the file, or nothing without a rival. The first
-/// rival in the order of the list decides.
+/// What distinguishes a piece from another of its kind that can go to the same square: its file
+/// letter, or its rank digit if the rival shares the file; empty without a rival. Only the first
+/// rival in the list counts.
 std::string disambiguation(Board& board, Move move) {
     const Square from = moveFrom(move);
     Move rival = NoMove;
@@ -48,7 +48,7 @@ std::string pieceText(Board& board, Move move) {
     return text + squareName(moveTo(move));
 }
 
-/// "+" or "#" for the side to move of the present position, or nothing.
+/// "+" or "#" for the side to move, or empty.
 std::string checkMark(Board& board) {
     if (!board.inCheck()) return "";
     bool canReply = false;
@@ -61,7 +61,7 @@ std::string checkMark(Board& board) {
 
 // Reading
 
-/// What a move must look like; what is not set is left open.
+/// What a move must match; unset fields match anything.
 struct Pattern {
     std::optional<Kind> kind;
     std::optional<int> fromFile, fromRow;
@@ -76,7 +76,7 @@ struct Pattern {
         if (kind && kindOf(movePiece(move)) != kind) return false;
         if (fromFile && fileOf(from) != fromFile) return false;
         if (fromRow && rowOf(from) != fromRow) return false;
-        // A castling by its squares names both.
+        // Castling written as squares gives both of them.
         if (moveCastle(move) != NoCastling && !(fromFile && fromRow)) return false;
         if (movePromotion(move) == Empty) return !promotion;
         return kindOf(movePromotion(move)) == promotion.value_or(Kind::Queen);
@@ -86,7 +86,7 @@ struct Pattern {
 constexpr bool isFile(char c) { return c >= 'a' && c <= 'h'; }
 constexpr bool isRank(char c) { return c >= '1' && c <= '8'; }
 
-/// Signs that may stand behind a move and tell nothing about it.
+/// Signs after a move that say nothing about it.
 constexpr std::string_view Trailing = "+#=-/:@.";
 
 std::string_view withoutTail(std::string_view text) {
@@ -106,7 +106,7 @@ std::uint32_t castleOf(std::string_view text) {
     return text.size() == 3 ? KingSide : QueenSide;
 }
 
-/// Cuts the piece promoted to off the end of a pawn's move. False for a letter that is no piece.
+/// Cuts the promotion piece off the end of a pawn move. False if the letter is not a piece.
 bool takePromotion(std::string_view& text, std::optional<Kind>& promotion) {
     if (text.ends_with(')')) text.remove_suffix(1);
     if (text.empty() || isRank(text.back())) return true;
@@ -128,7 +128,7 @@ std::optional<Pattern> parse(std::string_view text) {
     if (pattern.kind) text.remove_prefix(1);
     if (!takePromotion(text, pattern.promotion)) return std::nullopt;
 
-    // What is left are squares or parts of them, with a sign between the two or before the one.
+    // What remains is one or two squares or parts of them, with a sign between or before them.
     if (text.size() < 2 || !isRank(text.back()) || !isFile(text[text.size() - 2])) {
         return std::nullopt;
     }
@@ -149,8 +149,8 @@ std::optional<Pattern> parse(std::string_view text) {
     }
     if (!text.empty()) return std::nullopt;
 
-    // Without a letter it is a pawn, unless the whole square of departure is there; a pawn that
-    // takes nothing stays on its file.
+    // Without a piece letter it is a pawn, unless the full from-square is given. A pawn that
+    // captures nothing stays on its file.
     if (!pattern.kind && !(pattern.fromFile && pattern.fromRow)) pattern.kind = Kind::Pawn;
     if (pattern.kind == Kind::Pawn && !pattern.fromFile && !capture) {
         pattern.fromFile = fileOf(*pattern.to);

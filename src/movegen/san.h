@@ -6,25 +6,24 @@
 #include "board/board.h"
 
 /// @file
-/// Standard algebraic notation: written in one form, read in all that are met.
+/// Standard algebraic notation: written in one form, read in all the forms in use.
 namespace brivok {
 
-/// Standard algebraic notation of a move of this position, before it is made; "xxxx" for no move
-/// and for an illegal one. Only the first rival of a piece decides how it is told apart. Makes and
-/// unmakes moves on the board.
+/// Standard algebraic notation of a move of this position, before it is made; "xxxx" if the move is
+/// illegal or NoMove. Only the first rival piece decides the disambiguation. Makes and unmakes
+/// moves on the board.
 [[nodiscard]] std::string moveToSan(Board& board, Move move);
 
-/// What a word of move text means in a position: a legal move, or why it is none.
+/// The result of readSan(): a legal move, or why there is none.
 struct SanReading {
-    Move move = NoMove;      ///< NoMove when the word is no legal move
-    std::string_view fault;  ///< a few words on why; empty with a move
+    Move move = NoMove;      ///< NoMove if the word is not a legal move
+    std::string_view fault;  ///< a few words on why not; empty if there is a move
 };
 
-/// Reads standard algebraic notation and what passes for it: captures with and without a sign,
-/// "+", "#" and evaluation signs behind the move or left out, promotions as e8=Q, e8Q, e8(Q),
-/// e8/Q or e8q (and e8 for a queen), castling with letters or zeros, long forms as Ng1-f3 and
-/// e2e4, "e.p.". The move must be one of the legal moves of the position, and the only one that
-/// fits. Makes and unmakes moves on the board.
+/// Reads standard algebraic notation and its common variants: captures with or without a sign, "+",
+/// "#" and annotation signs present or absent, promotions as e8=Q, e8Q, e8(Q), e8/Q or e8q (and e8
+/// for a queen), castling with letters or zeros, long forms such as Ng1-f3 and e2e4, "e.p.".
+/// Exactly one legal move must match. Makes and unmakes moves on the board.
 [[nodiscard]] SanReading readSan(Board& board, std::string_view text);
 
 }  // namespace brivok
