@@ -29,7 +29,7 @@ constexpr std::int64_t LongestSeconds = 0x7FFFFFFF / Second;
 
 constexpr int RuleWidth = 80;
 
-/// Adds the counters of a search, all but `nextPoll`, which is no count of anything.
+/// Adds the counters of a search, except `nextPoll`, which is not a count.
 void addTo(SearchStats& sum, const SearchStats& search) {
     using Counters = std::array<std::uint32_t, sizeof(SearchStats) / sizeof(std::uint32_t)>;
     auto total = std::bit_cast<Counters>(sum);
@@ -39,15 +39,15 @@ void addTo(SearchStats& sum, const SearchStats& search) {
     sum.nextPoll = 0;
 }
 
-/// A suite without lines has no share of anything: 0.
+/// 0 for a suite without lines.
 float percentOf(int count, int total) {
     return total == 0 ? 0.0F : static_cast<float>(count) / static_cast<float>(total) * 100.0F;
 }
 
 std::string rule(char mark) { return std::string(RuleWidth, mark); }
 
-/// One run over a suite. The files are flushed as the run goes on, since "quit" may end the process
-/// in the middle of a search.
+/// One run over a suite. Files are flushed as it goes, because "quit" may end the process in the
+/// middle of a search.
 class EpdRun {
 public:
     EpdRun(Application& application, SearchListener& toTell, const std::string& baseName,
@@ -77,7 +77,7 @@ private:
     int total = 0;
     int found = 0;
     SearchStats sum{};
-    std::uint64_t nodes = 0;  ///< of all searches, too many for the counter in `sum` in a long run
+    std::uint64_t nodes = 0;  ///< of all searches; a long run overflows the counter in `sum`
 };
 
 bool EpdRun::openFiles() {
@@ -102,8 +102,7 @@ void EpdRun::writeHead(const std::string& suiteName) {
             << rule('-') << std::endl;
 }
 
-/// Searches the position for its time, from tables that know nothing of the positions before; only
-/// the pawn table stays.
+/// Searches the position for its time. Clears all tables but the pawn table first.
 Move EpdRun::think() {
     transpositionTable.clear();
     evalHashTable.Clear();

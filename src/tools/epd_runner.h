@@ -8,16 +8,16 @@
 
 namespace brivok {
 
-/// Asks for a suite of positions in EPD form and a time per position, searches each position for
-/// that time and counts where the engine's move agrees with the line. The report goes to the screen
-/// and is appended to "NAME-results.txt", and the lines that failed to "NAME-notfound.epd", NAME
-/// being the suite's name up to its first dot. Leaves the last position on the board. The listener
-/// is told of the searches and of the sum of their counters.
+/// Asks for an EPD suite and a time per position, searches each position for that time and counts
+/// how often the engine's move agrees with the line. Prints a report and appends it to
+/// "NAME-results.txt"; appends failed lines to "NAME-notfound.epd". NAME is the suite's name up to
+/// its first dot. The last position stays on the board. The listener is told of the searches and of
+/// the sum of their counters.
 void RunEpdTest(Application& app, SearchListener& listener);
 
-/// Whether a move of the position on the board solves the line: with "bm" in it, the line must hold
-/// the move in standard algebraic notation; with "am", it must not. The operations are not parsed:
-/// the whole line is searched for these texts. A line with neither is never solved.
+/// Whether a move of the position on the board solves the line. If the line contains "bm" it must
+/// contain the move in standard algebraic notation; if it contains "am" it must not. The whole line
+/// is searched for these texts; its operations are not parsed. A line with neither is never solved.
 [[nodiscard]] bool CheckSolution(Board& board, std::string_view line, Move move);
 
 }  // namespace brivok

@@ -16,7 +16,7 @@ std::optional<std::string> Ask(Application& app, const char* question) {
 }
 
 PositionFile::PositionFile(const std::string& name) {
-    // Some systems open a folder as if it were an empty file.
+    // Some systems open a folder as an empty file.
     std::error_code unknown;
     if (!std::filesystem::is_directory(name, unknown)) file.open(name);
 }
@@ -27,7 +27,7 @@ bool PositionFile::next(std::string& line) {
     if (file.fail()) {
         if (file.gcount() == 0) return false;
         file.clear();
-        // Of a line that just fits, the end alone may have been left behind.
+        // A line that exactly fits may leave its line end unread.
         while (file.peek() == '\r') file.get();
         if (file.peek() == '\n') file.get();
         file.clear();

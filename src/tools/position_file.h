@@ -8,21 +8,20 @@
 
 namespace brivok {
 
-/// Prints the question and reads the line that answers it, without its newline. Nothing at the end
-/// of the input.
+/// Prints the question and returns the line that answers it, without its newline; nullopt at the
+/// end of the input.
 [[nodiscard]] std::optional<std::string> Ask(Application& app, const char* question);
 
-/// A text file of positions, one in a line.
+/// A text file with one position per line.
 class PositionFile {
 public:
-    /// Opens the file; isOpen() tells whether that went well.
+    /// Opens the file; isOpen() tells whether that worked.
     explicit PositionFile(const std::string& name);
 
-    /// The file could be opened.
     [[nodiscard]] bool isOpen() const { return file.is_open(); }
 
-    /// The next line without its end, of whichever system it is; false at the end of the file. A
-    /// line of more than 4095 characters comes in several pieces.
+    /// Reads the next line without its line end, LF or CRLF; false at the end of the file. A line
+    /// of more than 4095 characters arrives in pieces.
     [[nodiscard]] bool next(std::string& line);
 
 private:
