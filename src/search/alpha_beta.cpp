@@ -8,30 +8,30 @@ namespace brivok {
 
 namespace {
 
-/// The main search stops here; quiescence goes on a while.
+/// Limit of the main search; quiescence may go deeper.
 constexpr int MaxMainPly = 40;
 
-/// A null move reduces more above this depth, while the side to move has more than the phase.
+/// Above this depth a null move is reduced more, if the side to move's phase exceeds DeepNullPhase.
 constexpr int DeepNullDepth = 6 * OnePly;
 constexpr int DeepNullPhase = 8;
-/// With hardly a piece left it is tried below this depth only.
+/// With a phase this low, a null move is only tried below BareNullDepth.
 constexpr int BarePhase = 5;
 constexpr int BareNullDepth = 7 * OnePly;
 
-/// Internal iterative deepening: from this depth, by this much less.
+/// Internal iterative deepening: the least depth, and by how much the depth is reduced.
 constexpr int IidDepth = 3 * OnePly;
 constexpr int IidReduction = 2 * OnePly;
-/// Each of its searches may begin with another: this bounds the nesting, far beyond depths in use.
+/// Its searches may deepen internally themselves. This limits the nesting, far beyond real depths.
 constexpr int MaxIidDepth = 512 * OnePly;
 
-/// Futility and razoring, on the material balance alone.
+/// Futility pruning and razoring, by material balance alone.
 constexpr int PruningPly = 5;
 constexpr int FutilityDepth = 3 * OnePly;
 constexpr int FutilityMargin = 301;
 constexpr int RazorDepth = 5 * OnePly;
 constexpr int RazorMargin = 901;
 
-/// The listener of an analysis is told each time these bits of the node count are all zero.
+/// In analysis the listener is told whenever these bits of the node count are all zero.
 constexpr std::uint32_t ManyNodesMask = (1U << 20U) - 1;
 
 }  // namespace
@@ -41,15 +41,15 @@ bool Searcher::isRepetitionDraw(int searchPly) const {
     return found.inTree + found.inGame >= (searchPly >= 3 ? 2 : 3);
 }
 
-/// Next to the root always, further on only when the side to move captured or promoted with the
-/// last move of its own.
+/// Always next to the root; further on only if the side to move captured or promoted with its
+/// previous move.
 bool Searcher::mayProbeTablebases(int searchPly) const {
     if (searchPly < 3) return true;
     const Move own = board->undo[board->ply - 2].move;
     return moveCapture(own) != Empty || movePromotion(own) != Empty;
 }
 
-/// Of draws by the tables the search prefers those in which it has more material.
+/// Among tablebase draws, the search prefers those with more material.
 int Searcher::tableDrawScore() const {
     const Side us = board->sideToMove;
     const int balance = board->material[us] - board->material[opposite(us)];
@@ -83,8 +83,8 @@ bool Searcher::mayTryNullMove(const Node& node, bool allowNull) const {
            (board->phaseCount[board->sideToMove] > BarePhase || node.depth < BareNullDepth);
 }
 
-/// Null move (Beal 1989, Donninger 1993), without verification. True when the node is done with,
-/// also by a stop; else it may have found that the opponent threatens mate.
+/// Null move (Beal 1989, Donninger 1993), without verification. True if the node is finished,
+/// including by a stop. Otherwise it may have set `mateThreat`.
 bool Searcher::nullMoveCuts(Node& node, int& score) {
     Board& b = *board;
     const bool deep = node.depth > DeepNullDepth && b.phaseCount[b.sideToMove] > DeepNullPhase;
@@ -110,8 +110,8 @@ bool Searcher::nullMoveCuts(Node& node, int& score) {
     return false;
 }
 
-/// Internal iterative deepening: a shallower search of the node finds the move to begin with. The
-/// caller looks whether it was stopped.
+/// Internal iterative deepening: a shallower search of the node finds the first move to try. The
+/// caller checks whether it was stopped.
 Move Searcher::deepenInternally(int alpha, const Node& node) {
     const int depth = node.depth - IidReduction;
     ++stats.iidSearches;
@@ -143,7 +143,7 @@ int Searcher::search(int alpha, int beta, int depth, int searchPly, bool allowNu
     if (int score = 0; probeTablebases(searchPly, score)) return score;
     if (b.isInsufficientMaterial()) return DrawScore;
 
-    // 3. Transposition table; it cuts off at every node
+    // 3. Transposition table; cuts off at every kind of node
     TranspositionTable::Found found;
     switch (probeTable(searchPly, beta, depth, found, allowNull)) {
         case TranspositionTable::Probe::Upper:
@@ -168,7 +168,7 @@ int Searcher::search(int alpha, int beta, int depth, int searchPly, bool allowNu
         if (int score = 0; nullMoveCuts(node, score)) return score;
     }
 
-    // 5. Internal deepening, on the last principal variation only
+    // 5. Internal iterative deepening, only on the last principal variation
     Move hashMove = found.move;
     if (settings.useIid && hashMove == NoMove && followPv && depth >= IidDepth &&
         depth <= MaxIidDepth && allowNull) {
@@ -186,7 +186,7 @@ int Searcher::search(int alpha, int beta, int depth, int searchPly, bool allowNu
     frame.count = b.moveCount;
     scoreMoves(frame, hashMove, searchPly);
     node.onlyReply = node.inCheck && frame.count == 1;
-    // Below a null move that is whatever the undo record last held.
+    // After a null move this is whatever the undo record last held.
     node.prev = b.undo[b.ply - 1].move;
 
     // 7. Move loop
@@ -224,7 +224,7 @@ int Searcher::search(int alpha, int beta, int depth, int searchPly, bool allowNu
         b.updatePv(searchPly, m);
     }
 
-    // 8. Mate, stalemate and the draws that need a move to be possible
+    // 8. Mate, stalemate, and draws that require a legal move
     if (movesDone == 0) return node.inCheck ? searchPly - MateScore : DrawScore;
     if (drawnBy<GameOutcome::FiftyMoves, GameOutcome::InsufficientMaterial>(b) !=
         GameOutcome::None) {
@@ -235,8 +235,8 @@ int Searcher::search(int alpha, int beta, int depth, int searchPly, bool allowNu
     return alpha;
 }
 
-/// Searches behind the move just made: the first of a node with the whole window, the others with
-/// an empty one, pruned if they look hopeless, and with the whole again if they rise above alpha.
+/// Searches the move just made: the first of a node with the full window; the others, after
+/// pruning, with a null window and, if they rise above alpha, again with the full one.
 int Searcher::searchMove(Move m, int alpha, const Node& node, int movesDone) {
     bool recaptured = false;
     const int extension = extensionOf(m, node, recaptured);

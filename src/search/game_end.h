@@ -6,7 +6,7 @@
 
 namespace brivok {
 
-/// Why a game has ended.
+/// Why a game is over.
 enum class GameOutcome : int {
     None = 0,
     Stalemate = 1,
@@ -17,12 +17,12 @@ enum class GameOutcome : int {
     InsufficientMaterial = 6
 };
 
-/// More reversible half-moves than this are a draw.
+/// More reversible half-moves than this mean a draw.
 inline constexpr std::uint32_t FiftyMoveLimit = 100;
 
-/// The first of the rules, in their order, by which the position on the board is drawn; None if it
-/// is by none of them. Repetition: the third occurrence in the game. Such a draw needs no mate to
-/// be ruled out: that is the caller's to do.
+/// The first of `Rules`, in that order, by which the position on the board is drawn, or None.
+/// Repetition means the third occurrence in the game. Mate takes precedence over these draws; the
+/// caller must rule it out.
 template <GameOutcome... Rules>
 [[nodiscard]] GameOutcome drawnBy(const Board& board) {
     const auto applies = [&board](GameOutcome rule) {

@@ -8,7 +8,8 @@ constexpr int RootPly = 1;
 
 }  // namespace
 
-/// Who keeps the game watches over its end too. A ponder search leaves the result alone.
+/// If the engine keeps the game, it checks for the end of the game. A ponder search leaves the
+/// result alone.
 bool Searcher::isRootDrawn() {
     if (!keepsGame) return false;
     const GameOutcome draw =
@@ -31,7 +32,8 @@ int Searcher::searchRoot(int alpha, int beta, int depth) {
         return DrawScore;
     }
 
-    // 2. Table: for its move and threat only. The depth is the one before the check extension.
+    // 2. Transposition table: only for its move and mate threat. The depth is the one before the
+    // check extension.
     TranspositionTable::Found found;
     bool allowNull = true;
     (void)probeTable(RootPly, beta, depth, found, allowNull);
@@ -55,7 +57,7 @@ int Searcher::searchRoot(int alpha, int beta, int depth) {
             continue;
         }
         const std::uint32_t nodesBefore = stats.nodes;
-        // Extensions, without a limit
+        // Extensions, not limited
         const int extension = checkExtensionOf(RootPly) + pawnPushExtensionOf(m);
         --rootMovesLeft;
         if (iteration >= FirstToldIteration) listener->onRootMove(progress(), movesDone == 0);
@@ -101,8 +103,9 @@ int Searcher::searchRoot(int alpha, int beta, int depth) {
     return DrawScore;
 }
 
-/// Searches behind a root move: with the whole window the first one of a pass and all those of the
-/// first iteration, else with an empty one and with the whole again if it rises above alpha.
+/// Searches a root move: the first move of a pass, and every move of the first iteration, with the
+/// full window; the others with a null window and, if they rise above alpha, again with the full
+/// one.
 int Searcher::searchRootMove(Move m, int alpha, int beta, int newDepth, int movesDone, int& best) {
     if (movesDone == 0 || iteration == 1) {
         const int score = searchChild(alpha, beta, newDepth, RootPly + 1, false);

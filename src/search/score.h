@@ -4,8 +4,8 @@
 
 namespace brivok {
 
-/// Scores are centipawns from the side to move. A side that is mated at search ply p scores
-/// p - MateScore; beyond MateBound all scores are mates.
+/// Scores are in centipawns from the side to move. Being mated at search ply p scores p -
+/// MateScore; scores beyond MateBound are mates.
 inline constexpr int DrawScore = 0;
 inline constexpr int MateScore = 32767;  ///< of a mate at ply 0
 

@@ -4,21 +4,21 @@
 
 namespace brivok {
 
-/// What counts at the end of the input: pondering and analysis wait for a word that cannot come any
-/// more, whatever other limits they have.
+/// Whether the search ends without further input. Pondering and analysis do not, whatever other
+/// limits they have: they wait for a command, which cannot arrive once the input has ended.
 bool Searcher::endsByItself() const {
     if (searchMode == SearchMode::Pondering || searchMode == SearchMode::Analysing) return false;
     return nodeLimit != 0 || maxIteration < NoFixedDepth || isTimed();
 }
 
-/// A fixed depth, pondering and analysis have no limit of time, whatever budget stands.
+/// Fixed depth, pondering and analysis ignore the clock, whatever the budget.
 bool Searcher::isTimed() const {
     return clock.allocated != 0 && maxIteration == NoFixedDepth &&
            searchMode != SearchMode::Pondering && searchMode != SearchMode::Analysing;
 }
 
 bool Searcher::pollInputAndClock() {
-    // While the search unwinds no further line is read: an idle handler would act on it.
+    // While the search unwinds, read nothing more: an idle handler would act on it.
     if (stopSearch) return true;
     if (!listener->pollInput() && !endsByItself()) stopSearch = true;
     if (stopSearch) return true;
@@ -31,8 +31,8 @@ bool Searcher::pollInputAndClock() {
     return stopSearch;
 }
 
-/// The one extension of a budget that is used up: when the iteration fails low and the clock bears
-/// it. The accented letters are single bytes of the Windows-1252 code page.
+/// Extends a spent budget, once, if the iteration fails low and the clock allows it. The accented
+/// letters are single bytes of the Windows-1252 code page.
 bool Searcher::mayGoOn(std::uint32_t used) {
     if (!mayExtendTime || !failingLow) return false;
     note("Intento extender el tiempo de b\xFAsqueda\n");

@@ -19,91 +19,93 @@
 
 namespace brivok {
 
-/// Depth is measured in sixteenths of a ply. A node with less than a ply left is quiescence.
+/// Depth is measured in sixteenths of a ply. A node with less than one ply left is quiescence.
 inline constexpr int OnePly = 16;
 
-/// The iterations before this one always finish. From here on the clock may end the deepening, and
-/// a ponder move is trusted.
+/// Iterations before this one always finish. From this one on the clock may stop the search, and a
+/// ponder move is trusted.
 inline constexpr int FirstTimedIteration = 3;
 
-/// No fixed depth is larger: the depth of such an iteration, in units, still fits an int.
+/// Upper limit of a fixed depth: in units, the depth of that iteration still fits an int.
 inline constexpr std::int64_t DeepestIteration = 100'000'000;
 
-/// Nodes between two looks at the input and the clock. The first look comes at the first node.
+/// Nodes between two polls of the input and the clock. The first poll is at the first node.
 inline constexpr std::uint32_t PollInterval = 20000;
-/// The same while it ponders.
+/// PollInterval while pondering.
 inline constexpr std::uint32_t PonderPollInterval = 5000;
 
-/// What a search works with: nothing else is read or written but the piece values, the endgame
-/// tables and the book, which belong to the process. Two searchers with parts of their own do not
-/// disturb each other.
+/// Everything a search works with, except the piece values, the endgame tables and the book, which
+/// belong to the process. Two searchers with separate parts do not interfere.
 struct SearchParts {
-    Board& board;                            ///< holds the position; as before when a search ends
+    Board& board;                            ///< the position; restored when a search ends
     const Settings& settings;                ///< read at each use
     SearchStats& stats;                      ///< zeroed at the start of each search
-    TimeControl& clock;                      ///< of the game; commands may set it during a search
-    TranspositionTable& transpositionTable;  ///< keeps what it has learned between searches
-    Evaluation& evaluation;                  ///< with the small tables
-    const TablebaseState& tablebases;        ///< which endgame tables the process has
+    TimeControl& clock;                      ///< commands may set it during a search
+    TranspositionTable& transpositionTable;  ///< keeps its entries between searches
+    Evaluation& evaluation;                  ///< includes the evaluation and pawn tables
+    const TablebaseState& tablebases;        ///< endgame tables of the process
 };
 
-/// The search: iterative deepening with aspiration windows over a principal-variation search
-/// (Marsland and Campbell, 1982) with null move, and a quiescence search of captures. One thread;
-/// the outside is reached by polling only.
+/// The search: iterative deepening with aspiration windows over a principal variation search
+/// (Marsland and Campbell, 1982) with null move, and a quiescence search of captures. It has one
+/// thread and reaches the outside only by polling.
 class Searcher final : public NewGameListener {
 public:
-    /// The parts outlive the searcher.
+    /// The parts must outlive the searcher.
     explicit Searcher(const SearchParts& parts);
 
-    /// Searches the position on the board as the request asks and returns the move to play, or 0
-    /// when there is none; `gameOutcome` then tells why. Returns when the search is over; lines
-    /// that arrive meanwhile are handled on its stack, by the listener. `searchMode` is left as it
-    /// is then, for a ponder hit may have changed it: the caller sets it to Idle.
+    /// Searches the position on the board and returns the move to play, or NoMove if there is none;
+    /// `gameOutcome` then says why. Lines that arrive during the search are handled on its stack,
+    /// by the listener. `searchMode` keeps its value, because a ponder hit may have changed it: the
+    /// caller sets it to Idle.
     Move think(const SearchRequest& request, SearchListener& toTell);
 
-    /// The limits of the last search, which outlive it: a fixed depth holds until it is lifted.
+    /// The limits of the last search. They persist: a fixed depth holds until it is lifted.
     [[nodiscard]] SearchRequest standingRequest() const {
         return {.maxIteration = maxIteration, .nodeLimit = nodeLimit};
     }
 
-    /// A game begins: the clocks get their defaults, and its result is open.
+    /// Resets the clocks to their defaults and clears the result of the game.
     void onNewGame() override;
 
-    // --- State that a caller may read and set -------------------------------------------------
+    // --- State that callers may read and set ------------------------------------------------
 
-    SearchMode searchMode = SearchMode::Idle;  ///< what the caller wants, Idle when over
-    int maxIteration = NoFixedDepth;  ///< last iteration; any other value turns the clock off
-    std::uint32_t nodeLimit = 0;      ///< stop after this many nodes; 0 for none
-    std::uint32_t searchStartTime;    ///< centiseconds
-    bool ponderEnabled = true;        ///< search in the opponent's time
-    bool postThinking = true;         ///< print thinking lines outside UCI
-    bool stopSearch = false;          ///< the running search is to unwind
+    SearchMode searchMode = SearchMode::Idle;  ///< what the caller wants; Idle between searches
+    /// Last iteration; any value but NoFixedDepth disables the clock.
+    int maxIteration = NoFixedDepth;
+    std::uint32_t nodeLimit = 0;    ///< stop after this many nodes; 0 for no limit
+    std::uint32_t searchStartTime;  ///< centiseconds
+    bool ponderEnabled = true;      ///< search on the opponent's time
+    bool postThinking = true;       ///< print thinking lines outside UCI
+    bool stopSearch = false;        ///< tells the running search to unwind
 
-    // What a search leaves, until the next one. Only `ponderMove` and `gameOutcome` reach into it.
-    GameOutcome gameOutcome = GameOutcome::None;  ///< why there is no more to play
-    Move ponderMove = NoMove;                     ///< reply expected from the opponent
+    // Results of a search, valid until the next one. Callers may set only `ponderMove` and
+    // `gameOutcome`.
+    GameOutcome gameOutcome = GameOutcome::None;  ///< why the game is over
+    Move ponderMove = NoMove;                     ///< the opponent's expected reply
     std::uint64_t hashPonder = 0;                 ///< key of the position before the ponder move
-    bool bookMove = false;                        ///< the move returned came from the opening book
-    int iterationScore = 0;                       ///< score of the last finished iteration
-    int iteration = 0;                            ///< the iteration in progress, from 1
-    int selDepth = 0;  ///< deepest ply that quiescence has reached in this pass
+    /// Whether the move returned is from the opening book.
+    bool bookMove = false;
+    int iterationScore = 0;  ///< score of the last completed iteration
+    int iteration = 0;       ///< current iteration, from 1
+    int selDepth = 0;        ///< deepest ply reached by quiescence in this pass
     std::array<std::uint32_t, NoFixedDepth + 1> nodesAtIteration{};  ///< by iteration number
 
-    Board* board;  ///< the one that is searched; not owned
+    Board* board;  ///< the board to search; not owned
 
-    /// A ponder search has become the search of a move: its budget is worked out by the clocks as
-    /// they stand now. Its time goes on from its start.
+    /// Turns a ponder search into the search for a move: budgets it by the current clocks, with the
+    /// time counted from the start of pondering.
     void takePonderHit();
 
-    /// After the engine's move: its score is hopeless, and the opponent neither in check nor short
-    /// of time.
+    /// After the engine's move: whether its score is hopeless and the opponent is neither in check
+    /// nor short of time.
     [[nodiscard]] bool ShouldCountResign() const;
 
-    /// How far the search in progress has come.
+    /// Progress of the current search.
     [[nodiscard]] SearchProgress progress() const;
 
 private:
-    /// What every node keeps on its own stack frame.
+    /// What each node keeps on the stack.
     struct Frame {
         MoveList moves;
         int orderScores[MaxMoves];
@@ -123,8 +125,8 @@ private:
     void setBudget();
     /// Deepens until the search is over. Returns the best move of the last iteration that counts.
     Move deepen();
-    /// One iteration: a pass with a window around the last score, and those of the re-searches.
-    /// False when it has ended the game.
+    /// One iteration: a pass with a window around the last score, plus any re-searches. False if it
+    /// ended the game.
     bool searchIteration(int& score, Move& bestMove);
     int searchAgain(SearchEvent event, int score, int alpha, int beta, int depth);
     void noteFinishedIteration();
@@ -142,15 +144,15 @@ private:
 
     // --- alpha_beta.cpp ---------------------------------------------------------------------
 
-    /// What the moves of a node share.
+    /// Data shared by the moves of a node.
     struct Node {
         int beta;
         int depth;
         int searchPly;
         bool inCheck;
-        bool mateThreat;         ///< a null move was answered by mate
-        bool recaptureExtended;  ///< the parent's move got the recapture extension
-        bool onlyReply = false;  ///< there is one move, out of a check
+        bool mateThreat;         ///< whether a null move was answered by mate
+        bool recaptureExtended;  ///< whether the parent's move got the recapture extension
+        bool onlyReply = false;  ///< whether there is only one move, an evasion
         Move prev = NoMove;      ///< the move that led here
     };
 
@@ -167,22 +169,22 @@ private:
     [[nodiscard]] bool nullMoveCuts(Node& node, int& score);
     Move deepenInternally(int alpha, const Node& node);
     int searchMove(Move m, int alpha, const Node& node, int movesDone);
-    /// The score of the position after a move: of the tree, or of quiescence below a ply.
+    /// The score after a move: from the main search, or from quiescence if less than a ply is left.
     int searchChild(int alpha, int beta, int newDepth, int childPly, bool recaptured) {
         return newDepth >= OnePly ? -search(-beta, -alpha, newDepth, childPly, true, recaptured)
                                   : -quiesce(-beta, -alpha, childPly, true);
     }
 
-    /// The extension for a check and for a push to the seventh rank of the move just made, in
-    /// units. The flag of the next ply's check is set on the way.
+    /// Extensions, in units, for a move just made that gives check or pushes a pawn to the seventh
+    /// rank. The first one also sets the next ply's check flag.
     int checkExtensionOf(int searchPly);
     int pawnPushExtensionOf(Move m);
-    /// All extensions of a move in the tree, limited. `recaptured` tells whether the recapture
-    /// extension is part of it.
+    /// All extensions of a move in the tree, limited. Sets `recaptured` if the recapture extension
+    /// is among them.
     int extensionOf(Move m, const Node& node, bool& recaptured);
     [[nodiscard]] int limitExtension(int extension, int searchPly) const;
 
-    /// Futility and razoring of a late move, by the material alone.
+    /// Futility pruning and razoring of a late move, by material alone.
     enum class Pruning { None, ToQuiescence, OnePlyLess };
     Pruning pruningOf(int alpha, const Node& node, int extension);
 
@@ -193,10 +195,10 @@ private:
     // --- move_ordering.cpp ------------------------------------------------------------------
 
     void scoreMoves(Frame& frame, Move hashMove, int searchPly);
-    /// The move with the highest order score of those not yet picked, the first among equals; 0
-    /// when there is none left. `index` is its place in the list.
+    /// The unpicked move with the highest ordering score, the first among equals; NoMove if none is
+    /// left. Sets `index` to its place in the list.
     static Move pickMove(Frame& frame, int& index) {
-        constexpr int Picked = -1'000'000;  // written over the score of a picked move
+        constexpr int Picked = -1'000'000;  // overwrites the score of a picked move
         int best = Picked;
         int bestAt = -1;
         for (int i = 0; i < frame.count; ++i) {
@@ -213,8 +215,8 @@ private:
 
     // --- search_clock.cpp -------------------------------------------------------------------
 
-    /// True when the search must stop now. In the common case one comparison, which bears the
-    /// counters' wrap-around in a very long analysis.
+    /// Whether the search must stop now. Usually one comparison, which tolerates counters that wrap
+    /// around in a very long analysis.
     [[nodiscard]] bool pollSearch() {
         return static_cast<std::int32_t>(stats.nodes - stats.nextPoll) > 0 && pollInputAndClock();
     }
@@ -224,7 +226,7 @@ private:
     [[nodiscard]] bool isTimed() const;
     [[nodiscard]] std::uint32_t elapsed() const;
 
-    // --- What it works with -----------------------------------------------------------------
+    // --- Parts ------------------------------------------------------------------------------
 
     const Settings& settings;
     SearchStats& stats;
@@ -232,29 +234,29 @@ private:
     TranspositionTable& transpositionTable;
     Evaluation& evaluation;
     const TablebaseState& tablebases;
-    SearchListener* listener = nullptr;  ///< of the search in progress
+    SearchListener* listener = nullptr;  ///< of the current search
     bool keepsGame = false;              ///< see SearchRequest
 
-    // --- State of the search in progress ----------------------------------------------------
+    // --- State of the current search --------------------------------------------------------
 
-    Frame root{};  ///< pseudo-legal root list; its order never changes, only the order scores do
+    Frame root{};  ///< pseudo-legal root moves; never reordered, only the ordering scores change
     std::array<std::uint32_t, MaxMoves> rootMoveNodes{};  ///< by position in the root list
     int legalRootMoveCount = 0;
     int rootMovesTotal = 0;
     int rootMovesLeft = 0;
     Move bestRootMove = NoMove;
     std::string currentMoveText;
-    float branchingFactor = 0;   ///< nodes of the last iteration by those of the one before
-    bool mayExtendTime = false;  ///< the one extension of the budget is still available
-    bool failingLow = false;     ///< the iteration in progress is below its window
-    bool followPv = false;       ///< the node to be ordered still lies on the last line
+    float branchingFactor = 0;   ///< ratio of the last two iterations' nodes
+    bool mayExtendTime = false;  ///< whether the single budget extension is still available
+    bool failingLow = false;     ///< whether the current iteration is below its window
+    /// Whether the node to be ordered is still on the last principal variation.
+    bool followPv = false;
 };
 
-/// The one of the engine, with its parts.
 extern Searcher theSearcher;
 
-/// Makes the engine ready for use: the tables that never change, the piece values, and the board
-/// that tells the searcher of new games. Called once, at the start of a program.
+/// Prepares the engine: constant tables, piece values, and the board's notification of the searcher
+/// about new games. Call once, when a program starts.
 void setUpEngine();
 
 }  // namespace brivok

@@ -9,20 +9,20 @@ namespace brivok {
 
 namespace {
 
-/// Bounds of a pass without a window, and those of the re-search on the side that failed.
+/// Bounds of a full-window pass, and the open bounds of a re-search on the side that failed.
 constexpr int FullAlpha = -MateScore;
 constexpr int FullBeta = MateScore;
 constexpr int OpenAlpha = -MateScore - 1;
 constexpr int OpenBeta = MateScore + 1;
 
-/// Above this, a mate score that lies within the nominal depth ends the deepening.
+/// If a mate score exceeds this and lies within the nominal depth, deepening ends.
 constexpr int SurelyWon = 9000;
 
-/// Score of a mate with the very next move.
+/// Score of mate on the next move.
 constexpr int MateInOne = MateScore - 2;
 
-/// Kept back from the clock on the last of the moves to go: that move may claim nearly all of it,
-/// and the clock is looked at only every so many nodes. Centiseconds.
+/// Centiseconds kept in reserve on the last move before the time control: that move may use nearly
+/// the whole clock, which is only polled every so many nodes.
 constexpr std::uint32_t ClockReserve = 5;
 
 }  // namespace
@@ -31,11 +31,11 @@ Move Searcher::think(const SearchRequest& request, SearchListener& toTell) {
     listener = &toTell;
     prepare(request);
 
-    // 1. The book, and the move to ponder on
+    // 1. Book and ponder move
     if (const Move fromBook = askBook(); fromBook != NoMove) return fromBook;
     makePonderMove();
 
-    // 2. The root list. One move needs no search, and none ends the game.
+    // 2. Root list. A single legal move is played without a search; none ends the game.
     const int lastLegal = listRootMoves();
     if (searchMode != SearchMode::Pondering && legalRootMoveCount == 1) {
         ponderMove = NoMove;
@@ -53,7 +53,7 @@ Move Searcher::think(const SearchRequest& request, SearchListener& toTell) {
     beginSearch();
     const Move bestMove = deepen();
 
-    // 4. What is left to the caller
+    // 4. What the caller needs
     findPonderMove(bestMove);
     if (iterationScore == MateInOne && searchMode != SearchMode::Pondering) {
         ponderMove = NoMove;
@@ -117,7 +117,7 @@ bool Searcher::searchIteration(int& score, Move& bestMove) {
     score = searchRoot(alpha, beta, depth);
     if (gameOutcome != GameOutcome::None) return false;
 
-    // 2. It failed low: a window below, and if the score comes back from there, none.
+    // 2. Fail low: search a window below; if the score comes back above it, the full window.
     if (score <= alpha && !stopSearch) {
         const int limit = score + 1;
         score = searchAgain(SearchEvent::FailedLow, score, OpenAlpha, limit, depth);
@@ -128,9 +128,8 @@ bool Searcher::searchIteration(int& score, Move& bestMove) {
         }
     }
 
-    // 3. It failed high: the move is accepted, and a window above tells the score. Not an
-    // alternative to the above: a score that came back from a failed-low pass is held against beta
-    // too.
+    // 3. Fail high: the move is accepted, and a window above finds the score. Not an "else": the
+    // score of a pass that recovered from a fail low is compared with beta too.
     if (score >= beta && !stopSearch) {
         bestMove = bestRootMove;
         iterationScore = score;
@@ -145,7 +144,7 @@ bool Searcher::searchIteration(int& score, Move& bestMove) {
     return true;
 }
 
-/// Another pass of the iteration, after a score outside the window.
+/// Repeats the iteration's pass after a score outside the window.
 int Searcher::searchAgain(SearchEvent event, int score, int alpha, int beta, int depth) {
     ++stats.reSearches;
     failingLow = event == SearchEvent::FailedLow;
@@ -157,7 +156,7 @@ void Searcher::tellIteration(int score, SearchEvent event) {
     if (iteration >= FirstToldIteration) listener->onIteration(progress(), score, event);
 }
 
-/// A move from the opening book, if one is wanted and known; 0 otherwise.
+/// A move from the opening book if one is wanted and known; otherwise NoMove.
 Move Searcher::askBook() {
     const bool wanted = settings.bookEnabled && searchMode != SearchMode::Analysing &&
                         searchMode != SearchMode::Pondering && board->bookGate < OpenBookGate;
@@ -171,7 +170,7 @@ Move Searcher::askBook() {
     return move;
 }
 
-/// Unless the interface keeps the game: it has placed the position already.
+/// Does nothing if the interface keeps the game: the position then already includes the move.
 void Searcher::makePonderMove() {
     if (searchMode != SearchMode::Pondering || !keepsGame) return;
     if (!isLegalMove(*board, ponderMove)) return;
@@ -206,7 +205,7 @@ void Searcher::allocateBudget() {
     if (searchMode != SearchMode::Pondering) listener->onBudget(clock);
 }
 
-/// No budget at all reads as no limit: the shortest one is meant when there is a clock.
+/// A budget of 0 would mean no limit, so with a clock the least budget is 1.
 void Searcher::setBudget() {
     clock.allocated = clock.AllocateTime();
     if (clock.clockGiven) clock.allocated = std::max(clock.allocated, 1U);
@@ -229,7 +228,8 @@ void Searcher::beginSearch() {
     iterationScore = 0;
 }
 
-/// No new iteration is begun after two thirds of the budget, except under a fixed time.
+/// Whether two thirds of the budget are spent, so that no new iteration starts. Not with a fixed
+/// time per move.
 bool Searcher::isBudgetNearlySpent() const {
     if (!isTimed() || clock.kind == ClockKind::FixedTime) return false;
     return iteration >= FirstTimedIteration && elapsed() > clock.allocated * 2.0 / 3.0;

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::uint32_t CentisecondsPerMinute = 6000;
 
-/// A budget below ten seconds near the end of a conventional control is cut a little.
+/// A budget below this (ten seconds) is cut slightly near the end of a conventional control.
 constexpr double ShortBudget = 1000.0;
 
 double conventionalBudget(const TimeControl& clock) {
@@ -20,8 +20,8 @@ double conventionalBudget(const TimeControl& clock) {
     return budget < ShortBudget && nearlyThere ? budget * 0.85 : budget;
 }
 
-/// Over how many moves the rest of the game's time is spread: more of them when the clock is behind
-/// the opponent's, fewer when it is ahead.
+/// Number of moves over which to spread the remaining time: more when behind on the clock, fewer
+/// when ahead.
 int movesToSpread(const TimeControl& clock) {
     const double own = clock.ownTime;
     const double opp = clock.oppTime;
