@@ -10,7 +10,7 @@ namespace {
 
 constexpr char Rule[] = "   +---+---+---+---+---+---+---+---+";
 
-/// The file letters, "#" in place of a home file of king or rook with a castling right.
+/// File letters, with "#" for the home files of king and rooks that still have castling rights.
 std::string fileLabels(const Board& board, Side side) {
     const bool white = side == White;
     const Square* const rooks = white ? board.whiteRookStart : board.blackRookStart;

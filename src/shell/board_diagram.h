@@ -5,8 +5,8 @@
 
 namespace brivok {
 
-/// Prints the board with White at the bottom. Home squares of men that may still castle are marked
-/// "#" on the edge, and so is the row of pawns of the side to move.
+/// Prints the board with White at the bottom. "#" on the edge marks the home squares of men that
+/// may still castle, and the pawn row of the side to move.
 void PrintBoard(Application& app, const Board& board);
 
 }  // namespace brivok

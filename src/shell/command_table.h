@@ -6,18 +6,18 @@
 
 namespace brivok {
 
-/// A command of a protocol.
+/// A protocol command.
 template <class Handler, class Line>
 struct Command {
-    std::string_view word;                  ///< what the line begins with
-    void (*action)(Handler&, const Line&);  ///< what is done then
+    std::string_view word;  ///< first word of the line
+    void (*action)(Handler&, const Line&);
 };
 
-/// The commands of one state of a handler, in the order in which they are tried.
+/// The commands of one handler state, in the order in which they are tried.
 template <class Handler, class Line>
 using CommandTable = std::span<const Command<Handler, Line>>;
 
-/// Carries out the command of this word; false if there is none.
+/// Runs the command with this word; false if there is none.
 template <class Handler, class Line>
 bool execute(CommandTable<Handler, Line> table, std::string_view word, Handler& handler,
              const Line& line) {
@@ -29,7 +29,6 @@ bool execute(CommandTable<Handler, Line> table, std::string_view word, Handler& 
     return false;
 }
 
-/// The words of all commands of a table.
 template <class Handler, class Line>
 [[nodiscard]] std::vector<std::string_view> wordsOf(CommandTable<Handler, Line> table) {
     std::vector<std::string_view> words;

@@ -13,10 +13,10 @@ namespace {
 
 constexpr char FileName[] = "brivok.ini";
 
-/// A line of this length or more ends the reading.
+/// A line this long or longer ends the reading.
 constexpr std::size_t LongestLine = 4096;
 
-/// Comments and section heads need no test of their own: no key begins as they do.
+/// Comments and section headings need no special case: they do not match any key.
 void readLine(const std::string& line) {
     std::istringstream words(line);
     std::string key;
@@ -37,7 +37,7 @@ bool setKey(std::string_view key, const std::string& value) {
 
 void ReadConfiguration() {
     std::ifstream file(FileName);
-    // Room for the longest line taken, the carriage return of another system and the end mark.
+    // Room for the longest line accepted, its carriage return and the terminator.
     std::array<char, LongestLine + 1> room;
     while (file.getline(room.data(), room.size())) {
         std::string line = room.data();

@@ -5,12 +5,12 @@
 
 namespace brivok {
 
-/// Reads "brivok.ini" of the current directory, if there is one, on top of the present settings:
-/// lines of a key, white space and a value. Lines that do not fit are skipped without a message.
+/// Reads "brivok.ini" from the current directory, if it exists, over the current settings. Each
+/// line has a key, white space and a value; lines that do not fit are silently skipped.
 void ReadConfiguration();
 
-/// Sets what a key, told with its colon, stands for, as a line of the file does. False for a key
-/// that there is not.
+/// Applies one line of the file, given its key (with the colon) and value. False if the key is
+/// unknown.
 bool setKey(std::string_view key, const std::string& value);
 
 }  // namespace brivok

@@ -13,9 +13,9 @@ namespace brivok {
 
 namespace {
 
-constexpr int FirstAnalysedIteration = 7;  ///< of the status lines of an analysis
+constexpr int FirstAnalysedIteration = 7;  ///< analysis status lines start here
 
-/// The mood of the engine by its score.
+/// The engine's mood, as an emoticon for its score.
 const char* face(int score) {
     if (score <= -500) return " X-(";
     if (score <= -250) return ":'-(";
@@ -26,7 +26,7 @@ const char* face(int score) {
     return " :-D";
 }
 
-/// What stands in brackets behind the line of moves.
+/// Prints the bracketed part after the line of moves.
 void printExtraInfo(Application& app, const SearchProgress& progress, bool finished) {
     const std::uint32_t nodes = progress.stats.nodes;
     const double seconds = (progress.elapsed + 1.0) * 0.01;

@@ -4,8 +4,8 @@
 
 namespace brivok {
 
-/// Tells a person, or an interface that shows the lines as they come, of a search in lines of
-/// thinking, while posting is on. This is the listener of the Extra console.
+/// Shows a search to a person, or to an interface that displays output as is, in thinking lines
+/// while posting is on. The Extra console uses this listener.
 class ConsoleListener : public ProtocolListener {
 public:
     using ProtocolListener::ProtocolListener;
@@ -14,7 +14,7 @@ public:
     void onIteration(const SearchProgress& progress, int score, SearchEvent event) override;
 };
 
-/// The same under WinBoard: moves are named in SAN, and book moves and hints are told.
+/// As above for WinBoard: moves are in SAN, and book moves and hints are announced.
 class WinBoardListener final : public ConsoleListener {
 public:
     using ConsoleListener::ConsoleListener;
@@ -24,7 +24,7 @@ public:
     std::string rootMoveText(Board& board, Move move) override;
 };
 
-/// Prints how far the search has come, without a line of moves.
+/// Prints the progress of the search, without a line of moves.
 void printAnalysisStatus(Application& app, const SearchProgress& progress);
 
 }  // namespace brivok

@@ -46,7 +46,7 @@ void ExtraHandler::speak(Protocol protocol) {
 }
 
 void ExtraHandler::runTest(void (*test)(Application&, SearchListener&)) {
-    // A line that a search of a test has met cannot start another: the board is in use.
+    // A line read during a test's search cannot start another test: the board is in use.
     if (testing) return;
     testing = true;
     test(app, listener);

@@ -11,16 +11,15 @@
 
 namespace brivok {
 
-/// The console that every run begins in: silent, and left by the first line of an interface.
+/// The console in which every run starts: silent until the first line of an interface replaces it.
 class ExtraHandler final : public ProtocolHandler {
 public:
-    /// Makes the tables by the settings.
+    /// Allocates the tables by the settings.
     explicit ExtraHandler(Application& application);
     ~ExtraHandler() override;
     void ProcessCommand(std::string_view line) override;
     void Run() override;
 
-    /// The commands that are understood.
     [[nodiscard]] static std::vector<std::string_view> commands();
 
 private:
@@ -31,7 +30,7 @@ private:
     void runTest(void (*test)(Application&, SearchListener&));
 
     ConsoleListener listener{app};
-    bool testing = false;  ///< a test runs, and lines come in from its searches
+    bool testing = false;  ///< a test is running and its searches read the input
 };
 
 }  // namespace brivok

@@ -13,7 +13,7 @@ namespace brivok {
 
 namespace {
 
-/// The engine resigns when more of its moves than this have been hopeless.
+/// The engine resigns after more hopeless moves than this.
 constexpr int PatientMoves = 5;
 
 const char* resultLine(GameOutcome outcome) {
@@ -33,7 +33,7 @@ const char* resultLine(GameOutcome outcome) {
 
 void WinBoardHandler::Run() {
     std::string_view line;
-    bool mayStart = true;  // a search that came to nothing is not begun again before the next line
+    bool mayStart = true;  // after a search without result, wait for the next line
     while (!done) {
         if (mayStart && wantsSearch()) {
             mayStart = runSearch();
@@ -46,7 +46,7 @@ void WinBoardHandler::Run() {
     }
 }
 
-/// An analysis is wanted also of a game that is over.
+/// Analysis is possible even when the game is over.
 bool WinBoardHandler::wantsSearch() const {
     if (theSearcher.searchMode == SearchMode::Analysing) return true;
     if (forceMode || gameOver) return false;
@@ -54,8 +54,8 @@ bool WinBoardHandler::wantsSearch() const {
     return theSearcher.ponderEnabled && theSearcher.ponderMove != NoMove && theBoard.ply != 0;
 }
 
-/// What the state of the game asks for. A fixed depth and a limit of nodes hold until a command
-/// lifts them.
+/// The search that the state of the game calls for. Fixed depth and node limit persist until a
+/// command lifts them.
 SearchRequest WinBoardHandler::nextSearch() {
     Searcher& searcher = theSearcher;
     SearchRequest request = searcher.standingRequest();
@@ -63,7 +63,7 @@ SearchRequest WinBoardHandler::nextSearch() {
     if (searcher.searchMode == SearchMode::Analysing) {
         LogOnly(app, "Starting analysis\n");
         request.mode = SearchMode::Analysing;
-        // A game that is over is analysed like any other.
+        // A finished game is analysed like any other.
         searcher.gameOutcome = GameOutcome::None;
     } else if (searcher.ponderEnabled && theBoard.sideToMove != engineSide) {
         request.mode = SearchMode::Pondering;
@@ -74,19 +74,19 @@ SearchRequest WinBoardHandler::nextSearch() {
     return request;
 }
 
-/// Runs one search and acts on its result. False when it came to nothing: neither a move nor the
-/// end of the game.
+/// Runs one search and acts on the result. False if it yielded neither a move nor the end of the
+/// game.
 bool WinBoardHandler::runSearch() {
     Searcher& searcher = theSearcher;
     const Move move = searcher.think(nextSearch(), listener);
 
-    // The mode is read now: a ponder hit has changed it during the call.
+    // Read now, because a ponder hit may have changed it during the call.
     const SearchMode mode = searcher.searchMode;
     searcher.searchMode = SearchMode::Idle;
     if (mode == SearchMode::Pondering) {
         endPondering();
     } else if (mode == SearchMode::Analysing) {
-        // What the analysis has seen of the end of the game, and of a reply, is not of the game.
+        // What analysis found, the end of a game or a reply, does not belong to the actual game.
         searcher.gameOutcome = GameOutcome::None;
         searcher.ponderMove = NoMove;
     } else if (move == NoMove && searcher.gameOutcome == GameOutcome::None) {
@@ -108,7 +108,7 @@ void WinBoardHandler::playEngineMove(Move move) {
     }
 }
 
-/// A draw by rule replaces whatever result the search has left.
+/// A draw by rule replaces any result left by the search.
 void WinBoardHandler::testGameEnd() {
     GameOutcome& outcome = theSearcher.gameOutcome;
     const GameOutcome draw = drawnBy<GameOutcome::Repetition, GameOutcome::FiftyMoves,
@@ -125,7 +125,7 @@ void WinBoardHandler::testGameEnd() {
     Print(app, "%s", resultLine(outcome));
 }
 
-/// The guess is taken back, and a move that came meanwhile is made.
+/// Takes back the guessed move and makes the move that arrived meanwhile, if any.
 void WinBoardHandler::endPondering() {
     theSearcher.ponderMove = NoMove;
     if (theBoard.hashKey != theSearcher.hashPonder) theBoard.unmakeMove();

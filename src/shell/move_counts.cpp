@@ -32,7 +32,7 @@ void perft(Application& app, Board& board, int depth) {
 }
 
 void listLegalMoves(Board& board) {
-    // In the order of the general generators, also in check.
+    // In the order of the general generators, even in check.
     MoveList list;
     generateMoves(board, list);
     std::string text;

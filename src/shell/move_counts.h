@@ -5,12 +5,11 @@
 
 namespace brivok {
 
-/// Counts the legal move tree to `depth` plies and prints it, one line a depth up to the first
-/// empty one.
+/// Counts the legal move tree to `depth` plies and prints one line per depth, up to the first empty
+/// depth.
 void perft(Application& app, Board& board, int depth);
 
-/// Prints the legal moves of the position, each followed by a blank, then a newline, straight to
-/// standard output.
+/// Prints the legal moves, each followed by a blank, and a newline, straight to standard output.
 void listLegalMoves(Board& board);
 
 }  // namespace brivok

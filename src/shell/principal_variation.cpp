@@ -8,7 +8,7 @@ namespace brivok {
 
 namespace {
 
-/// Undo records that naming and making one more move of a line can take.
+/// Undo records needed to name and make one more move of a line.
 constexpr int PlyRoomForText = 4;
 
 unsigned long moveNumber(const Board& board) { return board.gamePly() / 2 + 1; }
@@ -31,7 +31,7 @@ std::string renderPv(const SearchProgress& progress, PvStyle style) {
         b.makeMove(move);
     }
 
-    // Continued from the transposition table
+    // Extend from the transposition table
     for (int added = 0; added < progress.iteration && b.ply < UndoRecords - PlyRoomForText;
          ++added) {
         const Move move = progress.table.bestMove(b);

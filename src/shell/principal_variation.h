@@ -6,15 +6,15 @@
 
 namespace brivok {
 
-/// How the moves of a line are written: in SAN with move numbers and the continuation in angle
-/// brackets, or in coordinate text.
+/// How to write a line: in SAN with move numbers and with the extension in angle brackets, or in
+/// coordinate text.
 enum class PvStyle { San, Coordinate };
 
-/// The principal variation of the search, continued by up to `iteration` moves of its table. Plays
-/// the line on the board and takes it back: see SearchListener for what that leaves behind.
+/// The principal variation, extended by up to `iteration` moves from the transposition table. Makes
+/// and unmakes the line on the board: see SearchListener for the side effects.
 [[nodiscard]] std::string renderPv(const SearchProgress& progress, PvStyle style);
 
-/// "12. " before a move of White, "12. ... " before one of Black.
+/// "12. " before a white move, "12. ... " before a black one.
 [[nodiscard]] std::string moveNumberText(const Board& board);
 
 }  // namespace brivok

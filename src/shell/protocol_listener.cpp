@@ -22,7 +22,7 @@ void ProtocolListener::onNote(std::string_view line) {
 bool ProtocolListener::pollInput() { return PollInput(app) != Input::Ended; }
 
 void printStatistics(Application& app, const SearchStats& s) {
-    // A divisor is one larger than its counter, so that nothing is divided by zero.
+    // Each divisor is one larger than its counter, so that nothing is divided by zero.
     const auto percent = [](std::uint32_t part, std::uint32_t whole) {
         return static_cast<double>(static_cast<float>(part) * 100.0F /
                                    (static_cast<float>(whole) + 1.0F));

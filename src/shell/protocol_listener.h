@@ -5,11 +5,11 @@
 
 namespace brivok {
 
-/// What the listeners of all protocols do alike: the budget is printed, notes and statistics go
-/// into the log, and input goes to the handler in force.
+/// Common to the listeners of all protocols: prints the budget, logs notes and statistics, and
+/// passes input to the current handler.
 class ProtocolListener : public SearchListener {
 public:
-    /// Speaks through the application, which outlives the listener.
+    /// The application must outlive the listener.
     explicit ProtocolListener(Application& application) : app(application) {}
 
     void onBudget(const TimeControl& clock) override;
@@ -18,10 +18,10 @@ public:
     bool pollInput() override;
 
 protected:
-    Application& app;  ///< the one it speaks through
+    Application& app;
 };
 
-/// Notes the counters of a search in the log.
+/// Logs the counters of a search.
 void printStatistics(Application& app, const SearchStats& stats);
 
 }  // namespace brivok

@@ -4,15 +4,15 @@
 
 namespace brivok {
 
-/// Runs the handler in force and replaces it whenever one asks for another protocol. Ends only by
-/// ExitProgram().
+/// Runs the current handler and replaces it whenever one asks for another protocol. Ends only
+/// through ExitProgram().
 [[noreturn]] void RunProtocols(Application& app);
 
-/// Makes all hash tables anew by the settings, empty, and looks for the endgame tables; every
-/// handler does so when it starts.
+/// Replaces all hash tables by empty ones of the configured sizes and looks for endgame tables.
+/// Every handler calls this when it starts.
 void allocateTables();
 
-/// Notes in the log what standard input is.
+/// Logs what standard input is.
 void logConnection(Application& app);
 
 }  // namespace brivok

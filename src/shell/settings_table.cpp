@@ -27,14 +27,14 @@ constexpr bool inRange(const Option& option, std::int64_t value) {
     return value >= option.lower && value <= option.upper;
 }
 
-/// The number of a spin that is held in 16 bits: cut to them before it is held against the range.
+/// A spin value stored in 16 bits: truncated before it is compared with the range.
 std::int16_t narrowNumber(const std::string& value) {
     return static_cast<std::int16_t>(parseInteger(value));
 }
 
 std::string switchText(bool on) { return on ? "true" : "false"; }
 
-/// On with "true"; in the file its letters may be of either case.
+/// "true" means on; in the file, letters may be of either case.
 template <bool Settings::*Field>
 constexpr Rule Switch{
     .show = [] { return switchText(settings.*Field); },
@@ -48,7 +48,7 @@ std::string numberText() {
     return std::to_string(settings.*Field);
 }
 
-/// The file's number is cut to the width of the field.
+/// A number from the file is truncated to the width of the field.
 template <auto Field>
 void readNumber(const std::string& value) {
     auto& setting = settings.*Field;
@@ -65,7 +65,7 @@ constexpr Rule Number{
         },
 };
 
-/// Told in percent of a ply and held in units.
+/// Shown in hundredths of a ply, stored in units.
 template <std::int16_t Settings::*Field>
 constexpr Rule Depth{
     .show = [] { return std::to_string(percentFromUnits(settings.*Field)); },
@@ -78,8 +78,8 @@ constexpr Rule Depth{
         },
 };
 
-/// As an option it takes effect at once, on the board and in all that was derived from it; after
-/// the file a new game is set up anyway.
+/// The option updates the board and all derived values at once. The file need not: a new game is
+/// set up after it has been read.
 template <std::int16_t Settings::*Field>
 constexpr Rule PieceWorth{
     .show = numberText<Field>,
@@ -98,8 +98,8 @@ constexpr Rule PieceWorth{
         },
 };
 
-/// Megabytes of a hash table, never 0. As an option it makes the table anew whether or not the
-/// value was taken; after the file all tables are made.
+/// Megabytes of a hash table, never 0. The option reallocates the table even if the value was
+/// rejected. The file need not: all tables are allocated after it has been read.
 template <std::uint32_t Settings::*Field, void (*MakeAnew)()>
 constexpr Rule HashSize{
     .show = numberText<Field>,
@@ -122,8 +122,8 @@ void remakeMain() { transpositionTable.resize(); }
 void remakePawns() { pawnHashTable.Allocate(); }
 void remakeEval() { evalHashTable.Allocate(); }
 
-/// Told in megabytes and held in bytes. As an option it empties the cache whether or not the value
-/// was taken.
+/// Shown in megabytes, stored in bytes. The option empties the cache even if the value was
+/// rejected.
 constexpr Rule EndgameCache{
     .show = [] { return std::to_string(settings.EGTBCacheBytes / Megabyte); },
     .fromFile =
@@ -140,7 +140,7 @@ constexpr Rule EndgameCache{
         },
 };
 
-/// As an option it comes in lower case, and only another path is searched for tables.
+/// The option's path is converted to lower case; tables are looked for only if the path changes.
 constexpr Rule EndgameFolders{
     .show = [] { return settings.egtbDir; },
     .fromFile = [](const std::string& value) { settings.egtbDir = value; },
@@ -153,15 +153,14 @@ constexpr Rule EndgameFolders{
         },
 };
 
-/// Only the file chooses the book.
+/// Only the file can choose the book.
 constexpr Rule BookFile{
     .show = [] { return settings.bookFileName; },
     .fromFile = [](const std::string& value) { settings.bookFileName = lowerCase(value); },
     .fromOption = [](const Option&, const std::string&) {},
 };
 
-/// The file has names for the variants that are not those of the protocols; the option is a switch
-/// between two of them.
+/// The file has its own names for the variants; the option switches between two of them.
 constexpr Rule GameRules{
     .show = [] { return switchText(settings.variant == Variant::Fischerandom); },
     .fromFile =
@@ -177,8 +176,7 @@ constexpr Rule GameRules{
         },
 };
 
-/// The file asks for a log, which is opened later; the option opens or closes it, unless it is so
-/// already.
+/// The file requests a log, which is opened later; the option opens or closes it if necessary.
 constexpr Rule Log{
     .show = [] { return switchText(theApplication->logger.enabled); },
     .fromFile = Switch<&Settings::createLog>.fromFile,
@@ -275,12 +273,12 @@ constexpr Setting Table[] = {
 };
 // clang-format on
 
-/// Two names of the table, one of which may be missing.
+/// Compares two names, either of which may be missing.
 constexpr bool same(const char* one, const char* other) {
     return one != nullptr && other != nullptr && std::string_view(one) == other;
 }
 
-/// Each row has a rule for each place that it is set from, and no name stands twice.
+/// Each row has a rule for each place it can be set from, and no name occurs twice.
 constexpr bool isSound(std::span<const Setting> table) {
     for (std::size_t i = 0; i < table.size(); ++i) {
         const auto& [rule, key, option] = table[i];

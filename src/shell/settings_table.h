@@ -5,45 +5,44 @@
 
 namespace brivok {
 
-/// What an interface shows of a setting, and thereby how it is chosen.
+/// The type of an option, which decides how an interface presents it.
 enum class OptionKind { Spin, Check, String, Button };
 
-/// A setting as the option of an interface.
+/// A setting as an interface option.
 struct Option {
-    const char* name = nullptr;  ///< as it is listed; nullptr for a setting that is no option
-    OptionKind kind = OptionKind::Spin;  ///< what it takes
-    int lower = 0;                       ///< least value of a spin
-    int upper = 0;                       ///< greatest value of a spin
-    const char* acceptedName = nullptr;  ///< the name that sets it, if not the one listed
+    const char* name = nullptr;  ///< as listed; nullptr if the setting is not an option
+    OptionKind kind = OptionKind::Spin;
+    int lower = 0;                       ///< of a spin
+    int upper = 0;                       ///< of a spin
+    const char* acceptedName = nullptr;  ///< name in "setoption" if it differs from `name`
 
-    /// The name that sets it.
     [[nodiscard]] constexpr const char* nameToSet() const {
         return acceptedName != nullptr ? acceptedName : name;
     }
 };
 
-/// How a setting is shown and taken; what hangs on its value is made anew by the same call. The
-/// file and an interface have rules of their own: the file is believed, and an option has a range.
-/// A value that does not fit changes nothing.
+/// How a setting is shown and set, including the refresh of what depends on it. The file and an
+/// interface have separate rules: the file's values are trusted, an option's are checked against
+/// its range. Invalid values change nothing.
 struct Rule {
-    /// The present value as an option shows it.
+    /// The current value, as an option shows it.
     std::string (*show)() = nullptr;
-    /// Takes a value of the file, one word.
+    /// Sets a one-word value from the file.
     void (*fromFile)(const std::string& value) = nullptr;
-    /// Takes a value of an interface: the whole rest of the line for a string, one word for a spin
-    /// or a check, empty for a button.
+    /// Sets a value from an interface: for a string the rest of the line, for a spin or check one
+    /// word, for a button empty.
     void (*fromOption)(const Option& option, const std::string& value) = nullptr;
 };
 
-/// A row of the table: a setting, its key in "brivok.ini" and its option.
+/// A setting with its key in "brivok.ini" and its option.
 struct Setting {
-    Rule rule;                  ///< how it is shown and taken
-    const char* key = nullptr;  ///< with its colon; nullptr for a setting that the file has not
-    Option option{};            ///< without a name for a setting that is no option
+    Rule rule;
+    const char* key = nullptr;  ///< with its colon; nullptr if the file cannot set it
+    Option option{};            ///< without a name if the setting is not an option
 };
 
-/// All settings. Those that are options stand in the order in which they are listed, the others
-/// beside their like.
+/// All settings. Options are in the order in which they are listed; other settings are next to
+/// related ones.
 [[nodiscard]] std::span<const Setting> settingsTable();
 
 }  // namespace brivok

@@ -25,13 +25,13 @@ namespace {
 
 constexpr char EngineAuthor[] = "Osmund Kelvane";
 
-/// A "position" line grows no longer than this, far beyond any game.
+/// Maximum length of a "position" line, far beyond any game.
 constexpr std::size_t LongestPosition = 1U << 20U;
 
-/// Longest clock that a "go" takes, in centiseconds: small enough for the sums made of clocks.
+/// Largest clock value in "go", in centiseconds; sums of clocks do not overflow.
 constexpr std::uint32_t LongestTime = 0x7FFFFFFF;
 
-/// Milliseconds, as a floating-point number, in centiseconds. A fallen flag reads as no time.
+/// Converts a floating-point number of milliseconds to centiseconds. Negative times count as 0.
 std::uint32_t timeValue(const std::string& text) {
     const double centis = std::strtod(text.c_str(), nullptr) * 0.1;
     if (!(centis > 0)) return 0;
@@ -50,24 +50,24 @@ int depthValue(const std::string& text) {
 constexpr std::string_view InfiniteWord = "infinite";
 constexpr std::string_view PonderWord = "ponder";
 
-/// The request of a search as the words of "go" give it. Clocks are put down by the side to move.
+/// Builds a search request from the words of "go". Clocks are assigned by the side to move.
 class GoWords {
 public:
     GoWords(SearchRequest& toFill, Side side) : request(toFill), us(side) {}
 
-    /// Takes a keyword with its value; false for a word that has none.
+    /// Takes a keyword with its value; false if the keyword takes none.
     [[nodiscard]] bool take(const std::string& word, const std::string& value) {
         return execute(keywords(), word, *this, value);
     }
 
-    /// A number of moves to go makes the clock a conventional control.
+    /// Moves to go make the clock a conventional one.
     void finish() {
         if (movesToGo == 0 || clock().kind == ClockKind::FixedTime) return;
         clock().kind = ClockKind::Conventional;
         clock().movesPerSession = clock().movesLeft = movesToGo;
     }
 
-    /// The words that a value follows.
+    /// The keywords that take a value.
     [[nodiscard]] static CommandTable<GoWords, std::string> keywords();
 
 private:
@@ -177,7 +177,7 @@ bool UciHandler::collectLongPosition(std::string_view& line) {
         if (!cut || !line.substr(start).starts_with(Command)) return false;
     }
     if (longPosition.size() < LongestPosition) longPosition += line;
-    // The cut may have fallen between a carriage return and its newline.
+    // The line may have been cut between a carriage return and its newline.
     if (!cut) std::erase(longPosition, '\r');
     line = longPosition;
     return cut;
@@ -234,7 +234,7 @@ void UciHandler::go(const Words& words) {
             request.mode = searcher.ponderEnabled ? SearchMode::Pondering : SearchMode::Thinking;
             continue;
         }
-        // A keyword without its value means nothing; a blank at the end of the line is no value.
+        // A keyword without a value is ignored; an empty last word is not a value.
         const bool hasValue = i + 1 < words.size() && !words[i + 1].empty();
         if (hasValue && limits.take(words[i], words[i + 1])) ++i;
     }

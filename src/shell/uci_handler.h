@@ -11,19 +11,18 @@
 
 namespace brivok {
 
-/// Serves an interface that speaks UCI and keeps the game itself: each "position" rebuilds the
-/// board, each "go" searches it and answers with one "bestmove".
+/// Serves a UCI interface, which keeps the game itself: each "position" rebuilds the board, each
+/// "go" searches it and answers with one "bestmove".
 class UciHandler final : public ProtocolHandler {
 public:
-    /// Makes the tables and a new game, and answers "uci" with the options.
+    /// Allocates the tables, starts a new game and answers "uci" with the options.
     explicit UciHandler(Application& application);
     ~UciHandler() override;
     void ProcessCommand(std::string_view line) override;
     void Run() override;
 
-    /// The commands that are understood while the engine idles or searches.
+    /// The commands understood while idle or while searching.
     [[nodiscard]] static std::vector<std::string_view> commands(bool searching);
-    /// The words that "go" understands.
     [[nodiscard]] static std::vector<std::string_view> goWords();
 
 private:
@@ -31,8 +30,8 @@ private:
 
     [[nodiscard]] static CommandTable<UciHandler, Words> table(bool searching);
 
-    /// Joins the pieces of a "position" line that is longer than one piece of input. True while
-    /// more of it is to come.
+    /// Joins the pieces of a "position" line longer than one piece of input. True while more of it
+    /// is still to come.
     [[nodiscard]] bool collectLongPosition(std::string_view& line);
 
     void confirmReady();
@@ -43,7 +42,7 @@ private:
     void go(const Words& words);
 
     UciListener listener{app};
-    std::string longPosition;  ///< a "position" line that is not complete yet
+    std::string longPosition;  ///< incomplete "position" line
 };
 
 }  // namespace brivok

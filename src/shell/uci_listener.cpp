@@ -13,7 +13,7 @@ namespace brivok {
 
 namespace {
 
-/// The moves in hand are told after this time, in centiseconds.
+/// Centiseconds after which the current move is reported.
 constexpr std::uint32_t CurrentMoveDelay = 500;
 constexpr std::uint32_t AnalysisMoveDelay = 100;
 
@@ -38,7 +38,7 @@ std::string scoreText(int score) {
     return "cp " + std::to_string(score) + " ";
 }
 
-/// The hits in endgame tables since the program started; empty when there is none.
+/// Endgame table hits since the program started; empty if there are none.
 std::string tableHits(const SearchProgress& progress, const char* before, const char* behind) {
     if (progress.tableHits == 0) return "";
     return before + ("tbhits " + std::to_string(progress.tableHits)) + behind;

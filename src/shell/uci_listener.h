@@ -4,7 +4,7 @@
 
 namespace brivok {
 
-/// Tells a UCI interface of a search in lines of "info". Its statistics are nobody's business.
+/// Reports a search to a UCI interface in "info" lines; statistics are left out.
 class UciListener final : public ProtocolListener {
 public:
     using ProtocolListener::ProtocolListener;

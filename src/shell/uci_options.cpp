@@ -11,7 +11,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-/// Position of an option's value in the words of its line.
+/// Index of an option's value among the words of its line.
 constexpr std::size_t ValueWord = 4;
 
 std::string optionLine(const Option& option, const std::string& value) {
@@ -26,7 +26,7 @@ std::string optionLine(const Option& option, const std::string& value) {
            std::to_string(option.upper) + "\n";
 }
 
-/// A string goes to the end of the line, its words joined by one space; other values are one word.
+/// A string is the rest of the line, its words joined by single spaces; other values are one word.
 std::string valueOf(const Words& words, OptionKind kind) {
     std::string value = words[ValueWord];
     if (kind != OptionKind::String) return value;
@@ -45,7 +45,7 @@ void listOptions(Application& app) {
 
 void setOption(const Words& words) {
     if (words.size() < ValueWord || words[1] != "name") return;
-    // A button has a name of two words, and no value
+    // A button has a two-word name and no value.
     const bool hasValue = words[ValueWord - 1] == "value";
     if (hasValue && words.size() == ValueWord) return;
     const std::string name = hasValue ? words[2] : words[2] + " " + words[3];

@@ -7,11 +7,11 @@
 
 namespace brivok {
 
-/// Prints the option lines with the present values as defaults.
+/// Prints the option lines, with the current values as defaults.
 void listOptions(Application& app);
 
-/// Carries out "setoption name X value Y", given as the words of the line. What does not fit is
-/// dropped without a word.
+/// Executes "setoption name X value Y", given as the words of the line. Silently ignores what does
+/// not fit.
 void setOption(const std::vector<std::string>& words);
 
 }  // namespace brivok

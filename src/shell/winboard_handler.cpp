@@ -28,10 +28,10 @@ namespace brivok {
 
 namespace {
 
-/// Longest text of a move that is kept during pondering.
+/// Longest move text that is kept while pondering.
 constexpr std::size_t LongestMoveText = 255;
 
-/// Numbers of a command are held within these, so that no clock made of them overflows.
+/// Limits for numbers in commands, so that the resulting clocks do not overflow.
 constexpr std::int64_t MostMinutes = 300'000;
 constexpr std::int64_t MostSeconds = 10'000'000;
 constexpr std::int64_t MostMoves = 1'000'000;
@@ -41,13 +41,13 @@ std::uint32_t numberUpTo(const std::string& word, std::int64_t most) {
     return static_cast<std::uint32_t>(std::clamp<std::int64_t>(parseInteger(word), 0, most));
 }
 
-/// The interface's clocks come in centiseconds.
+/// The interface sends clocks in centiseconds.
 void setClock(std::uint32_t& clock, const std::string* word) {
     if (word != nullptr) clock = numberUpTo(*word, MostCentiseconds);
 }
 
-/// The value of the position that each legal move leads to, for the side to move there and as at
-/// the root of a search; 0 when no table has it.
+/// Prints the tablebase value of the position after each legal move, for the side to move there, as
+/// at the root of a search; 0 if no table has it.
 void reportTablebases(Application& app, Board& board) {
     constexpr int RootPly = 1;
     forEachLegalMove(board, [&](Move move) {
@@ -236,7 +236,7 @@ void WinBoardHandler::chooseVariant(const Line& line) {
 
 void WinBoardHandler::level(const Line& line) {
     const std::string* moves = line.word(1);
-    const std::string* base = line.word(2);  // its minutes; what follows a colon does not count
+    const std::string* base = line.word(2);  // minutes; anything after a colon is ignored
     const std::string* increment = line.word(3);
     if (moves == nullptr || base == nullptr || increment == nullptr) return;
     theSearcher.nodeLimit = 0;
@@ -303,7 +303,7 @@ void WinBoardHandler::unknown(const Line& line) {
     Print(app, "Error (Unknown command): %s\n", line.text.c_str());
 }
 
-/// A move is told as "usermove e2e4", or bare; with a second word that one is the move.
+/// The move in "usermove e2e4" or in a bare move: the second word if there is one.
 const std::string& WinBoardHandler::Line::moveText() const {
     const std::string* second = word(1);
     return second != nullptr ? *second : words[0];

@@ -12,42 +12,42 @@
 
 namespace brivok {
 
-/// Plays games under the WinBoard protocol, version 2: the handler keeps the game, thinks when it
-/// is the engine's turn, ponders, analyses, resigns and claims results.
+/// Plays games under the WinBoard protocol, version 2: keeps the game, thinks on the engine's turn,
+/// ponders, analyses, resigns and claims results.
 ///
-/// ProcessCommand() is reached from Run() when the engine idles, and from deep inside a search when
-/// that polls the input; the mode of the search decides which commands are understood.
+/// ProcessCommand() is called from Run() when the engine is idle, and from deep inside a search
+/// that polls the input. The search mode decides which commands are understood.
 class WinBoardHandler final : public ProtocolHandler {
 public:
-    /// Reads the settings, opens the log, makes the tables and a new game.
+    /// Reads the settings, opens the log, allocates the tables and starts a new game.
     explicit WinBoardHandler(Application& application);
     ~WinBoardHandler() override;
     void ProcessCommand(std::string_view text) override;
 
-    /// The flow of the game: after each line and each search decides whether to think, ponder,
-    /// analyse or read. Returns only for another protocol.
+    /// Runs the game: after each line and each search, decides whether to think, ponder, analyse or
+    /// read. Returns only to switch to another protocol.
     void Run() override;
 
-    /// The commands that are understood in this mode. Idle or pondering, a bare move is one too.
+    /// The commands understood in this mode. When idle or pondering, a bare move is understood too.
     [[nodiscard]] static std::vector<std::string_view> commands(SearchMode mode);
 
 private:
-    /// A line that is being handled: its words, and the text as it came.
+    /// The line being handled: its words and its original text.
     struct Line {
         std::vector<std::string> words;
         std::string text;
 
-        /// The word at the index; nothing if it is not there or empty.
+        /// The word at the index; nullptr if it is missing or empty.
         [[nodiscard]] const std::string* word(std::size_t index) const;
 
-        /// The text of the move in a line that brings one.
+        /// The move text in a line that contains a move.
         [[nodiscard]] const std::string& moveText() const;
     };
 
     using Command = brivok::Command<WinBoardHandler, Line>;
     [[nodiscard]] static CommandTable<WinBoardHandler, Line> table(SearchMode mode);
 
-    // --- What the commands do: winboard_handler.cpp -----------------------------------------
+    // --- Commands: winboard_handler.cpp -----------------------------------------------------
 
     void quit();
     void ping(const Line& line);
@@ -67,7 +67,7 @@ private:
     void playUserMove(const Line& line);
     void takePonderedMove(const Line& line);
 
-    // --- The flow of the game: game_flow.cpp ------------------------------------------------
+    // --- Flow of the game: game_flow.cpp ----------------------------------------------------
 
     [[nodiscard]] bool wantsSearch() const;
     [[nodiscard]] bool runSearch();
@@ -82,12 +82,12 @@ private:
     static const Command IdleCommands[];
 
     WinBoardListener listener{app};
-    int protocolVersion = 1;  ///< of the last "protover"; only stored
+    int protocolVersion = 1;  ///< from the last "protover"; stored but unused
     Side engineSide = Black;
-    int resignCounter = 0;   ///< moves made with a hopeless score since "new"
-    bool forceMode = false;  ///< the engine makes no move of its own
-    bool gameOver = false;   ///< the engine starts no search but an analysis
-    /// Text of a move that came during pondering, until that search has ended.
+    int resignCounter = 0;   ///< moves with a hopeless score since "new"
+    bool forceMode = false;  ///< the engine makes no moves
+    bool gameOver = false;   ///< the engine starts no search except analysis
+    /// Move text that arrived while pondering, kept until that search has ended.
     std::string strMovDuranteBusqueda;
 };
 

@@ -1,4 +1,4 @@
-// Every folder above src/platform may include this.
+// All folders above src/platform may include this.
 #pragma once
 
 #include <memory>
@@ -11,22 +11,22 @@ namespace brivok {
 
 class Application;
 
-/// The language that the program is spoken to in.
+/// Who the program is talking to.
 enum class Protocol { None = 0, Extra = 1, Uci = 2, WinBoard = 3 };
 
-/// The process: what it speaks, who answers, where it logs. One instance, behind theApplication.
+/// The process: the protocol it speaks, its handler and its log. One instance, in theApplication.
 class Application {
 public:
     Application();
 
-    Protocol currentProtocol = Protocol::Extra;   ///< of `handler`
-    Protocol requestedProtocol = Protocol::None;  ///< the handler that a handler asks for
-    InputBuffer input;                            ///< of this run
-    Logger logger{*this};                         ///< of this run
-    std::unique_ptr<ProtocolHandler> handler;     ///< the one in force; none before the first
+    Protocol currentProtocol = Protocol::Extra;   ///< protocol of `handler`
+    Protocol requestedProtocol = Protocol::None;  ///< protocol that the handler asks to switch to
+    InputBuffer input;
+    Logger logger{*this};
+    std::unique_ptr<ProtocolHandler> handler;  ///< the current one; null before the first
 };
 
-/// The one Application, made by the entry of the program.
+/// Created in main.cpp.
 extern std::unique_ptr<Application> theApplication;
 
 }  // namespace brivok

@@ -12,7 +12,7 @@ namespace brivok {
 
 namespace {
 
-/// Room for nearly every text; longer ones are formatted a second time into a string.
+/// Enough for nearly every text; longer ones are formatted again into a string.
 constexpr std::size_t TextRoom = 1024;
 
 template <class Sink>

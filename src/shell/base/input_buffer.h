@@ -1,4 +1,4 @@
-// Every folder above src/platform may include this.
+// All folders above src/platform may include this.
 #pragma once
 
 #include <array>
@@ -7,36 +7,35 @@
 
 namespace brivok {
 
-/// Longest piece of an input line that a handler gets, the newline included; a longer line arrives
-/// in several pieces.
+/// Longest piece of a line that a handler gets, newline included. Longer lines arrive in pieces.
 inline constexpr std::size_t MaxLineLength = 4095;
 
-/// The bytes of standard input that have been read and not yet handed out. A line stays in place
-/// until the next one is asked for.
+/// Bytes of standard input that have been read but not yet handed out. A line stays valid until the
+/// next one is taken.
 class InputBuffer {
 public:
-    /// A whole line, a full piece of one or the end of the input is in the buffer.
+    /// Whether the buffer holds a line, a full piece of one, or the end of the input.
     [[nodiscard]] bool hasLine() const { return lineLength() != 0 || ended; }
 
-    /// Everything has been handed out, and no more will come.
+    /// Whether everything has been handed out and no more can come.
     [[nodiscard]] bool atEnd() const { return ended && begin == end; }
 
-    /// Reads until at least one byte has come or the input has ended; blocks if nothing waits. To
-    /// be called only while there is no line.
+    /// Reads until at least one byte arrives or the input ends; blocks if nothing is there. Call
+    /// only while there is no line.
     void fill();
 
-    /// The next line with its newline, a full piece, or what was left before the end. Carriage
-    /// returns before the newline are dropped.
+    /// Takes the next line with its newline, a full piece, or what was left before the end.
+    /// Carriage returns before the newline are dropped.
     [[nodiscard]] std::string_view take();
 
 private:
-    /// Length of the next line or full piece; 0 while neither is complete.
+    /// Length of the next line or full piece; 0 if there is neither.
     [[nodiscard]] std::size_t lineLength() const;
 
     std::array<char, 1U << 16U> bytes{};
     std::size_t begin = 0;            ///< first byte not yet handed out
     std::size_t end = 0;              ///< end of the bytes read
-    mutable std::size_t scanned = 0;  ///< no newline lies between begin and here
+    mutable std::size_t scanned = 0;  ///< no newline between `begin` and here
     bool ended = false;
 };
 

@@ -24,7 +24,7 @@ std::string numberedLogName(int number) {
     return settings.logFolder + "log" + std::string(5 - digits.size(), '0') + digits + ".txt";
 }
 
-/// Local time, like "Wed Jun  7 21:49:08 2006".
+/// Local time, as in "Wed Jun  7 21:49:08 2006".
 std::string timeStamp() {
     const std::time_t now = std::time(nullptr);
     const std::tm* const local = std::localtime(&now);
@@ -47,7 +47,7 @@ void Logger::OpenLog() {
     }
 
     CreateLogFolders(settings.logFolder);
-    // Opening exclusively keeps apart two engines that start at once in the same folder.
+    // Exclusive mode keeps apart two engines that start at the same time in the same folder.
     for (int number = 0; number < LogNumbers && file == nullptr; ++number) {
         file.reset(std::fopen(numberedLogName(number).c_str(), "wx"));
     }
@@ -76,7 +76,7 @@ void Logger::WriteLogHeader() {
 void CreateLogFolders(std::string_view path) {
     for (std::size_t end = path.find('/'); end != path.npos; end = path.find('/', end + 1)) {
         const std::string folder(path.substr(0, end));
-        if (folder.empty()) continue;  // the root
+        if (folder.empty()) continue;  // the root folder
         if (platform().makeDirectory(folder) == MadeDirectory::Failure) {
             PrintUnlogged("Error creating directory!\n");
             return;

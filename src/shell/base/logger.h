@@ -1,4 +1,4 @@
-// Every folder above src/platform may include this.
+// All folders above src/platform may include this.
 #pragma once
 
 #include <cstdio>
@@ -9,24 +9,23 @@ namespace brivok {
 
 class Application;
 
-/// The log of a run: a text file of what the program printed, what it noted for itself behind
-/// "## ", and the raw input lines. Nothing is written unless `enabled` is set.
+/// The log of a run: a text file with all output, notes prefixed with "## ", and the raw input
+/// lines. Nothing is written unless `enabled` is set.
 class Logger {
 public:
-    /// Opens nothing. Failures are printed through the owner.
+    /// Does not open the log. Failures are printed through the owner.
     explicit Logger(Application& application) : owner(application) {}
 
-    bool enabled = false;  ///< a log is open
+    bool enabled = false;  ///< whether a log is open
 
-    /// Opens the log that the settings ask for, if it is not open yet: the single file, appended
-    /// to, or the first free number in the log folder, with a head block. A failure is printed and
-    /// costs the log alone.
+    /// Opens the log that the settings ask for, if it is not open yet: appends to the single file,
+    /// or takes the first free number in the log folder, and writes a header. A failure is printed,
+    /// and the program goes on without a log.
     void OpenLog();
 
-    /// Flushes and closes the log.
     void CloseLog();
 
-    /// Appends the bytes as they stand, if a log is open. Not flushed.
+    /// Appends the bytes unchanged if a log is open. Does not flush.
     void write(std::string_view text) {
         if (enabled && file) std::fwrite(text.data(), 1, text.size(), file.get());
     }
@@ -41,8 +40,8 @@ private:
     Application& owner;
 };
 
-/// Creates each folder of the path in turn; what follows the last "/" is a file name and creates
-/// nothing. A failure is told on standard output and ends the attempt.
+/// Creates each folder of the path in turn; the part after the last "/" is a file name and is
+/// ignored. Prints a failure and stops there.
 void CreateLogFolders(std::string_view path);
 
 }  // namespace brivok

@@ -1,11 +1,11 @@
-// Every folder above src/platform may include this.
+// All folders above src/platform may include this.
 #pragma once
 
 namespace brivok {
 
-/// The name with the version, which CMakeLists.txt tells.
+/// Name and version; the version comes from CMakeLists.txt.
 extern const char* const EngineName;
-/// The kind of release.
+/// Release type.
 inline constexpr char EngineInfo[] = "Beta";
 
 }  // namespace brivok

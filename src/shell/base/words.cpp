@@ -6,8 +6,8 @@
 namespace brivok {
 
 std::vector<std::string> SplitWords(std::string_view line) {
-    // One word for each space that ends one, and one for what comes after the last space: a line
-    // that ends in a space and a newline has an empty last word.
+    // Counts one word per space that ends one, plus one after the last space: a line that ends in a
+    // space and a newline has an empty last word.
     std::size_t count = 0;
     for (std::size_t i = 1; i < line.size(); ++i) {
         if (line[i] == ' ' && line[i - 1] != ' ') ++count;

@@ -1,4 +1,4 @@
-// Every folder above src/platform may include this.
+// All folders above src/platform may include this.
 #pragma once
 
 #include <cstdint>
@@ -8,19 +8,19 @@
 
 namespace brivok {
 
-/// The words of a line, split at spaces alone: tabs stay inside words, several spaces count as
-/// one. A space before the newline leaves an empty last word, and so does a bare newline; a line
-/// without a newline and without a word gives none.
+/// Splits a line at spaces only: tabs stay inside words, and several spaces count as one. A space
+/// before the newline yields an empty last word, and so does a bare newline. A line with neither a
+/// newline nor a word yields nothing.
 [[nodiscard]] std::vector<std::string> SplitWords(std::string_view line);
 
-/// A decimal integer with an optional sign: leading digits count, the rest is dropped, and a text
-/// without digits gives 0. Numbers beyond `HugeNumber` are cut to it, with their sign.
+/// Parses a decimal integer with an optional sign: reads the leading digits and ignores the rest; 0
+/// without digits. Values beyond `HugeNumber` are clamped to it, keeping the sign.
 [[nodiscard]] std::int64_t parseInteger(std::string_view text);
 
-/// The text with the letters A to Z in lower case.
+/// Only A to Z are converted.
 [[nodiscard]] std::string lowerCase(std::string text);
 
-/// Outside every range that the engine knows, and still so when cut to 16 bits.
+/// Outside every valid range, even when truncated to 16 bits.
 inline constexpr std::int64_t HugeNumber = (std::int64_t{1} << 40) - (std::int64_t{1} << 15);
 
 }  // namespace brivok
