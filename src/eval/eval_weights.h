@@ -2,29 +2,30 @@
 
 #include <cstdint>
 
-/// All numbers of the evaluation, in centipawns. A penalty is a positive number that is subtracted.
+/// All numbers of the evaluation, in centipawns. Penalties are positive numbers that are
+/// subtracted.
 namespace brivok::weights {
 
 /// A value per square, laid out as White sees the board: the first line is rank 8, files a to h.
-/// Black reads it with the rows turned over.
+/// For Black the rows are reversed.
 using SquareTable = std::int16_t[64];
 
 // --- Material and development ---------------------------------------------------------------
 
-/// A side with this much phase, or less, makes the position an endgame.
+/// The position is an endgame if either side has this much phase or less.
 inline constexpr int EndgamePhase = 14;
-/// With no more phase than this on either side, material is not corrected.
+/// If both sides have at most this much phase, material imbalance is ignored.
 inline constexpr int BareTradePhase = 3;
 
-inline constexpr int ImbalanceMajor = 120;  ///< a surplus that counts as won material
+inline constexpr int ImbalanceMajor = 120;  ///< a surplus that counts as winning
 inline constexpr int ImbalanceQueen = 60;   ///< queen against two rooks
-inline constexpr int ImbalanceMinor = 30;   ///< a major against a single minor more
+inline constexpr int ImbalanceMinor = 30;   ///< a major piece against one extra minor piece
 
-inline constexpr int BlockedCentrePawn = 5;  ///< an unmoved d- or e-pawn with a man before it
-/// The c-pawn behind its own knight, with pawns on d4 and d5.
+inline constexpr int BlockedCentrePawn = 5;  ///< an unmoved d- or e-pawn with a man in front of it
+/// The c-pawn blocked by its own knight, with pawns on d4 and d5.
 inline constexpr int BlockedQueensGambit = 5;
 
-/// A queen that comes out early, by its square.
+/// An early queen move, by the queen's square.
 inline constexpr SquareTable queenDevelopmentTable{
     // clang-format off
     -200, -200,    0,    0,    0,    0, -200, -200,
@@ -42,13 +43,15 @@ inline constexpr SquareTable queenDevelopmentTable{
 
 inline constexpr int BackwardPawn = 5;        ///< penalty
 inline constexpr int BackwardOnOpenFile = 4;  ///< on top of BackwardPawn
-inline constexpr int IsolatedPawn = 3;        ///< on top of the terms of a backward pawn
+inline constexpr int IsolatedPawn = 3;        ///< on top of the backward pawn terms
 inline constexpr int IsolatedOnOpenFile = 8;  ///< on top of IsolatedPawn
-inline constexpr int DoubledPawn = 2;         ///< per pawn of the file and other pawn on it
-inline constexpr int PassedTableFactor = 2;   ///< further counts of the table value
-inline constexpr int PassedNotIsolated = 15;  ///< a passed pawn with a neighbour
+/// Per pair of a pawn and another own pawn on its file.
+inline constexpr int DoubledPawn = 2;
+/// How many more times the table value counts for a passed pawn.
+inline constexpr int PassedTableFactor = 2;
+/// A passed pawn with a neighbour on an adjacent file.
+inline constexpr int PassedNotIsolated = 15;
 
-/// A pawn's place.
 inline constexpr SquareTable pawnTable{
     // clang-format off
      0,  0,  0,  0,  0,  0,  0,  0,
@@ -64,30 +67,30 @@ inline constexpr SquareTable pawnTable{
 
 // --- Patterns of pieces ---------------------------------------------------------------------
 
-/// By the number of rooks and queens on the last two ranks, beside the enemy king there.
+/// By the number of rooks and queens on the last two ranks while the enemy king stands there.
 inline constexpr std::int16_t heavyOnSeventhTable[4]{0, 25, 100, 300};
 
 inline constexpr int TrappedBishop = 180;  ///< penalty
 
-/// By the number of pawns on the board; the last value stands for all higher numbers too.
+/// By the number of pawns on the board; the last value also covers higher numbers.
 inline constexpr std::int16_t bishopPairTable[8]{60, 60, 60, 60, 55, 40, 35, 30};
 
-inline constexpr int PawnOnBishopColour = 4;  ///< penalty, for each pawn
+inline constexpr int PawnOnBishopColour = 4;  ///< penalty per pawn
 
 // --- Pieces ---------------------------------------------------------------------------------
 
-/// By the number of squares attacked along rank and file.
+/// By the number of squares attacked on rank and file.
 inline constexpr std::int16_t rookMobilityTable[15]{-15, -10, -5, 0, 1, 2, 3, 4,
                                                     6,   6,   7,  7, 8, 8, 9};
-/// A rook's place, by file.
+/// By file.
 inline constexpr std::int16_t rookFileTable[8]{0, 0, 4, 6, 6, 4, 0, 0};
-inline constexpr int RookOnHalfOpenFile = 8;      ///< no own pawn on the file
-inline constexpr int RookOnOpenFile = 3;          ///< no pawn at all on the file
-inline constexpr int RookDoubledOnOpenFile = 10;  ///< on top of RookOnOpenFile, for one of the two
+inline constexpr int RookOnHalfOpenFile = 8;  ///< no own pawn on the file
+inline constexpr int RookOnOpenFile = 3;      ///< no pawn at all on the file
+/// On top of RookOnOpenFile, for one of the two rooks.
+inline constexpr int RookDoubledOnOpenFile = 10;
 
-inline constexpr int BishopMobilitySquare = 3;  ///< for each square
+inline constexpr int BishopMobilitySquare = 3;  ///< per square
 
-/// A bishop's place.
 inline constexpr SquareTable bishopTable{
     // clang-format off
     -2, -2, -2, -2, -2, -2, -2, -2,
@@ -101,7 +104,6 @@ inline constexpr SquareTable bishopTable{
     // clang-format on
 };
 
-/// A knight's place.
 inline constexpr SquareTable knightTable{
     // clang-format off
     -20, -12, -10, -10, -10, -10, -12, -20,
@@ -115,8 +117,8 @@ inline constexpr SquareTable knightTable{
     // clang-format on
 };
 
-/// Outposts of knights and bishops; 0 where a square is none. Twice the value when a pawn guards
-/// it.
+/// Outposts of knights and bishops; 0 where there is none. The value doubles if a pawn guards the
+/// square.
 inline constexpr SquareTable outpostTable{
     // clang-format off
     0, 0, 0, 0, 0, 0, 0, 0,
@@ -129,9 +131,8 @@ inline constexpr SquareTable outpostTable{
     0, 0, 0, 0, 0, 0, 0, 0,
     // clang-format on
 };
-inline constexpr int KnightOutpost = 3;  ///< a knight's addition to the table value
+inline constexpr int KnightOutpost = 3;  ///< added to the table value for a knight
 
-/// A queen's place.
 inline constexpr SquareTable queenTable{
     // clang-format off
     -10, -8, -4,  0,  0, -4, -8, -10,
@@ -147,7 +148,7 @@ inline constexpr SquareTable queenTable{
 
 // --- Kings ----------------------------------------------------------------------------------
 
-/// Fibonacci numbers by the distance from the first rank, better in the corners.
+/// Fibonacci numbers by distance from the first rank, better in the corners.
 inline constexpr SquareTable kingMiddlegameTable{
     // clang-format off
     -55, -55, -89, -89, -89, -89, -55, -55,
@@ -161,7 +162,6 @@ inline constexpr SquareTable kingMiddlegameTable{
     // clang-format on
 };
 
-/// A king's place in an endgame.
 inline constexpr SquareTable kingEndgameTable{
     // clang-format off
     -5, -3, -1,  0,  0, -1, -3, -5,
@@ -175,21 +175,23 @@ inline constexpr SquareTable kingEndgameTable{
     // clang-format on
 };
 
-inline constexpr int JustCastledKingSide = 24;   ///< by the last move
-inline constexpr int JustCastledQueenSide = 20;  ///< by the last move
-inline constexpr int KingMoved = 7;              ///< off its start square, an own pawn on its file
-inline constexpr int KingMovedToOpenFile = 15;   ///< off its start square, without one
+inline constexpr int JustCastledKingSide = 24;   ///< castled with the last move
+inline constexpr int JustCastledQueenSide = 20;  ///< castled with the last move
+/// Off its start square, with an own pawn on its file.
+inline constexpr int KingMoved = 7;
+/// Off its start square, with no own pawn on its file.
+inline constexpr int KingMovedToOpenFile = 15;
 
-/// Shelter: for each row that the pawn of the file is further away than one step.
+/// Pawn shelter: per row that the file's pawn is further away than one step.
 inline constexpr int ShelterKingFile = 8;
-inline constexpr int ShelterNextFile = 7;  ///< the files beside the king's
-inline constexpr int ShelterMissing = 12;  ///< no pawn of the file stands before the king
+inline constexpr int ShelterNextFile = 7;  ///< on the files next to the king's
+inline constexpr int ShelterMissing = 12;  ///< no pawn on the file in front of the king
 
-/// Storm: with the kings this many files apart, own pawns advance towards the enemy king.
+/// Pawn storm: with the kings at least this many files apart, own pawns advance on the enemy king.
 inline constexpr int StormKingDistance = 3;
 inline constexpr int StormStartRows = 18;    ///< sum of the rows of three pawns on the second rank
-inline constexpr int StormRow = 3;           ///< for each row that a pawn has advanced
+inline constexpr int StormRow = 3;           ///< per row that a pawn has advanced
 inline constexpr int StormOpenKingFile = 8;  ///< no own pawn on the enemy king's file
-inline constexpr int StormOpenNextFile = 6;  ///< no own pawn on the file beside it
+inline constexpr int StormOpenNextFile = 6;  ///< no own pawn on a file next to it
 
 }  // namespace brivok::weights

@@ -14,8 +14,8 @@ namespace {
     return std::min(board.phaseCount[White], board.phaseCount[Black]) <= weights::EndgamePhase;
 }
 
-/// The record of the pawns, computed if the table does not hold it. Without pawns (key 0) a fresh
-/// table answers with a zeroed record.
+/// The pawn record, computed if the table does not have it. Without pawns (key 0) a cleared table
+/// returns a zeroed record.
 [[nodiscard]] const PawnHashRecord& PawnRecord(const Board& board, Evaluation& with) {
     ++with.stats.pawnHashProbes;
     PawnHashRecord& record = with.pawnHash.Find(board.pawnKey);
@@ -48,7 +48,7 @@ template <Side S>
 int Evaluate(const Board& board, Evaluation& with, int alpha, int beta) {
     SearchStats& stats = with.stats;
 
-    // 1. A position that has been evaluated before.
+    // 1. Evaluation hash
     ++stats.evalHashProbes;
     EvalHashRecord& record = with.evalHash.Find(board.hashKey);
     if (record.key == board.hashKey) {
@@ -56,7 +56,8 @@ int Evaluate(const Board& board, Evaluation& with, int alpha, int beta) {
         return record.score;
     }
 
-    // 2. Material, development, pawns and cheap patterns. From here to the end: White's side.
+    // 2. Material, development, pawns and cheap patterns. From here on, scores are from White's
+    // view.
     const int materialBalance = board.material[White] - board.material[Black];
     int score = materialBalance + MaterialImbalance(board);
     score += Development<White>(board) - Development<Black>(board);
@@ -64,7 +65,7 @@ int Evaluate(const Board& board, Evaluation& with, int alpha, int beta) {
     score += pawns.score;
     score += Patterns<White>(board) - Patterns<Black>(board);
 
-    // 3. Lazy exit: far enough outside the window. Such a score is not kept.
+    // 3. Lazy exit, if the score is far enough outside the window. Such a score is not stored.
     int& lazyMargin = with.lazyMargin;
     if (with.settings.lazyEvalEnabled) {
         const int partial = FromSideToMove(board, score);
@@ -79,12 +80,12 @@ int Evaluate(const Board& board, Evaluation& with, int alpha, int beta) {
     }
     ++stats.evalFull;
 
-    // 4. Pieces and kings.
+    // 4. Pieces and kings
     const bool endgame = IsEndgame(board);
     score += PiecesAndKing<White>(board, pawns, endgame);
     score -= PiecesAndKing<Black>(board, pawns, endgame);
 
-    // 5. The margin learns, and the score is kept, cut to 16 bits.
+    // 5. Update the margin and store the score, truncated to 16 bits.
     lazyMargin = std::max(lazyMargin, std::abs(materialBalance - score));
     const int result = FromSideToMove(board, score);
     ++stats.evalHashStores;

@@ -8,36 +8,36 @@
 
 namespace brivok {
 
-/// What an evaluation works with beside the position. A search hands its own; nothing else is read
-/// or written but the piece values.
+/// What an evaluation uses besides the position; apart from this, only the piece values are read. A
+/// search passes its own.
 struct Evaluation {
-    EvalHashTable& evalHash;   ///< finished scores
-    PawnHashTable& pawnHash;   ///< pawn structures
-    SearchStats& stats;        ///< counts the work
-    const Settings& settings;  ///< lazy evaluation or not
+    EvalHashTable& evalHash;
+    PawnHashTable& pawnHash;
+    SearchStats& stats;
+    const Settings& settings;  ///< whether lazy evaluation is on
 
-    /// Largest positional score, imbalance included, that a full evaluation of the present search
-    /// has shown: the margin of the lazy exit, in centipawns. A search starts with 0.
+    /// Largest positional score, imbalance included, of any full evaluation in this search: the
+    /// margin of the lazy exit, in centipawns. 0 when a search starts.
     int lazyMargin = 0;
 };
 
-/// The one of the engine, with its tables.
+/// With the tables of the engine.
 inline Evaluation theEvaluation{evalHashTable, pawnHashTable, searchStats, settings};
 
-/// Static score of the position in centipawns, from the side to move. `alpha` and `beta`, in the
-/// same sense, serve the lazy exit alone: with lazy evaluation on, a result outside the window is
-/// only a bound.
+/// Static score of the position in centipawns, from the side to move. `alpha` and `beta`, also from
+/// the side to move, only serve the lazy exit: with lazy evaluation on, a result outside the window
+/// is just a bound.
 [[nodiscard]] int Evaluate(const Board& board, Evaluation& with, int alpha, int beta);
 
-/// The same with the engine's own tables.
+/// Uses the tables of the engine.
 [[nodiscard]] inline int Evaluate(const Board& board, int alpha, int beta) {
     return Evaluate(board, theEvaluation, alpha, beta);
 }
 
-/// Correction of trades that plain piece values misjudge, from White's side.
+/// Correction for trades that plain piece values misjudge, from White's view.
 [[nodiscard]] int MaterialImbalance(const Board& board);
 
-/// Fills the whole record from the pawns of the board, whatever it held.
+/// Fills the whole record from the pawns on the board.
 void EvaluatePawns(const Board& board, PawnHashRecord& record);
 
 }  // namespace brivok

@@ -6,7 +6,7 @@ namespace brivok {
 
 namespace {
 
-/// Castling that was the last move, else where the king stands.
+/// Scores castling if it was the last move, else the king's position relative to its start square.
 template <Side S>
 [[nodiscard]] int CastlingState(const Board& board, const PawnHashRecord& pawns, Square king) {
     constexpr std::uint32_t KingSide = S == White ? WhiteCastledKingSide : BlackCastledKingSide;
@@ -18,8 +18,9 @@ template <Side S>
     return pawnOnFile ? -weights::KingMoved : -weights::KingMovedToOpenFile;
 }
 
-/// The rearmost own pawn of one file before the king on `kingRow`, as S counts rows: the further
-/// away, the worse. A pawn level with the king or behind it is none.
+/// Shelter by the rearmost own pawn of a file in front of the king on `kingRow`, with rows as S
+/// counts them: the further away, the worse. A pawn level with the king or behind it does not
+/// count.
 template <Side S>
 [[nodiscard]] int ShelterOnFile(const PawnHashRecord& pawns, int file, int kingRow, int perRow) {
     const int distance = kingRow - SeenRow<S>(RearRow<S>(pawns)[file]);
@@ -27,7 +28,7 @@ template <Side S>
     return perRow * (1 - distance);
 }
 
-/// Own pawns on the three files of the enemy king; an empty file counts as a pawn far advanced.
+/// Own pawns on the three files around the enemy king; an empty file counts as a far advanced pawn.
 template <Side S>
 [[nodiscard]] int Storm(const PawnHashRecord& pawns, int enemyKingFile) {
     int rows = weights::StormStartRows;
@@ -56,7 +57,7 @@ int KingSafety(const Board& board, const PawnHashRecord& pawns, bool endgame) {
     int score = CastlingState<S>(board, pawns, king);
     if (endgame) return score;
 
-    // Files as the pawn record counts them, from 1.
+    // Files as in the pawn record, counted from 1.
     const int file = fileOf(king) + 1;
     const int row = SeenRow<S>(rowOf(king));
     score += ShelterOnFile<S>(pawns, file, row, weights::ShelterKingFile);

@@ -14,7 +14,7 @@ namespace {
                     board.pieces[pieceOf(Kind::Bishop, side)]);
 }
 
-/// A queen counts as two rooks.
+/// A queen counts as two.
 [[nodiscard]] int CountMajors(const Board& board, Side side) {
     return popCount(board.pieces[pieceOf(Kind::Rook, side)]) +
            2 * popCount(board.pieces[pieceOf(Kind::Queen, side)]);
@@ -22,7 +22,7 @@ namespace {
 
 [[nodiscard]] constexpr int signOf(int number) { return (number > 0) - (number < 0); }
 
-/// The king side right or a minor on the first rank keeps the development open.
+/// Whether the king-side castling right remains or a minor piece is still on the first rank.
 template <Side S>
 [[nodiscard]] bool DevelopmentIsOpen(const Board& board) {
     constexpr std::uint32_t Right = S == White ? WhiteMayKingSide : BlackMayKingSide;
@@ -31,8 +31,8 @@ template <Side S>
     return (board.castling & Right) != 0 || (minors & rowMask[SeenRow<S>(7)]) != 0;
 }
 
-/// The queen furthest ahead for White, and the one on the highest square for Black: one plain
-/// scan, unlike the order in which Black's men are walked.
+/// White's most advanced queen; for Black the queen on the highest square number. Unlike
+/// takeNext(), this is a plain scan for both sides.
 template <Side S>
 [[nodiscard]] Square QueenToDevelop(Bitboard queens) {
     return S == White ? firstBit(queens) : 63 - std::countl_zero(queens);
@@ -45,7 +45,7 @@ int MaterialImbalance(const Board& board) {
         board.phaseCount[Black] <= weights::BareTradePhase) {
         return 0;
     }
-    // White's surplus of each.
+    // White's surplus of each
     const int minors = CountMinors(board, White) - CountMinors(board, Black);
     const int majors = CountMajors(board, White) - CountMajors(board, Black);
     if (minors == 0) {
@@ -57,13 +57,13 @@ int MaterialImbalance(const Board& board) {
     switch (std::abs(majors)) {
         case 0: return weights::ImbalanceMajor * signOf(minors);
         case 1: {
-            // Minors that the side with fewer majors has instead.
+            // Extra minor pieces of the side with fewer majors.
             const int instead = -signOf(majors);
             const int surplus = minors * instead;
             if (surplus > 1) return weights::ImbalanceMajor * instead;
             return surplus == 1 ? -weights::ImbalanceMinor * instead : 0;
         }
-        // Whoever has the majors, only the minors decide.
+        // With a surplus of two majors, only the minors decide.
         case 2: return std::abs(minors) > 2 ? weights::ImbalanceMajor * signOf(minors) : 0;
         default: return 0;
     }

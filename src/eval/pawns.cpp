@@ -33,8 +33,8 @@ template <Side S>
     const bool openFile = PawnsOnFile<opposite(S)>(record)[file] == 0;
     int score = placed;
 
-    // Behind all own pawns of the neighbouring files, and isolated if there are none. A pawn on
-    // the seventh rank is level with the row of an empty file and neither of the two.
+    // Backward: behind all own pawns of the neighbouring files; isolated if there are none. A pawn
+    // on the seventh rank is level with the row of an empty file, so it is neither.
     const auto ownRear = [&record](int f) { return SeenRow<S>(RearRow<S>(record)[f]); };
     const bool backward = ownRear(file - 1) < row && ownRear(file + 1) < row;
     const bool isolated = backward && own[file - 1] == 0 && own[file + 1] == 0;
@@ -43,7 +43,7 @@ template <Side S>
 
     score -= weights::DoubledPawn * (own[file] - 1);
 
-    // Enemy pawns level with it do not stop a passed pawn.
+    // Enemy pawns level with a passed pawn do not stop it.
     const auto enemyRear = [&record](int f) { return SeenRow<S>(RearRow<opposite(S)>(record)[f]); };
     if (openFile && row <= enemyRear(file - 1) && row <= enemyRear(file + 1)) {
         score += weights::PassedTableFactor * placed;

@@ -7,7 +7,7 @@ namespace brivok {
 
 namespace {
 
-/// A bishop on the first square does not come out while a defended enemy pawn stands on the other.
+/// A bishop on the first square is trapped while a defended enemy pawn stands on the other.
 struct Trap {
     Square bishop, pawn;
 };
@@ -25,8 +25,8 @@ constexpr Bitboard TrapSquares = [] {
 
 [[nodiscard]] constexpr Bitboard withoutFirst(Bitboard set) { return set & (set - 1); }
 
-/// Value of the square as an outpost; 0 when it is none or when an enemy pawn can still come to
-/// attack it. `extra` is added before a guarding pawn doubles the value.
+/// Value of the square as an outpost; 0 if it is none or if an enemy pawn can still attack it.
+/// `extra` is added before a guarding pawn doubles the value.
 template <Side S>
 [[nodiscard]] int Outpost(const Board& board, const PawnHashRecord& pawns, Square sq, int extra) {
     const int value = weights::outpostTable[Seen<S>(sq)];
@@ -38,7 +38,7 @@ template <Side S>
     return guarded ? 2 * (value + extra) : value + extra;
 }
 
-/// Sum of a term over the men of a set.
+/// Sums a term over the men of a set.
 template <Side S, class Term>
 [[nodiscard]] int SumOver(Bitboard men, Term term) {
     int score = 0;
@@ -100,7 +100,7 @@ int Rooks(const Board& board) {
             score += weights::RookOnHalfOpenFile;
         } else {
             score += weights::RookOnOpenFile;
-            // Among the rooks still to come, so that doubled rooks count once.
+            // `rooks` holds those still to come, so doubled rooks count once.
             if ((rooks & file) != 0) score += weights::RookDoubledOnOpenFile;
         }
     }
