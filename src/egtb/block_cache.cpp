@@ -11,13 +11,13 @@ BlockCache blockCache;
 
 namespace {
 
-/// What a block counts for in the budget of the cache. The headers were smaller when pointers
-/// were; the number of blocks of a given budget has stayed.
+/// Bytes budgeted for a block's header. This is not the size of CacheBlock: it fixes how many
+/// blocks a given budget yields, on every machine.
 constexpr std::uint32_t HeaderBudget = 32;
 constexpr std::uint32_t DataBytes = ChunkBytes + DecodeSlack;
 constexpr std::uint32_t BlockBudget = HeaderBudget + DataBytes;
 
-/// A part of a split table holds this many chunks, as a power of two.
+/// log2 of the number of chunks in a part of a split table.
 constexpr unsigned PartChunksLog = PartBytesLog - 13;
 static_assert((ChunkBytes << PartChunksLog) == 1U << PartBytesLog);
 
@@ -83,7 +83,7 @@ bool decodeChunk(const TablePart& part, std::uint32_t chunk, CacheBlock& block) 
     return true;
 }
 
-/// The last chunk of a file is short, and a file that has shrunk may have none of it.
+/// The last chunk of a file is short; a file that has shrunk may not have it at all.
 bool readChunk(const TablePart& part, std::uint32_t chunk, CacheBlock& block) {
     std::FILE* const file = part.file.get();
     if (!seekTo(file, std::uint64_t{chunk} * ChunkBytes)) return false;
@@ -91,7 +91,8 @@ bool readChunk(const TablePart& part, std::uint32_t chunk, CacheBlock& block) {
     return block.length == ChunkBytes || std::ferror(file) == 0;
 }
 
-/// Fills the block with the chunk that it is labelled with. On failure the file is given up.
+/// Fills the block with the chunk that its fields name. If that fails, the file is treated as
+/// absent.
 bool fetch(CacheBlock& block) {
     const auto id = static_cast<unsigned>(block.tableId);
     const bool split = (tablebaseDescriptors[id].flags & Split) != 0;
@@ -181,7 +182,7 @@ CacheBlock* BlockCache::load(int tableId, int side, std::uint32_t chunk) {
     return block;
 }
 
-/// A free block, or the least recently used one.
+/// Takes a free block, or else the least recently used one.
 CacheBlock* BlockCache::takeBlock() {
     CacheBlock* block = freeList;
     if (block != nullptr) {

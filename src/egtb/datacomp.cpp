@@ -17,11 +17,11 @@ namespace {
 using datacomp::bigEndian32;
 using HeaderBytes = std::vector<std::uint8_t>;
 
-/// A code of up to so many symbols has its lengths written out, without a code for them.
+/// A code of up to this many symbols stores its lengths plainly, without a code for them.
 constexpr std::size_t PlainLengthCodes = 128;
 
-/// Appends to `header` until it has `size` bytes; false if the file has fewer. Grows with what the
-/// file yields, so that a size that is not true costs no memory.
+/// Appends to `header` until it has `size` bytes; false if the file has fewer. Grows in pieces, so
+/// that a false size costs no memory.
 [[nodiscard]] bool readUpTo(std::FILE* file, std::size_t size, HeaderBytes& header) {
     constexpr std::size_t Piece = std::size_t{1} << 20U;
     while (header.size() < size) {
@@ -33,7 +33,7 @@ constexpr std::size_t PlainLengthCodes = 128;
     return true;
 }
 
-/// Reads and checks the header as far as that goes without looking into its bit streams.
+/// Reads the header and checks it as far as possible without its bit streams.
 [[nodiscard]] DatacompFailure readHeader(std::FILE* file, HeaderBytes& header) {
     if (!readUpTo(file, datacomp::BlockSumsOffset, header)) return DatacompFailure::Read;
     if (!std::equal(datacomp::Signature.begin(), datacomp::Signature.end(), header.begin())) {
@@ -53,8 +53,8 @@ constexpr std::size_t PlainLengthCodes = 128;
     return sum == bigEndian32(&header[summed]) ? DatacompFailure::None : DatacompFailure::Broken;
 }
 
-/// The lengths of a small code, over zeros: numbers of a fixed width, each 0 followed by how many
-/// more there are.
+/// Reads the lengths of a small code over zeros: numbers of fixed width, each 0 followed by how
+/// many more zeros there are.
 [[nodiscard]] bool readPlainLengths(BitReader& reader, std::span<std::uint8_t> lengths) {
     const int width = static_cast<int>(reader.read(5));
     for (std::size_t i = 0; i < lengths.size();) {
@@ -70,17 +70,17 @@ constexpr std::size_t PlainLengthCodes = 128;
     return true;
 }
 
-/// Reads the code lengths of `lengths.size()` symbols. The lengths of a large code are themselves
-/// coded, as values and runs of a value, with two codes of 64 symbols for the value and the run.
-/// Each step sets a length at least, so it ends on any data; the caller asks for an overrun.
+/// Reads the code lengths of `lengths.size()` symbols. The lengths of a large code are coded
+/// themselves, as values and runs of a value, with one code of 64 symbols for each. Every step sets
+/// at least one length, so this ends on any data; the caller checks for an overrun.
 [[nodiscard]] bool ReadCodeLengths(BitReader& reader, std::span<std::uint8_t> lengths) {
     std::fill(lengths.begin(), lengths.end(), std::uint8_t{0});
     if (reader.read(1) == 1) return true;
     if (lengths.size() <= PlainLengthCodes) return readPlainLengths(reader, lengths);
 
     constexpr std::size_t CodeSize = PlainLengthCodes / 2;
-    constexpr int RunFlag = 32;    // of a value: a run of it follows
-    constexpr int PlainRuns = 32;  // the first codes of runs are lengths, less the shortest
+    constexpr int RunFlag = 32;    // in a value: a run of it follows
+    constexpr int PlainRuns = 32;  // run codes below this are run lengths, minus the shortest
     constexpr std::size_t ShortestRun = 2;
     std::array<std::uint8_t, PlainLengthCodes> small{};
     HuffmanTable<8, CodeSize> values;
@@ -109,8 +109,8 @@ constexpr std::size_t PlainLengthCodes = 128;
     return true;
 }
 
-/// Takes the fields, the block table and the code from a header whose checksum is right. What the
-/// bit streams take must lie within the header.
+/// Takes the fields, the block table and the code from a header with a correct checksum. The bit
+/// streams must end within the header.
 [[nodiscard]] DatacompFailure interpretHeader(std::span<const std::uint8_t> header,
                                               DatacompFile& decoder) {
     const int fieldBits = header[datacomp::BlockLogOffset];
@@ -148,12 +148,12 @@ constexpr std::size_t PlainLengthCodes = 128;
     return complete ? DatacompFailure::None : DatacompFailure::Broken;
 }
 
-/// Copies `length` bytes, at least one, from `distance` back, where source and destination may
-/// overlap. Works in groups and so writes up to seven bytes more.
+/// Copies `length` bytes, at least one, from `distance` bytes back; the ranges may overlap. Copies
+/// in groups and so may write up to seven bytes too many.
 void copyMatch(std::uint8_t* to, std::size_t distance, std::size_t length) {
     constexpr std::size_t Group = 8;
     static_assert(datacomp::LooseMatch + Group <= DecodeSlack);
-    // For distances below a group: the smallest multiple that is not below it.
+    // For distances below Group: the smallest multiple that is at least Group.
     constexpr std::array<std::uint8_t, Group> repeated = {0, 8, 8, 9, 8, 10, 12, 14};
     std::uint8_t* const end = to + length;
     if (distance < Group) {
@@ -206,7 +206,7 @@ DatacompFailure ReadDatacompBlock(const DatacompFile& decoder, DecodeScratch& sc
 }
 
 DatacompFailure DecodeDatacompBlock(const DatacompFile& decoder, DecodeScratch& scratch) {
-    // A code, and the bits for the length of a match behind it, come from one refill.
+    // One refill must cover a code and the length bits of a match.
     static_assert(LongestCode + datacomp::LengthCodes - datacomp::PlainLengths <=
                   BitReader::RefilledBits);
     BitReader reader(std::span(scratch.input).first(scratch.compressedSize));

@@ -7,7 +7,7 @@
 namespace brivok {
 namespace {
 
-/// The signatures in the order of the ids, with the flags in brackets where there are any.
+/// The signatures in order of id, with nonzero flags in brackets.
 constexpr std::string_view Signatures =
     "kk kpk knk kbk krk kqk kpkp knkp knkn(1) kbkp kbkn kbkb(1) krkp krkn krkb krkr(1) kqkp "
     "kqkn kqkb kqkr kqkq(1) kppk knpk knnk kbpk kbnk kbbk krpk krnk krbk krrk kqpk kqnk kqbk "

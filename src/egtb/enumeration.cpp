@@ -7,7 +7,7 @@ constexpr int fileOfSquare(int square) { return square & 7; }
 constexpr int rankOfSquare(int square) { return square >> 3; }
 constexpr int distance(int a, int b) { return a < b ? b - a : a - b; }
 
-/// A man on `square` gives check to the king that is a knight's move or one step away.
+/// Whether a man on `square` checks a king that is one step or a knight's move away.
 constexpr bool checksFromNear(ManType type, int square, int king) {
     const int files = distance(fileOfSquare(square), fileOfSquare(king));
     const int ranks = distance(rankOfSquare(square), rankOfSquare(king));

@@ -9,7 +9,7 @@ namespace {
 
 using LengthCounts = std::array<unsigned, LongestCode + 1>;
 
-/// Kraft's equality: the codes use up all of the code space and no more.
+/// Kraft's equality: the codes exactly fill the code space.
 [[nodiscard]] bool isComplete(const LengthCounts& counts) {
     unsigned sum = 0;
     for (int length = LongestCode; length > 0; --length) {
@@ -45,7 +45,7 @@ bool BuildDecodeTable(std::span<const std::uint8_t> lengths, int bits,
     }
     if (!isComplete(counts)) return false;
 
-    // A complete code has one inner node less than symbols, so the pairs stay within the table.
+    // A complete code has one inner node fewer than symbols, so the pairs fit in the table.
     std::size_t nextPair = firstLevel;
     std::uint32_t code = 0;
     for (int length = 1; length <= LongestCode; ++length, code <<= 1U) {

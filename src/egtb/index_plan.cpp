@@ -15,11 +15,11 @@
 namespace brivok {
 namespace {
 
-/// How many men of each type a side has, pawns as Pawn.
+/// Number of men of each type on one side; pawns are counted as Pawn.
 using SideCounts = std::array<int, ManTypes>;
 using Runs = std::vector<MenRun>;
 
-/// `side` is 0 for the first one of the counts, 1 for the second.
+/// `side` is 0 for the first half of the counts, 1 for the second.
 SideCounts countsOfSide(const PieceCounts& counts, int side) {
     SideCounts types{};
     const auto* const first = counts.data() + static_cast<std::size_t>(side) * CountedKinds;
@@ -27,7 +27,7 @@ SideCounts countsOfSide(const PieceCounts& counts, int side) {
     return types;
 }
 
-/// The men of a side from the strongest type to the weakest.
+/// The men of one side, strongest type first.
 Runs strongestFirst(const SideCounts& counts) {
     Runs runs;
     for (std::size_t type = ManTypes; type-- > 0;) {
@@ -52,7 +52,7 @@ Runs only(const Runs& runs, bool pawns) {
     return chosen;
 }
 
-/// Bit set of bytes.
+/// A bit set of byte numbers.
 unsigned bytesOf(const MenRun& run) { return ((1U << run.count) - 1) << run.byte; }
 unsigned bytesOf(const Runs& runs) {
     unsigned bytes = 0;
@@ -62,8 +62,8 @@ unsigned bytesOf(const Runs& runs) {
 
 constexpr unsigned KingBytes = 1U << OtherKingByte | 1U << MoverKingByte;
 
-/// The numbers of placements of a group up to each pair of kings, kept for all tables that share
-/// them.
+/// For each group of men, how many placements precede each pair of kings. Shared by all tables with
+/// such a group.
 class GroupStarts {
 public:
     const std::uint32_t* of(const Runs& group, const KingPairs& pairs) {
@@ -95,8 +95,8 @@ private:
     std::map<Key, std::vector<std::uint32_t>> starts;
 };
 
-/// Men to be numbered one type after the other: the order in which they take squares from each
-/// other, and the order of their digits from the highest.
+/// Men numbered one type after another: the order in which they occupy squares, and the order of
+/// their digits, highest first.
 struct DigitOrder {
     Runs placement;
     Runs significance;
@@ -120,8 +120,8 @@ private:
 
     GroupStarts& starts;
     IndexPlan plan;
-    Runs group;   ///< the men numbered with the kings
-    Runs others;  ///< the rest
+    Runs group;  ///< men numbered together with the kings
+    Runs others;
     std::uint8_t nextByte = FirstManByte;
 };
 
@@ -134,7 +134,7 @@ PlanCompiler::PlanCompiler(GroupStarts& groupStarts, const TablebaseDescriptor& 
     plan.hasPawns = mover[pawn] + other[pawn] > 0;
     plan.hasEnPassant = mover[pawn] > 0 && other[pawn] > 0;
 
-    // The second side of a table that serves both is the first of the board turned round.
+    // If one file serves both sides, side 1 is side 0 with the board flipped.
     const bool turned = side == 1 && (table.flags & SameForBoth) != 0;
     plan.rankFlip = turned && plan.hasPawns ? RankFlip : 0;
     plan.moverGoesUp = side == 0 || turned;
@@ -144,7 +144,7 @@ PlanCompiler::PlanCompiler(GroupStarts& groupStarts, const TablebaseDescriptor& 
     if (plan.hasEnPassant) compileEnPassant();
 }
 
-/// A bare king has the free pawns of the other side numbered with it.
+/// If the mover has a bare king, the other side's pawns, as free pawns, are numbered with it.
 void PlanCompiler::chooseGroup(const SideCounts& mover, const SideCounts& other) {
     group = strongestFirst(mover);
     others = strongestFirst(other);
@@ -154,7 +154,7 @@ void PlanCompiler::chooseGroup(const SideCounts& mover, const SideCounts& other)
         group.front().type = ManType::FreePawn;
         others = only(others, false);
     }
-    // A pair comes before a lone man, whichever is stronger.
+    // A pair comes before a single man, even a stronger one.
     std::stable_sort(group.begin(), group.end(),
                      [](const MenRun& a, const MenRun& b) { return a.count > b.count; });
     layOut(group, !freePawns);
@@ -163,7 +163,7 @@ void PlanCompiler::chooseGroup(const SideCounts& mover, const SideCounts& other)
     for (const MenRun& run : only(others, true)) plan.otherPawns = run;
 }
 
-/// Gives bytes to men, and notes where their squares stand in the lists.
+/// Assigns bytes to men and records their slots in the lists.
 void PlanCompiler::layOut(Runs& runs, bool areMovers) {
     for (MenRun& run : runs) {
         run.byte = nextByte;
@@ -178,8 +178,7 @@ void PlanCompiler::layOut(Runs& runs, bool areMovers) {
     }
 }
 
-/// From the strongest piece to the weakest, then the pawns; with two men against two and a pawn on
-/// the board the other way round.
+/// Strongest piece first, then pawns; the reverse with two men against two and a pawn on the board.
 DigitOrder PlanCompiler::plainOrder() const {
     DigitOrder order{others, others};
     if (plan.hasPawns && menIn(group) == 2 && menIn(others) == 2) {
@@ -187,7 +186,7 @@ DigitOrder PlanCompiler::plainOrder() const {
         order.placement = order.significance;
     }
     std::stable_partition(order.placement.begin(), order.placement.end(), isPawnRun);
-    // Without pawns a pair is placed after a weaker lone piece, though its digit is the higher.
+    // Without pawns, a pair is placed after a weaker single piece although its digit is higher.
     if (!plan.hasPawns && others.size() == 2 && others[0].count == 2) {
         std::reverse(order.placement.begin(), order.placement.end());
     }
@@ -201,7 +200,7 @@ void PlanCompiler::compilePlain() {
 }
 
 void PlanCompiler::compileEnPassant() {
-    // The two pawns of the capture come first among those of their sides.
+    // The two pawns of the capture are the first among the pawns of their sides.
     const auto withoutFirst = [](MenRun run) {
         ++run.byte;
         --run.count;
@@ -223,7 +222,7 @@ void PlanCompiler::compileEnPassant() {
         section(groupPieces, 0, order, capture, KingBytes | capture | bytesOf(groupPieces));
 }
 
-/// `blockedToPawns` and `blockedToPieces` are the bytes whose squares are taken from the start.
+/// `blockedToPawns` and `blockedToPieces` are the bytes whose squares are occupied from the start.
 IndexSection PlanCompiler::section(const Runs& groupRuns, unsigned flip, const DigitOrder& order,
                                    unsigned blockedToPawns, unsigned blockedToPieces) {
     IndexSection result;

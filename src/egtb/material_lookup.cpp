@@ -10,19 +10,19 @@ namespace brivok {
 
 namespace {
 
-constexpr std::size_t Levels = std::tuple_size_v<PieceCounts>;  // one for each kind of man
-constexpr std::size_t MostMen = 4;                              // besides the kings
+constexpr std::size_t Levels = std::tuple_size_v<PieceCounts>;  // one per kind of man
+constexpr std::size_t MostMen = 4;                              // without kings
 
-/// How many ways there are to share out up to `men` men over `levels` counts.
+/// Number of ways to distribute up to `men` men over `levels` counts.
 constexpr std::size_t waysToShare(std::size_t levels, std::size_t men) {
     std::size_t ways = 1;
     for (std::size_t i = 1; i <= men; ++i) ways = ways * (levels + i) / i;
     return ways;
 }
 
-/// The counts are numbered level by level, and each man counted leaves a smaller table to the
-/// levels behind: entry [level][left][count] is the number of cases that come before `count` when
-/// `left` men may still be placed.
+/// The counts are numbered level by level; each man counted leaves fewer for the levels after it.
+/// Entry [level][left][count] is the number of cases before `count` when `left` men remain to be
+/// placed.
 constexpr auto Skipped = [] {
     std::array<std::array<std::array<std::uint16_t, MostMen + 1>, MostMen + 1>, Levels> skipped{};
     for (std::size_t level = 0; level < Levels; ++level) {
@@ -40,7 +40,7 @@ constexpr auto Skipped = [] {
 constexpr std::size_t Places = waysToShare(Levels, MostMen);
 std::array<std::int16_t, Places> tableIds{};
 
-/// The number of these counts, `Places` when there are too many men.
+/// The index of these counts; `Places` if there are too many men.
 std::size_t placeOf(const PieceCounts& counts) {
     std::size_t place = 0;
     std::size_t left = MostMen;

@@ -4,14 +4,14 @@
 
 namespace brivok {
 
-/// From the men of a position to its table: only tables of which a file has been found once are
-/// known here, and none is ever forgotten.
+/// Maps the men of a position to a table. Knows only tables of which a file has been found, and
+/// never forgets one.
 
-/// The id of the table for these men, negative when the first side of its signature is Black; 0
-/// when no file of such a table has been found, or none can exist.
+/// The id of the table for these men, negative if the first side of its signature is Black; 0 if no
+/// file of the table has been found or no such table exists.
 [[nodiscard]] int TableIdFromCounts(const PieceCounts& counts);
 
-/// Makes the table known by the men of its signature, with either colour as its first side.
+/// Adds a table, with either colour as its first side.
 void addToMaterialLookup(int id);
 
 }  // namespace brivok

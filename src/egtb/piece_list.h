@@ -8,20 +8,20 @@
 
 namespace brivok {
 
-/// The men of one side by squares of the table files, a1 = 0, b1 = 1 .. h8 = 63: three slots each
-/// for pawns, knights, bishops, rooks and queens, then the king. Empty slots are never read; how
-/// many are filled follows from the table's signature.
+/// The men of one side, as squares of the table files: a1 = 0, b1 = 1, ... h8 = 63. Three slots
+/// each for pawns, knights, bishops, rooks and queens, then the king. Empty slots are never read;
+/// the table's signature tells how many are filled.
 using PieceList = std::array<std::uint32_t, 16>;
 
-inline constexpr std::size_t SlotsPerType = 3;  ///< of pawns, knights and so on
-inline constexpr std::size_t KingSlot = 15;     ///< the last one
+inline constexpr std::size_t SlotsPerType = 3;
+inline constexpr std::size_t KingSlot = 15;
 
-/// The kinds of men in the order of the slots.
+/// The kinds of men in slot order.
 inline constexpr std::array TableKinds = {Kind::Pawn, Kind::Knight, Kind::Bishop,
                                           Kind::Rook, Kind::Queen,  Kind::King};
 inline constexpr std::size_t CountedKinds = TableKinds.size() - 1;  ///< all but the king
 
-/// The place of a kind in TableKinds.
+/// The index of a kind in TableKinds.
 [[nodiscard]] constexpr std::size_t tablePlaceOf(Kind kind) {
     constexpr auto places = [] {
         std::array<std::uint8_t, PieceCodes> byCode{};
@@ -33,11 +33,11 @@ inline constexpr std::size_t CountedKinds = TableKinds.size() - 1;  ///< all but
     return places[static_cast<std::size_t>(kind)];
 }
 
-/// How many pawns, knights, bishops, rooks and queens White has, then Black; or the first side of a
-/// table, then the second.
+/// Number of pawns, knights, bishops, rooks and queens: White's, then Black's; or those of a
+/// table's first side, then its second.
 using PieceCounts = std::array<int, 2 * CountedKinds>;
 
-/// The en-passant square of a position that has none.
+/// En passant square when there is none.
 inline constexpr int NoEnPassant = 127;
 
 }  // namespace brivok

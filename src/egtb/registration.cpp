@@ -20,22 +20,22 @@ namespace {
 
 constexpr std::size_t LongestDirectory = 1023;  // characters
 
-/// The last tables of so many men.
+/// Ids of the last tables with 3 and 4 men.
 constexpr int LastOf3Men = 5;
 constexpr int LastOf4Men = 35;
 constexpr int LastOf5Men = 145;
 
-/// Compressed files of tables up to here may have names of eight letters plus three.
+/// Compressed files of tables up to this id may have 8.3 names.
 constexpr int LastShortName = 110;
 
-/// Files found since the start of the program; never reset.
+/// Found since the program started; never reset.
 int compressedFiles = 0;
 
 [[noreturn]] void endWithoutMemory(std::size_t bytes) {
     EndAtOnce("Cannot allocate " + std::to_string(bytes) + " bytes of memory");
 }
 
-/// None also for a folder, which can be opened as well, and for a pipe, which would block.
+/// Null for a folder, which some systems can open, and for a pipe, which would block.
 TableFile openRegularFile(const std::string& path) {
     std::error_code error;
     return std::filesystem::is_regular_file(path, error) ? openTableFile(path) : nullptr;
@@ -59,7 +59,7 @@ std::string wordsFor(DatacompFailure failure) {
     }
 }
 
-/// One file that a table can have, and the names that it can go by.
+/// One file of a table, with the names it may have.
 struct FileSlot {
     const TablebaseDescriptor& table;
     std::size_t side;
@@ -69,7 +69,7 @@ struct FileSlot {
     [[nodiscard]] std::uint64_t size() const { return table.size[side]; }
     [[nodiscard]] std::uint64_t entryBytes() const { return (table.flags & TwoByte) != 0 ? 2 : 1; }
 
-    /// Without a separator before it.
+    /// Without a separator.
     [[nodiscard]] std::string extension() const { return side == 0 ? "nbw" : "nbb"; }
 
     [[nodiscard]] std::string stem(std::string_view dir) const {
@@ -82,14 +82,14 @@ struct FileSlot {
     }
 };
 
-/// The decoded length of a compressed file, in entries.
+/// Decoded length of a compressed file, in entries.
 std::uint64_t entriesIn(const DatacompFile& decoder, const FileSlot& slot) {
     const auto blocks = static_cast<std::uint64_t>(decoder.blockCount);
     const auto last = static_cast<std::uint64_t>(decoder.lastBlockSize);
     return (blocks - 1) * (ChunkBytes / slot.entryBytes()) + last / slot.entryBytes();
 }
 
-/// The file must hold all entries of its side or, of a split table, a whole part or the rest.
+/// The file must hold all entries of its side; in a split table, a full part or the rest.
 void checkLength(const std::string& path, const FileSlot& slot, std::uint64_t length) {
     std::uint64_t whole = slot.size();
     std::uint64_t rest = slot.size();
@@ -104,7 +104,7 @@ void checkLength(const std::string& path, const FileSlot& slot, std::uint64_t le
 }
 
 void checkPlainFile(const std::string& path, const FileSlot& slot, std::FILE* file) {
-    // Larger files are believed: their length need not fit a long.
+    // Larger files are not checked: their length may not fit in a long.
     if (slot.entryBytes() != 1 || slot.size() >= std::uint64_t{1} << 31U) return;
     const long length = std::fseek(file, 0, SEEK_END) == 0 ? std::ftell(file) : -1;
     if (length < 0) EndAtOnce("Seek in " + path + " failed");
@@ -125,7 +125,7 @@ std::unique_ptr<DatacompFile> readHeader(const std::string& path, const FileSlot
     return decoder;
 }
 
-/// Opens the compressed file under the first of its names; none if there is none.
+/// Opens the compressed file under the first of its names that exists; null if none does.
 TableFile openCompressed(const FileSlot& slot, std::string_view dir, std::string& path) {
     const std::string stem = slot.stem(dir);
     const std::string extension = slot.extension();
@@ -175,7 +175,7 @@ bool RegisterTableSide(const TablebaseDescriptor& table, std::size_t side, std::
     return part > 0;
 }
 
-/// Returns the largest id that has a file.
+/// Returns the largest id of which it found a file.
 int registerDirectory(std::string_view dir) {
     int largest = 0;
     for (const TablebaseDescriptor& table : tablebaseDescriptors) {

@@ -7,8 +7,8 @@
 
 namespace brivok {
 
-/// Moves to `offset` bytes from the start of the file, in several steps where a long, which fseek()
-/// takes, has 32 bits.
+/// Seeks to `offset` from the start of the file. Takes several steps where long, the type that
+/// fseek() uses, has 32 bits.
 [[nodiscard]] inline bool seekTo(std::FILE* file, std::uint64_t offset) {
     constexpr auto LargestStep = static_cast<std::uint64_t>(std::numeric_limits<long>::max());
     int origin = SEEK_SET;

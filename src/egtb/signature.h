@@ -6,11 +6,9 @@
 
 namespace brivok {
 
-/// The men that the signature of a table names, such as "krbkn": a king and the men of the first
-/// side, then those of the second.
+/// The men in a table's signature, such as "krbkn": first side, then second side.
 [[nodiscard]] PieceCounts countsOf(std::string_view signature);
 
-/// The same men with the sides exchanged.
 [[nodiscard]] PieceCounts withSidesSwapped(PieceCounts counts);
 
 }  // namespace brivok

@@ -10,8 +10,8 @@
 namespace brivok {
 namespace {
 
-/// The place of a set of men among all sets of so many, by the numbers of the single men: the
-/// combinatorial number system.
+/// Index of a set of men among all sets of that size, from the numbers of the single men
+/// (combinatorial number system).
 template <class NumberOf>
 std::uint64_t combination(const MenRun& run, SquareWord men, NumberOf numberOf) {
     std::uint64_t a = numberOf(squareIn(men, run.byte));
@@ -25,7 +25,7 @@ std::uint64_t combination(const MenRun& run, SquareWord men, NumberOf numberOf) 
     return choose(c, 3) + choose(b, 2) + a;
 }
 
-/// NoIndex when the kings are too close or a man of the group gives check from near.
+/// NoIndex if the kings are too close or a man of the group gives check from close by.
 std::uint64_t groupIndex(const GroupDigit& group, SquareWord men) {
     men = flipped(men, group.flip);
     const unsigned mover = squareIn(men, MoverKingByte);
@@ -61,14 +61,14 @@ std::uint64_t sectionIndex(const IndexSection& section, SquareWord men) {
     return index;
 }
 
-/// Turns the board so that the king of the side to move stands where the pairs of kings have it.
+/// Transforms the board so that the king of the side to move is where the king pairs expect it.
 SquareWord normalized(const IndexPlan& plan, SquareWord men, unsigned rankFlip) {
     const unsigned king = squareIn(men, MoverKingByte);
     const unsigned fileFlip = (king & 4) != 0 ? FileFlip : 0;
     if (plan.hasPawns) return flipped(men, fileFlip ^ rankFlip);
     men = flipped(men, fileFlip ^ ((king & 32) != 0 ? RankFlip : 0U));
-    // The king below the diagonal, or on it and the other king not above, is the lower of the two
-    // pairs of squares.
+    // The lower pair of king squares has the mover's king below the diagonal, or on it with the
+    // other king not above it.
     constexpr SquareWord Kings = 0xFFFF;
     const SquareWord mirrored = transposed(men);
     return (mirrored & Kings) < (men & Kings) ? mirrored : men;
@@ -81,7 +81,7 @@ bool pawnsOnTheirRanks(const IndexPlan& plan, SquareWord men) {
     return ((men + AtLeast8) & ~(men + AtLeast56) & highBits) == highBits;
 }
 
-/// Exchanges the man on `square` with the first of the run; false if none of the run is there.
+/// Swaps the man on `square` with the first of the run; false if no man of the run is there.
 bool bringToFront(const MenRun& run, unsigned square, SquareWord& men) {
     const unsigned front = squareIn(men, run.byte);
     for (unsigned man = 0; man < run.count; ++man) {
@@ -93,7 +93,7 @@ bool bringToFront(const MenRun& run, unsigned square, SquareWord& men) {
     return false;
 }
 
-/// `men` holds the en-passant square and is normalized.
+/// `men` is normalized and holds the en passant square.
 std::uint64_t enPassantIndex(const IndexPlan& plan, SquareWord men) {
     const unsigned target = squareIn(men, EnPassantByte);
     const unsigned file = target & 7;
@@ -101,7 +101,7 @@ std::uint64_t enPassantIndex(const IndexPlan& plan, SquareWord men) {
     if (target != squares.target) return NoIndex;
     if (!bringToFront(plan.otherPawns, squares.taken, men)) return NoIndex;
 
-    // Of two pawns that could take, the one on the lower file counts.
+    // If two pawns could capture, the one on the lower file counts.
     unsigned caseNumber = file;
     if (file > 0 && bringToFront(plan.moverPawns, squares.taken - 1, men)) {
         caseNumber = CasesTowardsA + file - 1;

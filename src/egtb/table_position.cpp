@@ -9,8 +9,7 @@
 namespace brivok {
 namespace {
 
-/// Men of one run by their numbers, the lowest first; the reverse of the combinatorial number
-/// system.
+/// Numbers of the men of one run, lowest first (inverse of the combinatorial number system).
 using Numbers = std::array<unsigned, 3>;
 
 Numbers numbersOf(std::uint64_t combination, unsigned count) {
@@ -25,12 +24,12 @@ Numbers numbersOf(std::uint64_t combination, unsigned count) {
     return numbers;
 }
 
-/// The position as far as it is known: squares by byte, and which squares are taken.
+/// A partly known position: squares by byte, and which squares are occupied.
 class Placement {
 public:
     [[nodiscard]] SquareWord squares() const { return men; }
 
-    /// False if another man stands on the square.
+    /// False if the square is occupied.
     [[nodiscard]] bool put(unsigned square, unsigned byte) {
         men |= squareAtByte(square, byte);
         const std::uint64_t bit = std::uint64_t{1} << square;
@@ -70,7 +69,7 @@ bool placeRun(const MenDigit& digit, std::uint64_t index, Placement& placement) 
     const SquareWord placed = placement.squares() | digit.padding;
     const Numbers numbers = numbersOf(index / digit.weight % digit.radix, digit.run.count);
     for (unsigned man = 0; man < digit.run.count; ++man) {
-        // Each man placed below moves the square on.
+        // Men placed on lower squares shift this one up.
         const unsigned onEmptyBoard = numbers[man] + digit.lowest;
         unsigned square = onEmptyBoard;
         while (square != onEmptyBoard + countBelow(placed, square + 1)) {
@@ -89,7 +88,7 @@ bool placeSection(const IndexSection& section, std::uint64_t index, Placement& p
     return true;
 }
 
-/// Puts the two pawns of the capture on the board and keeps the squares free that it needs.
+/// Places the two pawns of the capture and reserves the squares that must stay empty.
 bool placeCapture(const IndexPlan& plan, unsigned caseNumber, Placement& placement) {
     const bool towardsA = caseNumber < CasesTowardsA;
     const EnPassantSquares squares(plan, towardsA ? caseNumber : caseNumber - CasesTowardsA + 1);
@@ -126,7 +125,7 @@ bool tablePosition(int id, int side, std::uint64_t index, TablePosition& positio
     position.ep = NoEnPassant;
     if (index < plan.plain.count) return true;
     position.ep = static_cast<int>(squareIn(men, EnPassantByte));
-    // Where two pawns could take, only one of them gives the index.
+    // If two pawns could capture, only one of them yields the index.
     return tableIndex(id, side, position.first, position.second, position.ep, 0) == index;
 }
 

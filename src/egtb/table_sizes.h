@@ -7,9 +7,9 @@
 
 namespace brivok {
 
-/// Entries of each table, by id and side to move: one more than the index of its last legal
-/// position. The files of `kpppkp` with the second side to move are longer than that by a part
-/// that no position leads to.
+/// Entries of each table, by id and side to move: one more than the index of the last legal
+/// position. The files of `kpppkp` with the second side to move are longer; no position uses the
+/// excess.
 // clang-format off
 inline constexpr std::array<std::array<std::uint64_t, 2>, TableCount> TableSizes = {{
     // 2 and 3 men

@@ -22,7 +22,7 @@ PieceCounts countMen(const Board& board) {
     return counts;
 }
 
-/// The men of a side of which there are no more than three of a kind.
+/// The men of one side, which must have at most three of each kind.
 PieceList listMen(const Board& board, Side side) {
     PieceList list{};
     for (std::size_t i = 0; i < CountedKinds; ++i) {
@@ -45,7 +45,7 @@ bool hasFile(const TablebaseDescriptor& table, int side) {
                        [](const TablePart& part) { return !part.fileName.empty(); });
 }
 
-/// The files of kppkp that are about hold wrong values at these indices of side 1.
+/// The `kppkp` files in circulation have wrong values at these indices of side 1.
 constexpr int KppkpId = 36;
 constexpr std::array<std::uint64_t, 7> FaultyKppkp = {56802428, 56811076, 56849992, 56858640,
                                                       59592489, 67775659, 71071628};
@@ -56,8 +56,8 @@ bool isFaulty(int tableId, int side, std::uint64_t index) {
            std::find(FaultyKppkp.begin(), FaultyKppkp.end(), index) != FaultyKppkp.end();
 }
 
-/// Between a byte's value of a mate and the wide scale. What a byte can't hold has no value, but
-/// for the two that lie just beyond the ends.
+/// Offset from a byte's mate value to the wide scale. Mates that a byte cannot hold have no value,
+/// except for the two just beyond either end.
 constexpr std::int32_t WideShift = 32640;
 
 std::int32_t widened(std::int32_t stored) {
@@ -81,7 +81,8 @@ std::int32_t scoreOf(std::int32_t value, std::int32_t ply) {
 bool TablebaseProbe(const Board& board, std::int32_t ply, std::int32_t& score) {
     ++tablebases.tbProbes;
 
-    // The table, and which of its sides is White. A set-up position can have more kings than two.
+    // The table, and which of its sides is White. A position set up by hand can have more than two
+    // kings.
     const PieceCounts counts = countMen(board);
     int id = TableIdFromCounts(counts);
     if (id == 0) return false;
@@ -96,7 +97,7 @@ bool TablebaseProbe(const Board& board, std::int32_t ply, std::int32_t& score) {
     const int side = board.sideToMove == firstSide ? 0 : 1;
     if (!hasFile(tablebaseDescriptors[static_cast<unsigned>(id)], side)) return false;
 
-    // The position in it
+    // The index
     const int ep =
         board.epSquare == NoSquare ? NoEnPassant : static_cast<int>(mirrorSquare[board.epSquare]);
     const std::uint64_t index =
@@ -112,7 +113,7 @@ bool TablebaseProbe(const Board& board, std::int32_t ply, std::int32_t& score) {
 
 std::int32_t ProbeTableValue(int tableId, int side, std::uint64_t index) {
     const TablebaseDescriptor& table = tablebaseDescriptors[static_cast<unsigned>(tableId)];
-    // NoIndex is beyond every table. Nothing lies behind the last legal position.
+    // NoIndex exceeds every size. There are no entries after the last legal position.
     if (index >= table.size[static_cast<unsigned>(side)]) return NoValue;
     if (isFaulty(tableId, side, index)) return FaultyKppkpValue;
 
