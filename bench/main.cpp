@@ -1,4 +1,4 @@
-// brivok-bench: measures the engine. What it prints as JSON, bench/compare compares.
+// brivok-bench: measures the engine. bench/compare compares what it prints as JSON.
 
 #include <cstdio>
 #include <span>
@@ -66,7 +66,7 @@ private:
     }
 };
 
-/// Measures and reports; false when a total is wrong.
+/// Measures and reports; false if a node total is wrong.
 bool carryOut(const CommandLine& line) {
     Json json{{"engine", EngineName}, {"build", BRIVOK_BUILD}};
     bool right = true;
@@ -93,7 +93,7 @@ bool carryOut(const CommandLine& line) {
                [](const Run& done) { printRun("Perft", done); });
     }
     if (line.wants(*line.depth)) report(*line.depth, runDepths(line.timedDepth), printDepths);
-    // A position of the command line can hold any byte: what is no UTF-8 is replaced.
+    // A position from the command line can hold any byte; invalid UTF-8 is replaced.
     constexpr auto Compact = -1;
     if (line.json) {
         std::printf("%s\n", json.dump(Compact, ' ', true, Json::error_handler_t::replace).c_str());

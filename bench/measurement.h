@@ -6,8 +6,8 @@
 
 namespace brivok {
 
-/// Nodes and the time that they took. Rates are by processor time, which tells the same on a busy
-/// machine; the engine computes on one thread.
+/// Nodes and the time they took. Rates use processor time, which a busy machine does not distort;
+/// the engine runs on one thread.
 struct Measurement {
     std::uint64_t nodes = 0;
     double processorSeconds = 0;
@@ -20,13 +20,13 @@ struct Measurement {
         return *this;
     }
 
-    /// 0 for work too short for the clock.
+    /// 0 if the work was too short for the clock.
     [[nodiscard]] double nodesPerSecond() const {
         return processorSeconds > 0 ? static_cast<double>(nodes) / processorSeconds : 0;
     }
 };
 
-/// Carries out a work that returns its nodes.
+/// Times `work`, which returns its node count.
 template <typename Work>
 [[nodiscard]] Measurement measure(Work work) {
     Measurement result;

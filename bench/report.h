@@ -8,16 +8,15 @@
 
 namespace brivok {
 
-/// Keeps the members in the order in which they are added.
+/// Keeps members in insertion order.
 using Json = nlohmann::ordered_json;
 
-/// Prints one line a position and the totals.
+/// Prints one line per position, then the totals.
 void printRun(std::string_view title, const Run& run);
 
-/// Prints the seconds until each depth, one column a position.
+/// Prints the seconds to reach each depth, one column per position.
 void printDepths(const Run& run);
 
-/// The run as an object.
 [[nodiscard]] Json jsonOf(const Run& run);
 
 }  // namespace brivok

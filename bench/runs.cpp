@@ -14,10 +14,10 @@ Measurement measureSearch(const TestPosition& position, int depth) {
     return measure([depth] { return searchNodes(depth); });
 }
 
-/// So many plies fit the 32 bits of a count: no position of a game has more than 218 moves.
+/// Perft counts to this depth fit in 32 bits: no position has more than 218 moves.
 constexpr int PliesInCount = 4;
 
-/// Leaves of the move tree of the position on the board.
+/// Leaves of the move tree from the position on the board.
 std::uint64_t perftLeaves(int depth) {
     if (depth <= PliesInCount) {
         return countPerft(theBoard, depth)[static_cast<std::size_t>(depth)];

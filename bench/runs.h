@@ -11,41 +11,40 @@
 
 namespace brivok {
 
-/// A fixed depth below the value that means none.
+/// The largest value of `maxIteration` that means a fixed depth.
 inline constexpr int MaxBenchDepth = NoFixedDepth - 1;
 
-/// A deeper tree takes hours.
+/// Deeper trees take hours.
 inline constexpr int MaxBenchPerftDepth = 6;
 
-/// Every so many positions of the signature one whose time to depth is taken: opening, middle game
-/// and endgame.
+/// Time to depth is measured at every position of the signature with an index divisible by this:
+/// opening, middle game and endgame.
 inline constexpr std::size_t DepthPositionStep = 10;
 
-/// What one position has taken.
 struct PositionRun {
     TestPosition position;
     Measurement measured;             ///< to the full depth
-    std::vector<Measurement> depths;  ///< from depth 1 on; of a run of times to depth only
+    std::vector<Measurement> depths;  ///< from depth 1 on; only filled by runDepths()
 };
 
-/// What one command of brivok-bench has measured.
+/// The result of one command of brivok-bench.
 struct Run {
     int depth;
     std::vector<PositionRun> positions;
-    std::optional<std::uint64_t> knownNodes;  ///< what the total must be, if that is known
+    std::optional<std::uint64_t> knownNodes;  ///< expected total, if known
 
     [[nodiscard]] Measurement total() const;
     [[nodiscard]] bool isRight() const { return !knownNodes || total().nodes == *knownNodes; }
 };
 
-/// Searches of the signature. Making the tables is not part of the time.
+/// Searches the signature positions. The time does not include allocating tables.
 [[nodiscard]] Run runSignature(int depth);
 
-/// Counts of the legal move tree; nodes are the leaves at `depth`. Throws an exception at a
-/// position that cannot be played from.
+/// Counts legal move trees; nodes are the leaves at `depth`. Throws an exception for a position
+/// that cannot be played from.
 [[nodiscard]] Run runPerft(std::span<const TestPosition> positions, int depth);
 
-/// Time to depth. Each depth is a search of its own with fresh tables: it does exactly what a
+/// Time to depth. Each depth is a separate search with fresh tables, which does exactly what a
 /// deeper search has done when it reaches that depth.
 [[nodiscard]] Run runDepths(int depth);
 

@@ -62,7 +62,7 @@ std::span<const TestPosition> signaturePositions() { return Positions; }
 void preparePosition(const TestPosition& position) {
     settings.variant = position.variant;
     allocateTables();
-    tablebases.tbMaxMen = 0;  // whatever lies in the current directory
+    tablebases.tbMaxMen = 0;  // ignore tables in the current directory
     theBoard.setPositionFromFen(position.fen);
 }
 

@@ -7,19 +7,19 @@
 
 namespace brivok {
 
-/// Makes the engine usable for a program that does not run a protocol: the tables that never
-/// change, and an application to print by.
+/// Initialises the engine for a program that runs no protocol: constant tables, and an application
+/// for output.
 void startEngine();
 
-/// By the value of the variant.
+/// Indexed by Variant.
 inline constexpr std::string_view VariantNames[] = {"normal", "fischerandom", "nocastle"};
 
-/// The word for a variant on a command line.
+/// The variant's name on the command line.
 [[nodiscard]] constexpr std::string_view nameOf(Variant variant) {
     return VariantNames[static_cast<unsigned>(variant)];
 }
 
-/// The variant of a word; none for another word.
+/// nullopt if there is no such variant.
 [[nodiscard]] std::optional<Variant> variantNamed(std::string_view name);
 
 }  // namespace brivok

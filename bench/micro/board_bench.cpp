@@ -1,5 +1,5 @@
-// The board: making and unmaking moves, exchanges, checks, and reading FEN. Each iteration goes
-// through the whole set; "each" is the time of one move or position.
+// Making and unmaking moves, exchanges, checks, and reading FEN. Each iteration covers the whole
+// set; "each" is the time per move or position.
 
 #include <benchmark/benchmark.h>
 
@@ -26,7 +26,7 @@ void makeUnmake(benchmark::State& state) {
 }
 BENCHMARK(makeUnmake);
 
-/// As the search does with each pseudo-legal move.
+/// What the search does with each pseudo-legal move.
 void makeTestUnmake(benchmark::State& state) {
     const UnchangedBoards watch(state, positions());
     const auto moves = legalMoves();

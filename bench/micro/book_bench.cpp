@@ -1,4 +1,4 @@
-// Look-ups in the default book, whose file the system has in memory.
+// Lookups in the default book, with its file cached by the system.
 
 #include <benchmark/benchmark.h>
 
@@ -8,7 +8,7 @@
 namespace brivok {
 namespace {
 
-/// The start position after 1. e4 or the like is there; the positions of the set are not.
+/// The position after a move such as 1. e4 is in the book; those of the set are not.
 void bookFind(benchmark::State& state, bool known) {
     prepareEngine();
     OpeningBook book(BRIVOK_DEFAULT_BOOK);
@@ -33,7 +33,7 @@ void bookFind(benchmark::State& state, bool known) {
 BENCHMARK_CAPTURE(bookFind, Known, true);
 BENCHMARK_CAPTURE(bookFind, Unknown, false);
 
-/// All that the engine does for a move from the book, opening the file included.
+/// A complete book move, including opening the file.
 void bookSelectMove(benchmark::State& state) {
     prepareEngine();
     OpeningBook book(BRIVOK_DEFAULT_BOOK);

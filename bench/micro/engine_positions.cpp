@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t CheckedCount = 32;
 
-/// Digest of what make and unmake write, the keys from scratch among it.
+/// Digest of the state that make and unmake write, including keys computed from scratch.
 std::uint64_t digest(std::span<const Board> boards) {
     std::uint64_t sum = 0;
     const auto mix = [&sum](std::uint64_t value) { sum = (sum ^ value) * 0x100000001B3U; };

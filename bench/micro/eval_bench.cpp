@@ -1,7 +1,6 @@
-// The evaluation, with a hit in its table, with one in the table of pawns only, and with neither.
-// A record is spoilt before each call where it must not be found: the tables stay as they are, and
-// their memory is at hand. Each iteration goes through the whole set; "each" is the time of one
-// position.
+// The evaluation with a hit in its table, with a hit in the pawn table only, and with neither. To
+// force a miss, the record is spoilt before each call, so the table itself stays in the cache. Each
+// iteration covers the whole set; "each" is the time per position.
 
 #include <benchmark/benchmark.h>
 

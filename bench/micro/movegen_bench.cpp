@@ -1,5 +1,4 @@
-// Move generation. Each iteration goes through the whole set; "each" is the time of one
-// position.
+// Move generation. Each iteration covers the whole set; "each" is the time per position.
 
 #include <benchmark/benchmark.h>
 
@@ -10,7 +9,7 @@
 namespace brivok {
 namespace {
 
-/// Generates from each board of a set and tells the mean number of moves.
+/// Runs the generator on each board of a set and reports the mean number of moves.
 void generate(benchmark::State& state, std::span<Board> (*set)(),
               void (*generator)(Board&, Move*)) {
     const auto boards = set();
@@ -35,7 +34,7 @@ BENCHMARK_CAPTURE(generate, NonCaptures, quietPositions, generateNonCaptures);
 BENCHMARK_CAPTURE(generate, PseudoLegal, quietPositions, generateMoves);
 BENCHMARK_CAPTURE(generate, Evasions, checkedPositions, generateEvasions);
 
-/// Generation, and each move made, tested and unmade.
+/// Generates the moves, then makes, tests and unmakes each.
 void countLegal(benchmark::State& state) {
     const auto boards = positions();
     const UnchangedBoards watch(state, boards);

@@ -1,6 +1,6 @@
-// Endgame tables: the index of a position, probes through the cache, the decoding of packed files.
+// Endgame tables: indexing a position, probing through the cache, decoding compressed files.
 // BRIVOK_TABLES names a folder of plain tables, BRIVOK_PACKED one of compressed tables; a benchmark
-// without its folder is skipped.
+// whose folder is not set is skipped.
 
 #include <benchmark/benchmark.h>
 
@@ -36,7 +36,7 @@ struct Sample {
     TablePosition position;
 };
 
-/// Positions drawn from all tables of these ids; each has an entry in its table.
+/// Random positions from all tables with these ids; each has an entry in its table.
 std::vector<Sample> samples(int firstId, int lastId) {
     std::mt19937_64 generator(1);
     std::vector<Sample> drawn;
@@ -50,7 +50,7 @@ std::vector<Sample> samples(int firstId, int lastId) {
     return drawn;
 }
 
-/// The position as the search has it.
+/// The FEN of a sample.
 std::string fenOf(const Sample& sample) {
     std::array<char, 64> men;
     men.fill('1');
@@ -75,7 +75,8 @@ std::string fenOf(const Sample& sample) {
     return fen;
 }
 
-/// False, with the state told, when the environment names no folder or there is nothing in it.
+/// False, with the benchmark marked as skipped, if the variable is not set or its folder has no
+/// tables.
 bool openTables(benchmark::State& state, const char* variable, std::uint32_t cacheBytes) {
     prepareEngine();
     const char* const folder = std::getenv(variable);
@@ -105,7 +106,7 @@ BENCHMARK_CAPTURE(indexes, FourMen, FirstFourMen, LastFourMen);
 BENCHMARK_CAPTURE(indexes, FiveMen, 36, 145);
 BENCHMARK_CAPTURE(indexes, SixMen, 146, 440);
 
-/// Whole probes, from boards, in random order over the four-men set.
+/// Complete probes from boards, in random order over all four-man tables.
 void probes(benchmark::State& state, const char* variable, std::uint32_t cacheBytes) {
     if (!openTables(state, variable, cacheBytes)) return;
     static std::vector<Board> boards = [] {
@@ -132,7 +133,7 @@ BENCHMARK_CAPTURE(probes, PlainSmallCache, "BRIVOK_TABLES", SmallCache);
 BENCHMARK_CAPTURE(probes, PackedWarm, "BRIVOK_PACKED", WholeSet);
 BENCHMARK_CAPTURE(probes, PackedSmallCache, "BRIVOK_PACKED", SmallCache);
 
-/// Every chunk of every table of the folder once, through a cache that keeps none of them.
+/// Reads every chunk of every table in the folder once, through a cache too small to keep any.
 void decoding(benchmark::State& state) {
     if (!openTables(state, "BRIVOK_PACKED", SmallCache)) return;
     std::int64_t bytes = 0;

@@ -1,6 +1,6 @@
-// The transposition table: one that the processor's caches hold, and one that they do not. Keys
-// pass for random, and a table is full before it is measured. The rates are of calls that do not
-// wait for each other; the search, which prefetches, comes near to that.
+// The transposition table: one that fits in the processor's caches, and one that does not. Keys are
+// pseudo-random, and a table is filled before it is measured. The calls do not depend on each
+// other; the search, which prefetches, comes close to that.
 
 #include <benchmark/benchmark.h>
 
@@ -11,25 +11,25 @@
 namespace brivok {
 namespace {
 
-constexpr std::int64_t Small = 1;  ///< megabytes; half of it to all of it is used
+constexpr std::int64_t Small = 1;  ///< megabytes; between half and all of it is used
 constexpr std::int64_t Large = 256;
-constexpr int DeepestEntry = 127;  ///< units of 1/16 ply
+constexpr int DeepestEntry = 127;  ///< in 1/16 ply
 constexpr std::uint64_t FirstSeed = 1;
 
-/// The key gives all that is stored.
+/// Everything stored derives from the key.
 void storeEntry(TranspositionTable& table, std::uint64_t key) {
     const int depth = static_cast<int>(key >> 40U) & DeepestEntry;
     table.store(key, 1, depth, BoundLower, static_cast<Move>(key >> 32U), false, depth);
 }
 
-/// As many entries as there are slots.
+/// Stores as many entries as there are slots.
 void fill(TranspositionTable& table) {
     table.nextGeneration();
     std::uint64_t seed = FirstSeed;
     for (std::uint64_t i = 0; i < 2ULL * table.size(); ++i) storeEntry(table, nextRandom(seed));
 }
 
-/// A full table of its own, with the setting as it was.
+/// A full table of its own; restores the setting.
 class FullTable {
 public:
     explicit FullTable(std::int64_t megabytes) {
@@ -54,7 +54,7 @@ void store(benchmark::State& state) {
 }
 BENCHMARK(store)->Name("ttStore")->Arg(Small)->Arg(Large);
 
-/// Looks up what has been stored, in the same order; a part of it is overwritten by now.
+/// Looks up what was stored, in the same order; some entries have been overwritten.
 void probe(benchmark::State& state) {
     FullTable full(state.range(0));
     const std::uint64_t stored = 2ULL * full.table.size();
