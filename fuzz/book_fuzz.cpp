@@ -1,6 +1,6 @@
-// A libFuzzer target: whatever a book file holds, only a legal move comes of it, and the book
-// builder reads it up to its first fault. The bytes are taken as they are, and then as records of
-// the positions that the first moves lead to, in order.
+// A libFuzzer target: whatever a book file contains, the engine plays only legal moves from it, and
+// the book builder reads it up to its first fault. The input is used twice: as a file, and as
+// records for the positions after each first move, in order.
 
 #include <algorithm>
 #include <array>
@@ -21,7 +21,7 @@ namespace {
 
 constexpr char Name[] = "libro.bin";
 
-/// The keys of the positions after each move of the start position, in rising order.
+/// The keys of the positions after each first move, in rising order.
 std::vector<std::uint64_t> keysOfMoves() {
     std::vector<std::uint64_t> keys;
     MoveList moves;

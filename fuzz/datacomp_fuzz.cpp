@@ -1,5 +1,5 @@
-// A libFuzzer target: whatever the bytes of a compressed table are, to read its header and to
-// decode its blocks stays within all buffers and ends.
+// A libFuzzer target: whatever the bytes of a compressed table, reading its header and decoding its
+// blocks stays within all buffers and ends.
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-// A libFuzzer target: whatever a suite holds, "epdtest" and "evaltest" run through it.
+// A libFuzzer target: whatever a suite contains, "epdtest" and "evaltest" get through it.
 
 #include <cstddef>
 

@@ -5,7 +5,7 @@
 
 namespace brivok::fuzz {
 
-/// What must hold, whatever the input is.
+/// Aborts with the message unless the condition holds.
 inline void expect(bool holds, const char* what) {
     if (holds) return;
     std::fprintf(stderr, "expected: %s\n", what);

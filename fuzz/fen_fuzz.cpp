@@ -1,5 +1,5 @@
-// A libFuzzer target: whatever a line says, the position that comes of it is one to play on with.
-// The first character chooses the variant: 0, 1 or 2.
+// A libFuzzer target: whatever a FEN line says, the resulting position can be played from. The
+// first character chooses the variant: 0, 1 or 2.
 
 #include <algorithm>
 #include <cstddef>
@@ -24,21 +24,21 @@ namespace {
 
 using fuzz::expect;
 
-/// One king a side, and the side that has moved not in check: what a game can come to, and no more
-/// than that is promised for.
+/// One king per side, and the side not to move not in check. The engine makes promises only for
+/// such positions, the ones a game can reach.
 bool isPlayable(const Board& board) {
     const auto kings = [&board](Piece king) { return std::ranges::count(board.squares, king); };
     return kings(WhiteKing) == 1 && kings(BlackKing) == 1 && !board.moverInCheck();
 }
 
-/// A legal move is found again by its texts, and they leave the board alone.
+/// Reading the texts of a legal move finds that move again and leaves the board unchanged.
 void readBack(Board& board, Move move) {
     const std::uint64_t key = board.hashKey;
     expect(isLegalMove(board, move), "a move that is safe is legal");
     const std::string squares = moveToCoordinate(move);
     expect(moveToCoordinate(parseMove(board, squares)) == squares,
            "a move is found by its squares");
-    // The engine names no more than one rival.
+    // The engine disambiguates against one rival only.
     const SanReading reading = readSan(board, moveToSan(board, move));
     expect(reading.move == move || reading.fault == "ambiguous move",
            "a move is found by its name");

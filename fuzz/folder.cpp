@@ -37,15 +37,15 @@ void fuzz::removeFiles() {
 
 }  // namespace brivok
 
-/// Less of the past is kept than usual, of freed memory and of stacks: it takes time.
+/// Shorter histories of freed memory and of stacks: they cost time.
 // NOLINTNEXTLINE(bugprone-reserved-identifier)
 extern "C" const char* __asan_default_options() {
     return "quarantine_size_mb=16:malloc_context_size=8";
 }
 
-/// Called by libFuzzer once, before all else.
+/// Called by libFuzzer before anything else.
 extern "C" int LLVMFuzzerInitialize(int* count, char*** arguments) {
-    // The names of inputs and of their folders are to mean the same from the other folder.
+    // Make the paths of inputs absolute: the working directory is about to change.
     static std::list<std::string> paths;
     for (char*& argument : std::span(*arguments, static_cast<std::size_t>(*count)).subspan(1)) {
         if (*argument == '-') continue;
@@ -60,7 +60,7 @@ extern "C" int LLVMFuzzerInitialize(int* count, char*** arguments) {
     std::filesystem::current_path(brivok::folder);
     std::atexit(brivok::leaveFolder);
     std::filesystem::create_directory("logs");
-    // Where the engine appends to, run after run.
+    // Files to which the engine appends would grow from run to run.
     for (const char* const grows : {"brivoklog.txt", "suite-results.txt", "suite-notfound.epd"}) {
         std::filesystem::create_symlink("/dev/null", grows);
     }

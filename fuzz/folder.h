@@ -2,13 +2,13 @@
 
 #include <string_view>
 
-/// The temporary folder that a fuzz target works in, so that nothing is written elsewhere.
+/// The temporary folder in which a fuzz target runs, so that it writes nothing elsewhere.
 namespace brivok::fuzz {
 
-/// Makes the file, or overwrites it.
+/// Creates or overwrites the file.
 void writeFile(const char* name, std::string_view content);
 
-/// Removes the files that are there, the engine's own as well.
+/// Removes all files, including those of the engine.
 void removeFiles();
 
 }  // namespace brivok::fuzz

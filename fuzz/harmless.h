@@ -5,8 +5,8 @@
 
 namespace brivok::fuzz {
 
-/// The lines of a protocol or of brivok.ini as the engine may get them: sizes of tables are cut to
-/// one digit, counts of moves to one ply, and no path leads out of the folder.
+/// Restricts lines of a protocol or of brivok.ini: table sizes to one digit, move counts to one
+/// ply, and paths to the current folder.
 [[nodiscard]] std::string harmless(std::string_view lines);
 
 }  // namespace brivok::fuzz

@@ -1,6 +1,6 @@
-// A libFuzzer target: whatever a word is, the engine and the book builder read it as one and the
-// same legal move or as none. The first line sets the position up, unless it is empty; the words
-// of the others are played.
+// A libFuzzer target: the engine and the book builder read any word as the same legal move, or both
+// reject it. The first line, unless empty, sets up the position; the words of the other lines are
+// played.
 
 #include <algorithm>
 #include <cstddef>

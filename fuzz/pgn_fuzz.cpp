@@ -1,5 +1,5 @@
-// A libFuzzer target: whatever a file of games holds, the book builder reads it to its end, alike
-// wherever its buffer ends, and learns from it what can be learnt without harm to the board.
+// A libFuzzer target: the book builder reads any file of games to its end, with the same result for
+// every buffer size, and leaves the board intact.
 
 #include <cstddef>
 #include <string>
@@ -13,7 +13,7 @@
 namespace brivok {
 namespace {
 
-/// Plays all games of the text; what they come to, in one string.
+/// Plays all games of the text and returns what they yield as one string.
 std::string readAll(std::string_view text, std::size_t capacity) {
     std::string all;
     if (text.empty()) return all;

@@ -17,23 +17,23 @@ namespace brivok::fuzz {
 
 namespace {
 
-/// Nodes between two looks of a search at the input, of one search, and of all searches on one
+/// Nodes between two polls of a search, nodes of one search, and nodes of all searches for one
 /// input.
 constexpr std::uint32_t NodesBetweenLooks = 40;
 constexpr std::uint32_t NodesOfSearch = 400;
 constexpr std::uint32_t NodesOfInput = 1000;
 
-/// By so much each look at the clock moves it on, in milliseconds: a few of them make a second.
+/// Milliseconds by which each look at the clock advances it; a few looks make a second.
 constexpr std::uint64_t ClockStep = 50;
 
-/// What lies around the engine. A search meets a line every few nodes and gets no further than some
-/// hundred; what is printed is of no use.
+/// The engine's surroundings. A search reads a line every few nodes and ends after a few hundred;
+/// output is discarded.
 class Outside final : public FakePlatform {
 public:
     Outside() { stepOfLook = ClockStep; }
 
-    /// Only a running search asks, the first time at its first node. It is made to ask again soon,
-    /// and told to stop, as by a line, when it has gone far enough.
+    /// Only a running search calls this, first at its first node. Makes the search poll again soon,
+    /// and stops it, as a line would, once it has gone far enough.
     bool inputReady() override {
         SearchStats& stats = searchStats;
         const bool pondering = theSearcher.searchMode == SearchMode::Pondering;
@@ -52,7 +52,7 @@ public:
     MadeDirectory makeDirectory(const std::string&) override { return MadeDirectory::Failure; }
 
 private:
-    std::uint32_t nodes = 0;  ///< of all searches, up to the last look
+    std::uint32_t nodes = 0;  ///< of all searches, up to the last poll
     std::uint32_t nodesAtLook = 0;
 };
 
@@ -73,8 +73,8 @@ void freshBoard() {
 void runEngine(std::string_view lines) {
     Outside outside;
     Program program(outside);
-    // A log that grows nowhere. The folder of the tables counts as looked through already, which
-    // would take longer than all else.
+    // Send the log nowhere. Mark the table folder as already searched, because searching it would
+    // take longer than everything else.
     settings.logInSingleFile = settings.createLog = true;
     tablebases.tbDirectories = settings.egtbDir = "nowhere";
     while (!lines.empty()) {

@@ -4,12 +4,12 @@
 
 namespace brivok::fuzz {
 
-/// The start position and the default settings, with all that a board needs. Where the engine would
-/// end the process it throws ProcessEnded.
+/// Sets up the start position, the default settings and everything a board requires. Where the
+/// engine would end the process it throws ProcessEnded.
 void freshBoard();
 
-/// Starts a fresh engine as main() does and lets it read the lines until they end or make it end. A
-/// search meets one of them every few nodes; an empty line lets it go on.
+/// Starts a fresh engine as main() does and lets it read the lines until they end or stop it. A
+/// search reads one every few nodes; an empty line lets it continue.
 void runEngine(std::string_view lines);
 
 }  // namespace brivok::fuzz

@@ -1,4 +1,4 @@
-// A libFuzzer target: whatever brivok.ini says, an engine that has read it plays on.
+// A libFuzzer target: whatever brivok.ini says, an engine that has read it still plays.
 
 #include <cstddef>
 

@@ -1,7 +1,7 @@
-// A libFuzzer target: whatever the file of an endgame table holds, the engine registers or refuses
-// it, and every position asked of it has a value in range or none. The first byte chooses the
-// table and the side and whether the rest is a plain or a compressed file; it may also have the
-// rest made fit: a plain file gets its right length, a compressed one a header that passes.
+// A libFuzzer target: whatever the file of an endgame table contains, the engine accepts or refuses
+// it, and every probe yields a value in range or none. The first byte chooses the table, the side,
+// and whether the rest is a plain or a compressed file. It can also ask for a repair of the rest:
+// the correct length for a plain file, a header that passes for a compressed one.
 
 #include <algorithm>
 #include <array>
@@ -26,7 +26,7 @@ namespace {
 
 struct Table {
     const char* name;
-    const char* fen;  ///< a position of it
+    const char* fen;  ///< a position in the table
 };
 constexpr std::array<Table, 5> Tables{{{"kqk", "8/8/3k4/8/4Q3/8/8/K7"},
                                        {"krk", "8/8/3k4/8/7R/8/8/K7"},

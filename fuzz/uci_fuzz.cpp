@@ -1,4 +1,4 @@
-// A libFuzzer target: whatever lines come in under UCI, the engine goes on and ends in order.
+// A libFuzzer target: the engine survives any UCI input and ends properly.
 
 #include <cstddef>
 

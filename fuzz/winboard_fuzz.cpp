@@ -1,4 +1,4 @@
-// A libFuzzer target: whatever lines come in under WinBoard, the engine goes on and ends in order.
+// A libFuzzer target: the engine survives any WinBoard input and ends properly.
 
 #include <cstddef>
 
