@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::uint64_t StartHashKey = 0xD5FB27437EB87C7F;
 
-/// The set of squares named in the text, two characters each.
+/// The squares named in the text, two characters each.
 Bitboard squareSet(const std::string& names) {
     Bitboard set = 0;
     for (std::size_t i = 0; i + 1 < names.size(); i += 3) {
@@ -160,7 +160,7 @@ TEST_F(BoardTest, FenFields) {
         {bare + " b\n", Variant::Normal, 0, 1, NoSquare, 0},
         {rooks + " w KQkq - 0 1", Variant::Normal, 0, 0, NoSquare, 240},
         {rooks + " w xQ-k - 0 1", Variant::Normal, 0, 0, NoSquare, 96},
-        {rooks + " KQkq - 7 3", Variant::Normal, 7, 4, NoSquare, 240},  // no side to read
+        {rooks + " KQkq - 7 3", Variant::Normal, 7, 4, NoSquare, 240},  // no side to move
         {bare + " w KQkq - 0 1", Variant::NoCastle, 0, 0, NoSquare, 0},
         {frc, Variant::Fischerandom, 0, 0, NoSquare, 240},
     };
@@ -232,7 +232,7 @@ TEST_F(BoardTest, HostileFensLeaveAUsablePosition) {
         bare + " w - - -99999999999999999999999 4294967297",
         bare + " w - - 0x10 1e3",
         "\x80\xFF" + bare + "\t w",
-        "4k3/8/8/8/8/8/3P4/4K3 w - e3 0 1",  // nothing to take in passing
+        "4k3/8/8/8/8/8/3P4/4K3 w - e3 0 1",  // no pawn to capture en passant
         "4k3/8/8/8/8/8/3P4/4K3 w - c8 0 1",
         "kk6/8/8/8/8/8/8/KK6 w - - 0 1",
         "K1k5/8/8/8/8/8/8/8 w - - 0 1023",
@@ -282,7 +282,7 @@ TEST_F(BoardTest, EnPassantSquareNeedsAReadyPawn) {
     EXPECT_EQ(board.epSquare, NoSquare);
     ASSERT_TRUE(playMoves(board, "a7a6 e4e5 d7d5"));
     EXPECT_EQ(board.epSquare, squareNamed("d6"));
-    setPosition("4k3/8/8/7p/8/7p/P7/4K3 w - - 0 1");  // h5 and h3 have the numbers beside a4
+    setPosition("4k3/8/8/7p/8/7p/P7/4K3 w - - 0 1");  // h5 and h3 have the numbers next to a4's
     ASSERT_TRUE(playMoves(board, "a2a4"));
     EXPECT_EQ(board.epSquare, NoSquare);
 }
@@ -356,8 +356,8 @@ TEST_F(BoardTest, ChecksAndPins) {
     }
 }
 
-/// The words that a table entry could hold for this position: all combinations of squares and
-/// flags with a moving and a captured man that come near the truth.
+/// Visits words that a table entry could hold for this position: all combinations of squares and
+/// flags with plausible moving and captured men.
 template <class Visit>
 void forEachWord(const Board& board, Visit visit) {
     for (Square from = 0; from < Squares; ++from) {
@@ -383,7 +383,7 @@ TEST_F(BoardTest, ValidMovesAreThePseudoLegalOnes) {
         {"r3k2r/p1ppqpb1/bn2pnp1/3PN3/1pP1P3/2N2Q1p/PP1BBPPP/R3K2R b KQkq c3 0 1", Variant::Normal},
         {"r3k3/1P5P/8/2pP4/8/8/8/R3K2R w KQq c6 0 2", Variant::Normal},
         {"r3k2r/8/8/8/8/8/1p5p/1N2K3 b kq - 0 2", Variant::Normal},
-        {"1k5r/8/8/8/8/8/8/1K5R w Kk - 0 1", Variant::Normal},  // homes that do not fit
+        {"1k5r/8/8/8/8/8/8/1K5R w Kk - 0 1", Variant::Normal},  // homes do not fit
         {"1r2k1r1/p4p2/8/2b5/2B5/8/P4P2/1R2K1R1 w KQkq - 0 15", Variant::Fischerandom},
         {"r5kr/8/8/8/8/8/8/R5KR b KQkq - 4 11", Variant::Fischerandom},
         {"r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1", Variant::NoCastle},
@@ -395,7 +395,7 @@ TEST_F(BoardTest, ValidMovesAreThePseudoLegalOnes) {
         std::set<Move> expected;
         for (const Move move : generatedMoves(board)) {
             expected.insert(move);
-            // Evasions write double pushes without their mark.
+            // Evasions do not mark double pushes.
             expected.insert(move & ~field::MovDobleP.put(1));
         }
         std::set<Move> valid;

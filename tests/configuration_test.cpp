@@ -30,7 +30,7 @@ constexpr char AllKeys[] =
     "MateThreatExtension: 33\nPawnPushExtension: 100\nPawnValue: 90\nKnightValue: 310\n"
     "BishopValue: 320\nRookValue: 510\nQueenValue: 950\nVariant: frc\n";
 
-/// Runs in an empty folder of its own.
+/// Runs in an empty folder.
 class ConfigurationTest : public EngineTest {
 protected:
     ConfigurationTest() : home(fs::current_path()) {
@@ -43,14 +43,14 @@ protected:
         fs::remove_all(folder);
     }
 
-    /// What a file of this text makes of the present settings.
+    /// Applies a file with this text to the current settings.
     static const Settings& add(const std::string& text) {
         std::ofstream("brivok.ini", std::ios::binary) << text;
         ReadConfiguration();
         return settings;
     }
 
-    /// What it makes of the defaults.
+    /// Applies a file with this text to the default settings.
     static const Settings& read(const std::string& text) {
         settings = Settings{};
         return add(text);
@@ -109,7 +109,7 @@ TEST_F(ConfigurationTest, EachKeySetsSomethingOfItsOwn) {
     for (const Setting& setting : settingsTable()) {
         if (setting.key == nullptr) continue;
         settings = Settings{};
-        // One of them at least is not the default
+        // At least one of these is not the default
         for (const char* value : {"other", "7", "true", "frc"}) {
             if (settings == Settings{}) {
                 EXPECT_TRUE(setKey(setting.key, value));
@@ -124,7 +124,7 @@ TEST_F(ConfigurationTest, EachKeySetsSomethingOfItsOwn) {
 
 TEST_F(ConfigurationTest, ShippedFileHoldsTheDefaults) {
     read(AllKeys);
-    settings.egtbDir.clear();  // no line can say so
+    settings.egtbDir.clear();  // no line can express this
     fs::copy_file(dataPath("../../data/brivok.ini"), "brivok.ini",
                   fs::copy_options::overwrite_existing);
     ReadConfiguration();

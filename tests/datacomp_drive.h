@@ -29,7 +29,7 @@ private:
     std::unique_ptr<std::FILE, Close> file;
 };
 
-/// One block, in memory that ends where the decoder must stop to write.
+/// Decodes one block into memory that ends at the last byte the decoder may write.
 [[nodiscard]] inline DatacompFailure decodeBlock(const DatacompFile& decoder, std::FILE* file,
                                                  std::uint32_t block, Bytes& output) {
     const auto scratch = std::make_unique<DecodeScratch>();
@@ -39,7 +39,7 @@ private:
     return failure == DatacompFailure::None ? DecodeDatacompBlock(decoder, *scratch) : failure;
 }
 
-/// Overwrites what a reader compares at once, so that any bytes get as far as the bit streams.
+/// Overwrites what a reader checks first, so that any input gets as far as the bit streams.
 inline void repairHeader(Bytes& bytes) {
     const auto put32 = [&bytes](std::size_t at, std::size_t number) {
         for (std::size_t i = 0; i < 4; ++i) {
@@ -60,7 +60,8 @@ inline void repairHeader(Bytes& bytes) {
     put32(summed, datacomp::checksum(std::span(bytes).first(summed)));
 }
 
-/// Opens the bytes as a file and decodes its first blocks, good or not; how many were good.
+/// Opens the bytes as a file and decodes its first blocks, valid or not; returns how many were
+/// valid.
 inline int decodeAnything(const Bytes& bytes) {
     constexpr std::uint32_t Tries = 16;
     const MemoryFile file(bytes);

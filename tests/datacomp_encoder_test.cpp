@@ -29,7 +29,7 @@ Bytes randomBytes(std::size_t count) {
     return bytes;
 }
 
-/// Rises and falls in the steps of a board, with plains and a little noise.
+/// Rises and falls like the values of a table, with plateaus and a little noise.
 Bytes tableLike(std::size_t count) {
     std::mt19937 random;
     Bytes bytes(count);
@@ -71,10 +71,10 @@ protected:
     }
 
     fs::path folder;
-    PackResult result;  ///< of packed()
+    PackResult result;  ///< from packed()
 };
 
-/// Bits from some byte on, as many as `expected` has; blanks in that do not count.
+/// Compares the bits from a byte on with `expected`, in which blanks are ignored.
 void expectBits(const Bytes& bytes, std::size_t begin, std::string expected) {
     std::erase(expected, ' ');
     std::string bits;
@@ -84,7 +84,7 @@ void expectBits(const Bytes& bytes, std::size_t begin, std::string expected) {
     EXPECT_EQ(bits, expected);
 }
 
-// Where the bits of a file of one block begin: 26 fields of 13 bits, then the lengths of the code.
+// Where the bit streams of a one-block file begin: 26 fields of 13 bits, then the code lengths.
 constexpr std::size_t BlockTable = 80 + 8;
 constexpr std::size_t CodeLengths = BlockTable + (26 * 13 + 7) / 8;
 
@@ -137,14 +137,14 @@ TEST_F(DatacompEncoderTest, LaysOutStoredBlocks) {
     const Bytes file = packed(bytes);
     ASSERT_EQ(file.size(), CodeLengths + 1 + 4 + 256);
     EXPECT_EQ(Bytes(file.begin() + 60, file.begin() + BlockTable),
-              (Bytes{0,    0,    0,    0,    0, 0, 0, 0x88,  // after the text, size
+              (Bytes{0,    0,    0,    0,    0, 0, 0, 0x88,  // after the text: header size
                      0,    0,    13,   24,   0, 0, 0, 1,    0x00, 0x40, 0x01, 0xF5,  // one block
-                     0xD7, 0xAD, 0x24, 0x52,  // the sum of the block,
+                     0xD7, 0xAD, 0x24, 0x52,  // checksum of the block,
                      0xD7, 0xAD, 0x24, 0x52}));
     expectBits(file, BlockTable,
-               "0000100000000"           // in the file
-               "0000100000000"           // decoded
-               "0000000000001");         // the first distance
+               "0000100000000"           // compressed size
+               "0000100000000"           // decoded size
+               "0000000000001");         // first distance
     EXPECT_EQ(file[CodeLengths], 0x80);  // no code
     EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), file.end() - 256));
 }
@@ -155,12 +155,13 @@ TEST_F(DatacompEncoderTest, LaysOutTheCode) {
                "0000000000001"
                "0000000000010");
     expectBits(file, CodeLengths,
-               "0 0 00001 "                             // a code for the lengths; its own in a bit
+               // A code for the lengths; its own lengths in one bit each.
+               "0 0 00001 "
                "0 0000 1 "                              // lengths 0 and 1 ..
                "0 1111 0 1101 1 "                       // .. and 32, runs of length 0
-               "0 1111 0 1111 0 1111 0 1111 0 0100 1 "  // sizes of runs 38 ..
+               "0 1111 0 1111 0 1111 0 1111 0 0100 1 "  // run sizes 38 ..
                "0 0001 1 "                              // .. and 41
-               "0 1111 0 0101 "                         // none to the end
+               "0 1111 0 0101 "                         // no more until the end
                "1 0 000000 "                            // 97 times 0
                "0 "                                     // 1
                "1 1 101111101 "                         // 926 times 0
@@ -175,7 +176,7 @@ TEST_F(DatacompEncoderTest, LaysOutMatches) {
                "0000000000000");  // a full block
     expectBits(file, file.size() - 2,
                "0 "               // x
-               "1 111111110001 "  // from one back, 4110 bytes and 4081 more
+               "1 111111110001 "  // one byte back, 4110 bytes plus 4081
                "00");
 }
 
@@ -225,7 +226,7 @@ TEST_F(DatacompEncoderTest, FailuresLeaveNothingBehind) {
     EXPECT_TRUE(read("packed") == good);
 }
 
-/// Total length of the optimal code without a limit: the sum of Huffman's inner nodes.
+/// Total length of the optimal code without a length limit: the sum of Huffman's inner nodes.
 std::uint64_t huffmanSize(const std::vector<std::uint64_t>& counts) {
     std::priority_queue<std::uint64_t, std::vector<std::uint64_t>, std::greater<>> nodes;
     for (const std::uint64_t count : counts) {
@@ -257,7 +258,7 @@ TEST(PrefixCode, IsCompleteWithinTheLimitAndOptimalWithoutIt) {
         for (const unsigned limit : {10U, 15U, 40U}) {
             const std::vector<std::uint8_t> lengths = codeLengths(counts, limit);
             std::uint64_t size = 0;
-            std::uint64_t space = 0;  // of 2^40 codes
+            std::uint64_t space = 0;  // in units of 2^-40
             for (std::size_t symbol = 0; symbol < counts.size(); ++symbol) {
                 ASSERT_EQ(lengths[symbol] == 0, counts[symbol] == 0);
                 ASSERT_LE(lengths[symbol], limit);

@@ -21,7 +21,7 @@ using enum DatacompFailure;
 using Lengths = std::vector<std::uint8_t>;
 using tables::BlockSize;
 
-/// Numbers that are the same on every system.
+/// Random numbers that are the same on every system.
 class Dice {
 public:
     explicit Dice(unsigned seed) : engine(seed) {}
@@ -31,8 +31,8 @@ private:
     std::mt19937 engine;
 };
 
-/// A complete code of the given symbols: leaves of a tree that grows at random, the more in depth
-/// the higher `depth` (0 .. 7).
+/// A complete code for the symbols: the leaves of a random tree, which is deeper for higher `depth`
+/// (0 to 7).
 Lengths randomCode(const std::vector<unsigned>& symbols, unsigned depth, Dice& dice) {
     Lengths leaves = {0}, lengths(datacomp::SymbolCount);
     while (leaves.size() < symbols.size()) {
@@ -44,7 +44,7 @@ Lengths randomCode(const std::vector<unsigned>& symbols, unsigned depth, Dice& d
     return lengths;
 }
 
-/// A file to be: its code and distances, and blocks that are given symbol by symbol.
+/// A file under construction: its code and distances, and blocks given symbol by symbol.
 struct Packed {
     explicit Packed(const Lengths& lengths) : coding{{}, tables::PrefixCode(lengths)} {
         std::iota(coding.distances.begin(), coding.distances.end(), std::uint16_t{1});
@@ -70,7 +70,7 @@ struct Packed {
     void endBlock(std::size_t size) {
         writer.finish();
         data.resize(size);
-        // Never empty, nor as long as a stored block: bits behind the last symbol are not read.
+        // Never empty and never as long as a stored block; bits after the last symbol are not read.
         if (bits.empty() || bits.size() == size) bits.push_back(0);
         blocks.push_back(bits.size() <= BlockSize ? bits : data);
         decoded.push_back(data);
@@ -89,7 +89,7 @@ struct Packed {
         return file;
     }
 
-    /// Every block decodes to what it was made of.
+    /// Checks that every block decodes to its data.
     void check() const {
         const MemoryFile memory(file());
         std::unique_ptr<DatacompFile> decoder;
@@ -106,7 +106,7 @@ struct Packed {
 
     tables::Coding coding;
     std::vector<Bytes> blocks, decoded;
-    Bytes bits, data;  ///< of the block at work
+    Bytes bits, data;  ///< of the current block
     tables::BitWriter writer{bits};
 };
 
@@ -126,10 +126,10 @@ DatacompFailure blockFailure(Bytes bytes, std::uint32_t block = 0) {
     return decodeBlock(*decoder, file.get(), block, output);
 }
 
-/// Numbers and the bits that they take.
+/// Numbers and their widths in bits.
 using Fields = std::vector<std::pair<unsigned, unsigned>>;
 
-/// A header of full blocks, whose lengths of the code are given bit by bit.
+/// A header for full blocks, with the code lengths given bit by bit.
 Bytes headerWith(const Fields& code, unsigned blockLog = 13, std::size_t blocks = 0) {
     Bytes file(80 + 8 * blocks + ((blocks + 25) * blockLog + 7) / 8);
     file[70] = static_cast<std::uint8_t>(blockLog);
@@ -145,8 +145,8 @@ Bytes headerWith(const Fields& code, unsigned blockLog = 13, std::size_t blocks 
 }
 const Fields NoCode = {{1, 1}};
 
-/// Random codes, flat ones and such of up to 31 bits, of up to all symbols, and blocks of random
-/// symbols: the rare ones too, and matches of all kinds that fit.
+/// Random codes, flat or with up to 31 bits, for few or all symbols, and blocks of random symbols,
+/// including rare ones and all kinds of matches that fit.
 TEST(Datacomp, DecodesAllCodesAndMatches) {
     int compressed = 0, loose = 0;
     for (unsigned seed = 0; seed < 60; ++seed) {
@@ -161,7 +161,7 @@ TEST(Datacomp, DecodesAllCodesAndMatches) {
         symbols.resize(std::array{2U, 12U, 40U, 300U, 1024U}[dice.below(5)]);
         Packed packed(randomCode(symbols, dice.below(8), dice));
         for (std::uint16_t& distance : packed.coding.distances) {
-            // 0 is legal, if never used.
+            // 0 is legal if unused.
             distance = static_cast<std::uint16_t>(dice.below(dice.below(2) != 0 ? 12 : 4000));
         }
         for (int blocks = 3; blocks-- > 0;) {
@@ -191,7 +191,7 @@ TEST(Datacomp, DecodesAllCodesAndMatches) {
     EXPECT_GT(compressed, 100);
     EXPECT_GT(loose, 5);
 
-    // Without any code, all is symbol 0.
+    // With an empty code, everything is symbol 0.
     const Lengths none(datacomp::SymbolCount);
     Packed zeros(none);
     zeros.endBlock(100);
@@ -256,8 +256,8 @@ TEST(Datacomp, FailsByTheFirstThingThatIsWrong) {
     EXPECT_EQ(openFailure(headerWith(NoCode, 16, 65526)), Broken) << "past what an offset holds";
 }
 
-/// Lengths of 0 only: at once, by a code of nothing, and by one given in runs of 16 zeros. Then
-/// some that are refused.
+/// All lengths 0: directly, by an empty code, and by a code given in runs of 16 zeros. Then codes
+/// that must be refused.
 TEST(Datacomp, ReadsOnlyCodesThatAreComplete) {
     const unsigned ones = 0xFFFFFFFF;
     Fields wide = {{0, 2}, {9, 5}, {257, 9}};
@@ -270,16 +270,16 @@ TEST(Datacomp, ReadsOnlyCodesThatAreComplete) {
         {None, {{0, 1}, {1, 1}}},
         {None, {{0, 2}, {0, 5}, {ones, 32}}},
         {None, {{0, 2}, {0, 5}, {ones - 1, 32}, {0, 4}}},
-        {Broken, {{0, 2}, {0, 5}, {ones - 1, 32}, {1, 4}}},  // a zero too many
-        {Broken, {{0, 2}, {6, 5}, {32, 6}}},                 // a length of 32
-        {Broken, wide},                                      // 1 if cut to a byte
+        {Broken, {{0, 2}, {0, 5}, {ones - 1, 32}, {1, 4}}},  // one zero too many
+        {Broken, {{0, 2}, {6, 5}, {32, 6}}},                 // length 32
+        {Broken, wide},                                      // 1 if truncated to a byte
     };
     for (const auto& one : cases) {
         EXPECT_EQ(openFailure(headerWith(one.lengths)), one.failure) << &one - cases;
     }
 
-    // A lone value and a lone run, which take no bits but the nine of the run itself; or both codes
-    // of 31 bits.
+    // A single value and a single run, which take only the nine bits of the run itself; or both
+    // codes with 31 bits.
     const auto runs = [](unsigned value, unsigned run, std::uint8_t length = 1) {
         Lengths small(128);
         Fields fields = {{0, 2}, {5, 5}};
@@ -309,7 +309,7 @@ TEST(Datacomp, ReadsOnlyCodesThatAreComplete) {
     EXPECT_EQ(runs(10, 1024), None) << "a value without runs";
 }
 
-/// Blocks of a code that is flat, and what goes wrong with them.
+/// Blocks with a flat code, and ways to break them.
 TEST(Datacomp, RefusesBlocksThatLeaveTheirBounds) {
     Lengths lengths(datacomp::SymbolCount);
     const unsigned symbols[] = {7, 256, 256 + 14, 256 + 15, 256 + 31, 256 + 32, 256 + 64, 1023};
@@ -317,7 +317,7 @@ TEST(Datacomp, RefusesBlocksThatLeaveTheirBounds) {
     const struct {
         const char* what;
         DatacompFailure failure;
-        std::size_t before;  ///< bytes in front of the match
+        std::size_t before;  ///< bytes before the match
         unsigned slot, code, extra;
     } cases[] = {
         {"from the start", None, 99, 0, 15, 0},
@@ -352,7 +352,7 @@ TEST(Datacomp, RefusesBlocksThatLeaveTheirBounds) {
     EXPECT_EQ(blockFailure(headerWith(NoCode, 14, 1)), BadArgument) << "a large block";
 }
 
-/// Under the sanitizers this shows that no bytes lead out of a buffer.
+/// Under the sanitizers this shows that no input leads outside a buffer.
 TEST(Datacomp, SurvivesDamage) {
     std::vector<Bytes> seeds;
     for (const auto& seed :

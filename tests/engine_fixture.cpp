@@ -20,7 +20,7 @@ namespace brivok {
 
 namespace {
 
-/// Once in a process. Searches look at the standard input while they run.
+/// Takes effect once per process. Searches poll standard input while they run.
 bool closeInput() { return std::freopen("/dev/null", "r", stdin) != nullptr; }
 
 }  // namespace

@@ -29,7 +29,7 @@ std::string withCaseSwapped(std::string text) {
     return text;
 }
 
-/// The position with the colours swapped and the rows turned over.
+/// The position with colours swapped and rows reversed.
 std::string mirrored(const std::string& fen) {
     std::istringstream fields(fen);
     std::string placement, side, castling = "-", passed = "-";
@@ -66,7 +66,7 @@ protected:
         int expected;
     };
 
-    /// Checks a term for White, and for Black on the mirrored position. `term` is a template over
+    /// Checks a term for White, and for Black in the mirrored position. `term` is a template over
     /// the side.
     template <class Term>
     void expectTerm(Term term, std::initializer_list<Case> cases) {
@@ -94,13 +94,13 @@ TEST_F(EvalTest, StartIsLevel) {
 
 TEST_F(EvalTest, MirroredPositionsScoreTheSame) {
     std::vector<std::string> fens{
-        // As many men of a kind as the board takes.
+        // As many men of a kind as fit on the board.
         "1qqqqqqk/qqqqqqqq/8/p7/7P/8/QQQQQQQQ/KQQQQQQ1 w - -",
         "k7/ppp5/pppp4/pppp4/pppp4/PPPPPPPP/PPPPPPP1/7K b - -",
         "k6r/rrrrrrrr/rrrrr3/8/p7/6PP/BBBBBBBB/KBBBBB2 w - -",
         "1nnnnnnk/nnnnnnnn/8/4P3/3p4/8/NNNNNNNN/KNNNNNN1 b - -",
     };
-    // A queen more can tip the scales, and without pawns the record is not of this position.
+    // An extra queen can tip the scales, and without pawns the record is not for this position.
     for (const auto& position : loadJson("positions.json")) {
         const std::string fen = position["fen"];
         if (std::count(fen.begin(), fen.end(), 'q') > 2 ||
@@ -148,7 +148,7 @@ TEST_F(EvalTest, LazyExit) {
     EXPECT_EQ(searchStats.evalHashStores, 0U);
     EXPECT_EQ(theEvaluation.lazyMargin, 0);
 
-    // On the edge of the window there is no exit, and the margin learns.
+    // At the edge of the window there is no lazy exit, and the margin is updated.
     const int full = Evaluate(board, 80, 80);
     EXPECT_EQ(searchStats.evalFull, 1U);
     EXPECT_EQ(theEvaluation.lazyMargin, std::abs(100 - full));
@@ -166,20 +166,20 @@ TEST_F(EvalTest, MaterialImbalance) {
         return S == White ? MaterialImbalance(b) : -MaterialImbalance(b);
     };
     expectTerm(imbalance, {
-                              {"4k3/8/8/8/8/8/8/N3K3", 0},        // too little to correct
-                              {"4k3/8/8/8/8/8/8/NN2K3", 120},     // now two
+                              {"4k3/8/8/8/8/8/8/N3K3", 0},        // too little material to correct
+                              {"4k3/8/8/8/8/8/8/NN2K3", 120},     // now there is enough
                               {"b3k3/8/8/8/8/8/8/R3K3", 30},      // rook against minor
                               {"r3k3/8/8/8/8/8/8/NB2K3", 120},    // two minors against rook
-                              {"4k3/8/8/8/8/8/8/RB2K3", 0},       // one major and one minor more
-                              {"4k3/8/8/8/8/8/8/RNB1K3", 0},      // one major, two minors more
+                              {"4k3/8/8/8/8/8/8/RB2K3", 0},       // one major and one minor up
+                              {"4k3/8/8/8/8/8/8/RNB1K3", 0},      // one major and two minors up
                               {"q3k3/8/8/8/8/8/8/NBN1K3", 120},   // three minors against queen
                               {"rr2k3/8/8/8/8/8/8/NBN1K3", 120},  // and against two rooks
                               {"q3k3/8/8/8/8/8/8/NB2K3", 0},      // two minors against queen
-                              {"4k3/8/8/8/8/8/8/QNNNK3", 120},    // whoever has the majors
+                              {"4k3/8/8/8/8/8/8/QNNNK3", 120},    // regardless of the majors
                               {"rr2k3/8/8/8/8/8/8/Q3K3", 60},     // queen against two rooks
                               {"qr2k3/8/8/8/8/8/8/Q1R1K3", 0},    //
-                              {"r3k3/8/8/8/8/8/8/Q3K3", 120},     // a major more
-                              {"qr2k3/8/8/8/8/8/8/NNNNK3", 0},    // three majors apart
+                              {"r3k3/8/8/8/8/8/8/Q3K3", 120},     // one major up
+                              {"qr2k3/8/8/8/8/8/8/NNNNK3", 0},    // a difference of three majors
                           });
 }
 
@@ -190,10 +190,11 @@ TEST_F(EvalTest, Development) {
     expectTerm(development,
                {
                    {"4k3/8/8/8/Q7/8/8/1N2K3 w - -", -200},
-                   {"4k3/8/8/8/Q7/2N5/8/4K3 w - -", 0},         // all minors out, no right
-                   {"4k3/8/8/8/Q7/2N5/8/4K2R w K -", -200},     // the king side right
-                   {"4k3/8/8/8/Q7/2N5/8/R3K3 w Q -", 0},        // the other one does not count
-                   {"1n2k3/8/8/8/Q7/2N5/8/4K3 w - -", 0},       // nor a minor of the enemy
+                   {"4k3/8/8/8/Q7/2N5/8/4K3 w - -", 0},      // all minors out, no right
+                   {"4k3/8/8/8/Q7/2N5/8/4K2R w K -", -200},  // with the king-side right
+                   // The queen-side right does not count.
+                   {"4k3/8/8/8/Q7/2N5/8/R3K3 w Q -", 0},
+                   {"1n2k3/8/8/8/Q7/2N5/8/4K3 w - -", 0},       // nor does an enemy minor
                    {"4k3/8/8/8/8/3Pp3/3PP3/1N2K3 w - -", -10},  // both centre pawns blocked
                    {"4k3/8/8/3p4/3P4/2N5/2P2Q2/1N2K3 w - -", 5},
                    {"4k3/8/8/8/3P4/2N5/2P2Q2/1N2K3 w - -", 10},
@@ -202,7 +203,7 @@ TEST_F(EvalTest, Development) {
         setPosition("4k3/8/8/8/Q7/8/8/1N2K3 w - -", variant);
         EXPECT_EQ(Development<White>(board), 0);
     }
-    // Of several queens White's on the lowest square counts, and Black's on the highest one.
+    // With several queens, White's on the lowest square and Black's on the highest count.
     setPosition("1n2k3/8/8/2Q4Q/q4q2/8/8/1N2K3 w - -");
     EXPECT_EQ(Development<White>(board), 0);
     EXPECT_EQ(Development<Black>(board), 0);
@@ -217,13 +218,14 @@ TEST_F(EvalTest, PawnScore) {
     expectTerm(score, {
                           {"4k3/8/8/8/8/8/8/4K3", 0},
                           {"4k3/pppppppp/8/8/8/8/PPPPPPPP/4K3", 0},
-                          {"4k3/8/8/8/8/8/P7/4K3", -20},    // isolated, so no bonus for passing
-                          {"4k3/P7/8/8/8/8/8/4K3", 51},     // on the seventh never isolated
+                          // Isolated, so no bonus for a passed pawn.
+                          {"4k3/8/8/8/8/8/P7/4K3", -20},
+                          {"4k3/P7/8/8/8/8/8/4K3", 51},     // never isolated on the seventh rank
                           {"4k3/3P4/8/8/8/8/8/4K3", 78},    //
                           {"4k3/8/P7/8/8/8/8/4K3", 7},      //
                           {"4k3/8/8/4P3/4P3/8/8/4K3", 52},  // doubled, both passed
-                          {"4k3/8/8/8/3pP3/8/8/4K3", -6},   // level pawns have both passed
-                          {"4k3/8/8/3p4/4P3/8/8/4K3", 0},   // neither has passed
+                          {"4k3/8/8/8/3pP3/8/8/4K3", -6},   // level pawns are both passed
+                          {"4k3/8/8/3p4/4P3/8/8/4K3", 0},   // neither is passed
                           {"4k3/p7/8/8/8/8/P7/4K3", 0},     //
                           {"4k3/8/8/8/p7/8/P7/4K3", -6},    // closed file: -8, and 6 - 8 for Black
                       });
@@ -267,11 +269,11 @@ TEST_F(EvalTest, PatternsOfPieces) {
     expectTerm(trapped, {
                             {"4k3/B1p5/1p6/8/8/8/8/4K3", -180},
                             {"4k3/B7/1p6/8/8/8/8/4K3", 0},
-                            {"4k3/B7/1p6/8/8/8/8/1R2K3", 0},  // an enemy's attack is no guard
+                            {"4k3/B7/1p6/8/8/8/8/1R2K3", 0},  // an enemy attack does not guard
                             {"4k3/5p1B/6p1/8/8/8/8/4K3", -180},
                             {"1B2k3/2pr4/8/8/8/8/8/4K3", -180},
                             {"4k1B1/5p2/8/8/8/8/8/4K3", -180},            // guarded by the king
-                            {"1B2k1B1/B1p2p1B/1p4p1/8/8/8/8/4K3", -180},  // once
+                            {"1B2k1B1/B1p2p1B/1p4p1/8/8/8/8/4K3", -180},  // counted once
                             {"4k3/B1P5/1P6/8/8/8/8/4K3", 0},
                         });
     const auto bishops = []<Side S>(const Board& b, const PawnHashRecord&) {
@@ -282,7 +284,7 @@ TEST_F(EvalTest, PatternsOfPieces) {
                             {"4k3/ppp5/8/8/8/8/PP6/2B1KB2", 40},
                             {"4k3/pppppppp/8/8/8/8/PPPPPPPP/2B1KB2", 30},
                             {"4k3/pppppppp/pppppp2/8/8/PPPPP3/PPPPPPPP/2B1KB2", 30},  // 27 pawns
-                            {"4k3/8/8/8/8/8/8/B1B1K3", 60},         // of one colour all the same
+                            {"4k3/8/8/8/8/8/8/B1B1K3", 60},         // even on the same colour
                             {"4k3/8/8/8/8/8/PPPP1P1P/2B1K3", -16},  // four on dark squares
                             {"4k3/8/8/8/8/8/PPPP4/4KB2", -8},       // light
                             {"4k3/8/8/8/8/8/PPPP4/B1B1KB2", -8},    // three: dark comes first
@@ -296,7 +298,8 @@ TEST_F(EvalTest, PatternsOfPieces) {
 TEST_F(EvalTest, PiecesAndMobility) {
     const auto rooks = []<Side S>(const Board& b, const PawnHashRecord&) { return Rooks<S>(b); };
     expectTerm(rooks, {
-                          {"4k3/8/8/8/8/8/P7/RN2K3", -5},        // two blockers count as attacked
+                          // Two blocked squares count as attacked.
+                          {"4k3/8/8/8/8/8/P7/RN2K3", -5},
                           {"k7/8/8/8/8/7K/4R3/4R3", 43},         // doubled on an open file
                           {"k7/8/4p3/8/8/7K/8/4R3", 8 + 6 + 8},  // half open
                           {"k7/8/8/8/8/4P2K/8/4R3", 6 + 6},
@@ -305,9 +308,9 @@ TEST_F(EvalTest, PiecesAndMobility) {
         return Bishops<S>(b, pawns);
     };
     expectTerm(bishops, {
-                            {"4k3/8/8/8/3p4/2p5/8/B3K3", -2},       // all squares held by pawns
+                            {"4k3/8/8/8/3p4/2p5/8/B3K3", -2},       // all squares attacked by pawns
                             {"4k3/8/8/8/3n4/8/8/B3K3", 3 * 3 - 2},  // a capture counts
-                            {"4k3/8/8/8/3N4/8/8/B3K3", 2 * 3 - 2},  // an own man does not
+                            {"4k3/8/8/8/3N4/8/8/B3K3", 2 * 3 - 2},  // an own man does not count
                             {"4k3/8/8/4B3/3P4/8/8/6K1", 2 * 5 + 4 + 9 * 3},
                         });
     const auto knights = []<Side S>(const Board& b, const PawnHashRecord& pawns) {
@@ -316,9 +319,9 @@ TEST_F(EvalTest, PiecesAndMobility) {
     expectTerm(knights, {
                             {"4k3/8/8/4N3/3P4/8/8/4K3", 16 + 10},
                             {"4k3/8/4N3/8/8/8/8/4K3", 9 + 5},
-                            {"4k3/3p4/8/4N3/3P4/8/8/4K3", 10},      // a pawn can come
-                            {"4k3/8/8/3pN3/3P4/8/8/4K3", 16 + 10},  // no longer
-                            {"4k3/8/8/8/8/4N3/8/4K3", 5},           // no square for outposts
+                            {"4k3/3p4/8/4N3/3P4/8/8/4K3", 10},      // a pawn can still attack it
+                            {"4k3/8/8/3pN3/3P4/8/8/4K3", 16 + 10},  // it no longer can
+                            {"4k3/8/8/8/8/4N3/8/4K3", 5},           // not an outpost square
                         });
 }
 
@@ -329,7 +332,7 @@ TEST_F(EvalTest, KingSafety) {
     const auto inEndgame = []<Side S>(const Board& b, const PawnHashRecord& pawns) {
         return KingSafety<S>(b, pawns, true);
     };
-    // The parser takes a king to stand on its start square.
+    // The FEN parser treats a king as being on its start square.
     expectTerm(safety, {
                            {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -", 0},
                            {"4k3/8/8/8/8/8/5PPP/6K1", 0},
@@ -337,14 +340,14 @@ TEST_F(EvalTest, KingSafety) {
                            {"4k3/8/8/8/8/5P1P/6P1/6K1", -14},
                            {"4k3/8/8/8/6P1/8/5P1P/6K1", -16},
                            {"4k3/8/8/8/8/6K1/5PPP/8", -36},      // pawns behind the king
-                           {"5k2/8/8/8/8/8/5PP1/7K", -12 - 12},  // beside the edge
+                           {"5k2/8/8/8/8/8/5PP1/7K", -12 - 12},  // next to the edge
                            {"2k5/8/8/8/3P4/2P5/5PPP/6K1", 3 * (18 - 1 - 5 - 4) + 6},
                            {"2k5/8/8/8/8/8/5PPP/6K1", 3 * (18 - 3) + 8 + 6 + 6},
                            {"k7/8/8/8/8/8/PP3PPP/6K1", 3 * (18 - 1 - 6 - 6) + 6},
                        });
     expectTerm(inEndgame, {{"2k5/8/8/8/6P1/8/5P1P/6K1", 0}});
 
-    // Castling counts for as long as it is the last move.
+    // Castling counts as long as it is the last move.
     for (const Side side : {White, Black}) {
         const auto play = [&](const char* white, const char* black) {
             ASSERT_TRUE(playMoves(board, side == White ? white : black));
@@ -375,7 +378,7 @@ TEST_F(EvalTest, EndgameBeginsWithEitherSide) {
     };
     expectTerm(kings, {{"4k3/8/8/8/4K3/8/8/8", -13 + 3000}, {"4k3/8/8/8/8/8/8/6K1", 14 - 300}});
 
-    // Only the middlegame prefers e4 to e5. Three rooks are 15 points, queen and rook 14.
+    // Only the middlegame prefers e4 to e5. Three rooks have a phase of 15, queen and rook 14.
     const auto preference = [this](const std::string& black, const std::string& white) {
         return evaluate(black + "3k1/8/8/8/4K3/8/8/" + white + "5 w - -") -
                evaluate(black + "3k1/8/8/4K3/8/8/8/" + white + "5 w - -");

@@ -2,8 +2,8 @@
 
 namespace brivok {
 
-/// Puts the engine into the state of a fresh process: default settings, empty tables, the start
-/// position, no search. Leaves the Application and the endgame tables alone.
+/// Resets the engine to the state of a fresh process: default settings, empty tables, the start
+/// position, no search. Does not touch the Application or the endgame tables.
 void makeFresh();
 
 }  // namespace brivok

@@ -51,7 +51,7 @@ protected:
             .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     }
 
-    /// How often each move is chosen in so many draws.
+    /// How often each move is chosen in `draws` draws.
     std::map<std::string, int> choices(int draws) {
         OpeningBook book(path);
         EXPECT_TRUE(book.Open());
@@ -132,28 +132,29 @@ TEST_F(OpeningBookTest, ScoresByMoverAndAnnotation) {
     EXPECT_EQ(score({0, 0xFFFFFFFF, 0, 0xFFFFFFFF, 1}, White), 25769803768);
 }
 
-// A move of score s against a best one of m: what the rule makes of it can be worked out.
+// A move with score s against a best move with score m: the probability can be calculated.
 TEST_F(OpeningBookTest, ChoosesByTheRule) {
     know("e2e4", 100, 0, 0);
     know("d2d4", 50, 0, 0);
     know("c2c4", 6, 0, 0);   // 15 x 6 is below the best
     know("g1f3", 0, 30, 0);  // lost more than won
     writeBook();
-    // Both are lifted by up to 120: the second wins when its part exceeds the other's by more than
-    // 50, half of a square of 120 - 50 out of 120 x 120.
+    // Both are raised by up to 120: the second wins if its random part exceeds the other's by more
+    // than 50, which is half a square of side 120 - 50 within 120 x 120.
     const int draws = 20000;
     auto counts = choices(draws);
     EXPECT_NEAR(counts["d2d4"], draws * (70.0 * 70 / 2) / (120.0 * 120), 300);
     EXPECT_EQ(counts["e2e4"] + counts["d2d4"], draws);
 
-    // A fifteenth of the best plus one takes part; ties go to the first in the list.
+    // A score just above a fifteenth of the best takes part; ties go to the first in the list.
     const std::vector<BookCandidate> edge{
         {.move = 1, .score = 15}, {.move = 2, .score = 1}, {.move = 3, .score = 2}};
     std::vector<int> numbers{0, MaxBookRandom, MaxBookRandom};
     std::size_t next = 0;
     const auto scripted = [&] { return numbers[next++]; };
     EXPECT_EQ(chooseBookMove(edge, scripted), 3U);  // 15 against 2 + 18
-    EXPECT_EQ(next, 2U);                            // one number a candidate that takes part
+    // One random number per candidate that takes part.
+    EXPECT_EQ(next, 2U);
     next = 0;
     const std::vector<BookCandidate> ties{{.move = 7, .score = 9}, {.move = 8, .score = 9}};
     numbers = {500, 500};
@@ -193,8 +194,7 @@ TEST_F(OpeningBookTest, ThirdOccurrenceClosesTheBook) {
     EXPECT_EQ(board.bookGate, 0U);
 }
 
-// Every book of the same keys in some wrong shape: no crash, no end that never comes, and no move
-// but a legal one.
+// Malformed books with the right keys: no crash, no hang, and only legal moves.
 TEST_F(OpeningBookTest, BrokenFilesDoNoHarm) {
     EXPECT_EQ(selected(), "");  // no such file
     EXPECT_EQ(OpeningBook(folder.string()).SelectMove(board), NoMove);

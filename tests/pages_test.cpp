@@ -1,5 +1,5 @@
-// Holds the pages of docs/, the settings file and the dictionaries of the fuzz targets against the
-// tables of the program.
+// Compares the pages of docs/, the settings file and the fuzz dictionaries with the tables of the
+// program.
 
 #include <algorithm>
 #include <cctype>
@@ -27,7 +27,6 @@ namespace {
 using Cells = std::vector<std::string>;
 using Names = std::set<std::string>;
 
-/// The lines of a file of the repository.
 std::vector<std::string> linesOf(const std::string& path) {
     std::ifstream file(dataPath("../../" + path));
     EXPECT_TRUE(file) << path;
@@ -41,7 +40,7 @@ std::string trimmed(const std::string& text) {
     return first == text.npos ? "" : text.substr(first, text.find_last_not_of(' ') + 1 - first);
 }
 
-/// What stands between backticks, piece by piece.
+/// The texts between backticks.
 std::vector<std::string> codeOf(const std::string& cell) {
     std::vector<std::string> pieces;
     std::istringstream text(cell);
@@ -52,11 +51,11 @@ std::vector<std::string> codeOf(const std::string& cell) {
     return pieces;
 }
 
-/// The rows below a heading, subsections included, of all tables whose first column has this head.
+/// All table rows below a heading, subsections included, whose table starts with this column head.
 std::vector<Cells> rowsOf(const std::string& page, const std::string& heading,
                           const std::string& head) {
     std::vector<Cells> rows;
-    std::size_t level = 0;  // of the heading, once it has come
+    std::size_t level = 0;  // of the heading, once found
     bool taken = false;
     for (const std::string& line : linesOf(page)) {
         const std::size_t marks = std::min(line.find_first_not_of('#'), line.size());
@@ -78,7 +77,6 @@ std::vector<Cells> rowsOf(const std::string& page, const std::string& heading,
     return rows;
 }
 
-/// The entries of a dictionary.
 Names entriesOf(const std::string& path) {
     Names entries;
     for (const std::string& line : linesOf(path)) {
@@ -158,7 +156,7 @@ TEST_F(PagesTest, DictionariesOfSettings) {
     std::erase_if(keysTold, [](const std::string& entry) { return !entry.ends_with(": "); });
     EXPECT_EQ(keysTold, keys);
 
-    // The entries of words that begin with a capital, as moves do not
+    // The entries that start with a capital; moves do not
     Names optionsTold = entriesOf("fuzz/uci.dict");
     std::erase_if(optionsTold, [](const std::string& entry) {
         return entry.size() < 2 || std::isupper(static_cast<unsigned char>(entry[0])) == 0 ||
@@ -179,7 +177,7 @@ Names uciWords() {
     return words;
 }
 
-/// The words of all commands in the first column of a section, without what stands for a value.
+/// The words of all commands in the first column of a section, without placeholders for values.
 Names commandsTold(const std::string& section) {
     Names told;
     for (const Cells& row : rowsOf("docs/protocols.md", section, "Command")) {

@@ -18,7 +18,7 @@ struct Counts {
     std::map<std::size_t, std::uint64_t> nodes;  ///< by depth
 };
 
-/// Reads a line "fen ;D1 20 ;D2 400 ..."; some lines leave depths out.
+/// Reads a line "fen ;D1 20 ;D2 400 ..."; some lines skip depths.
 Counts readCounts(const std::string& line) {
     std::istringstream fields(line);
     Counts counts;
@@ -30,7 +30,7 @@ Counts readCounts(const std::string& line) {
     return counts;
 }
 
-/// The files in parts, so that the parts can run side by side.
+/// The files are split so that the parts can run in parallel.
 constexpr int Parts = 4;
 
 class PerftFile : public EngineTest,

@@ -31,7 +31,7 @@ std::vector<PgnGame> readGames(const std::string& text, std::size_t plies = AllP
     return games;
 }
 
-/// The moves with their annotations, the result and the fault of a game in one line.
+/// The annotated moves, the result and the fault of a game, on one line.
 std::string summary(const PgnGame& game) {
     std::string text;
     for (const PgnMove& move : game.moves) {
@@ -64,30 +64,30 @@ TEST(PgnReader, ReadsWhatIsMetInTheWild) {
         {"1 e4 e5 2 Nf3 2... Nc6 3 . Bb5 4.\n...a6 1/2", "e4 e5 Nf3 Nc6 Bb5 a6 D"},
         {"1e4e.p. e5 0-0 O-O-O e8(Q)+ e8=Q# exd6 e.p. 0-1",
          "e4e.p e5 0-0 O-O-O e8(Q)+ e8=Q# exd6 B"},
-        // Line ends, marks, other alphabets.
+        // Line ends, marks, other alphabets
         {"\xEF\xBB\xBF[Result \"1-0\"]\r\n\r\n1. e4\r\ne5\r\n", "e4 e5 W"},
         {"[White \"J\xFCrgen\"]\r[Result \"0-1\"]\r\r1. e4 \xB1 e5\xA0 2.\xC2\xA0 d4\r",
          "e4 e5 d4 B"},
-        // Comments, variations, escapes.
+        // Comments, variations, escape lines
         {"1. e4 {a ) 1-0 } e5 (1... c5 (1... e6 {)} 2. d4) 2. Nf3 ; )\n d6) 2. d4 ; 0-1\n exd4 1-0",
          "e4 e5 d4 exd4 W"},
         {"1. e4\n% d5 0-1\ne5 {\n% } 1-0", "e4 e5 W"},
         {"1. e4 {[%clk 0:01]\n[%eval 1]\n[Nf3] } e5 2. d4 1-0", "e4 e5 d4 W"},
         {"1. e4 N e5 +/- 2. d4+- D = exd4 (=) 0.35 1:02 1-0", "e4 e5 d4+- exd4 W"},
         {"1. e4 -- 2. d4 1-0", "e4 -- d4 W"},
-        // Tags in any order and shape; the end of the moves settles a result that no tag tells.
+        // Tags in any order and shape; without a result tag, the end of the moves gives the result
         {"[Result \"1/2-1/2\"][A \"]\"][B \"\\\"1-0\\\"\"]{x}[C]\n[D \"open]\n1. e4", "e4 D"},
         {"[RESULT \"1-0\"]\n1. e4 *\n[Event \"?\"]\n[Event \"?\"]\n1. d4 1-0\n", "e4 W | * | d4 W"},
         {"[Result \"?\"]\n1. e4\n [Event \"x\"] 1-0", "e4 * | W"},
         {"[Result \"1-0\"]\n1. e4 0-1", "e4 * the Result tag and the end of the moves disagree:2"},
-        // Other games than those of normal chess from its first position.
+        // Games other than normal chess from the start position
         {"[FEN \"8/8/8/8/8/8/8/K1k5 w - - 0 1\"] 1. Ka2 1-0", "Ka2 W other start"},
         {"[SetUp \"1\"] 1. e4 1-0 [SetUp \"0\"] 1. e4 1-0 [Variant \"Atomic\"] 1. e4 1-0",
          "e4 W other start | e4 W | e4 W other start"},
         {"[SetUp \"1\"][Variant \"Standard\"][FEN \"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w "
          "KQkq - 0 1\"] 1. e4 1-0",
          "e4 W"},
-        // What does not end costs one game.
+        // Anything unterminated costs one game
         {"1. e4 { e5\n1-0\n\n[Event \"x\"]\n1. d4 1-0", "e4 * a comment does not end:1 | d4 W"},
         {"1. e4\n(1. c4 (1. b4) 1-0\n[White \"x\"]\n1. d4 1-0",
          "e4 * a variation does not end:2 | d4 W"},
@@ -95,7 +95,7 @@ TEST(PgnReader, ReadsWhatIsMetInTheWild) {
     };
     for (const auto& [text, games] : cases) {
         EXPECT_EQ(summary(text), games) << text;
-        // Wherever a piece of the file ends, it reads alike.
+        // The result does not depend on where a piece of the file ends.
         for (const std::size_t capacity : {8U, 9U, 13U}) {
             std::string all;
             for (const PgnGame& game : readGames(text, AllPlies, capacity)) {
@@ -138,7 +138,7 @@ protected:
         return reading.move == NoMove ? std::string(reading.fault) : moveToCoordinate(reading.move);
     }
 
-    /// Counts a game with the options; `observations` gets what it gives.
+    /// Counts a game with these options and fills `observations`.
     Verdict observe(const std::string& text, const CountOptions& options = {}) {
         game = readGames(text).at(0);
         return GameCounter(board, options).observe(game, observations);
@@ -182,7 +182,7 @@ TEST_F(BookGames, ReadsEveryNotation) {
 }
 
 TEST_F(BookGames, CountsGames) {
-    // The start position comes again and again, and so does the one after 1. Nf3.
+    // The start position recurs, and so does the position after 1. Nf3.
     EXPECT_EQ(observe("1. Nf3! Nf6 2. Ng1 Ng8 3. Nf3? Nf6 4. d4 1-0"), Verdict::Counted);
     ASSERT_EQ(observations.size(), 4U + 1);
     EXPECT_EQ(observations[0].annotation(), 2U);

@@ -16,7 +16,7 @@ class ProbesTest : public TableFolderTest {
 protected:
     const nlohmann::json records = loadJson("probes.json");
 
-    /// Holds the probes of all tables that have been registered against the records.
+    /// Compares probes of all registered tables with the records.
     void expectRecordedScores() {
         int tested = 0;
         for (const auto& record : records) {
@@ -68,7 +68,7 @@ TEST_F(ProbesTest, FilesWithTheRecordedEntries) {
     expectRecordedScores();
 }
 
-/// The folder that BRIVOK_TABLES names holds real tables, some or all of up to four men.
+/// BRIVOK_TABLES may name a folder with real tables, some or all of those with up to four men.
 TEST_F(ProbesTest, RealTables) {
     const char* const tables = std::getenv("BRIVOK_TABLES");
     if (tables == nullptr) GTEST_SKIP() << "BRIVOK_TABLES names no folder";

@@ -7,8 +7,8 @@
 
 namespace brivok {
 
-/// A whole run of the engine within the test: a fresh engine as main() starts it, over a fake
-/// platform. One at a time.
+/// A complete run of the engine inside a test: a fresh engine, started as main() does, on a fake
+/// platform. Only one can exist at a time.
 ///
 ///     Program program;
 ///     program.type("uci");
@@ -17,32 +17,31 @@ namespace brivok {
 ///     program.run();
 ///     EXPECT_NE(program.output().find("bestmove"), std::string::npos);
 ///
-/// After run() more may be typed and run() called again, since the engine then waits for a line.
-/// Before the first run and between two of them the globals of the engine (theBoard, theSearcher,
-/// settings) may be looked at and set. After the first run a line, with its newline, may also be
-/// handed over directly by theApplication->handler->ProcessCommand(line); under WinBoard that alone
-/// starts no search, which only the flow of the game in run() does.
+/// After run() more lines may be typed and run() called again: the engine then waits for a line.
+/// Before and between runs the engine's globals (theBoard, theSearcher, settings) may be read and
+/// set. After the first run, theApplication->handler->ProcessCommand(line) also handles a line,
+/// newline included, directly; under WinBoard this does not start a search, which only run() does.
 class Program {
 public:
-    /// Over a fake platform of its own, or over another one, which outlives it.
+    /// Uses its own fake platform, or one that must outlive it.
     Program() : Program(own) {}
     explicit Program(FakePlatform& platform);
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
-    /// Takes the engine down and puts the platform from before in force.
+    /// Destroys the engine and restores the previous platform.
     ~Program();
 
-    /// As the platform's.
+    /// See FakePlatform::type().
     void type(std::string_view line, const Moment& when = now()) { outside.type(line, when); }
-    /// As the platform's.
+    /// See FakePlatform::output().
     [[nodiscard]] const std::string& output() const { return outside.output(); }
 
-    /// Lets the engine run until it waits for a line that the script does not have, or ends. Does
-    /// nothing when it has ended.
+    /// Runs the engine until it ends or waits for a line that the script does not have. Does
+    /// nothing once it has ended.
     void run();
 
-    FakePlatform& outside;        ///< that the engine meets
-    std::optional<int> exitCode;  ///< of the engine when it has ended; theApplication is gone then
+    FakePlatform& outside;        ///< the platform that the engine runs on
+    std::optional<int> exitCode;  ///< set once the engine has ended; theApplication is then null
 
 private:
     FakePlatform own;

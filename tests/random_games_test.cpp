@@ -21,7 +21,7 @@ class RandomGames : public EngineTest, public ::testing::WithParamInterface<Vari
 protected:
     std::size_t below(std::size_t limit) { return random() % limit; }
 
-    /// A back rank with the bishops on both colours and the king between the rooks.
+    /// A back rank with bishops on both colours and the king between the rooks.
     std::string randomBackRank() {
         std::string rank(8, ' ');
         const auto place = [&](char letter, std::size_t nthFree) {
@@ -51,7 +51,7 @@ protected:
         ASSERT_EQ(board.castling, AllRights);
     }
 
-    /// Makes and unmakes every pseudo-legal move of the position and gives the legal ones.
+    /// Makes and unmakes every pseudo-legal move of the position; returns the legal ones.
     std::vector<Move> tryAllMoves() {
         MoveList list;
         generateMoves(board, list);
@@ -82,7 +82,7 @@ protected:
         ASSERT_EQ(board.inCheck(), board.isAttacked(king, opposite(board.sideToMove)));
     }
 
-    /// The evasions are the legal moves, but castling out of check and the mark of double pushes.
+    /// The evasions are the legal moves, except for castling out of check and the double push mark.
     void checkEvasions(std::vector<Move> legal) {
         std::vector<Move> evasions = generatedMoves(board);
         std::erase_if(legal, [](Move move) { return moveCastle(move) != NoCastling; });

@@ -10,7 +10,7 @@
 namespace brivok {
 namespace {
 
-/// A searcher with all parts of its own.
+/// A searcher whose parts are all its own.
 class OwnSearcher {
 public:
     OwnSearcher(std::string_view fen, const Settings& rules) : options(rules) {
@@ -40,7 +40,7 @@ private:
     Searcher searcher{{*board, options, stats, clock, table, evaluation, tablebases}};
 };
 
-/// Starts another search, once, in the middle of the one that it listens to.
+/// Starts another search, once, in the middle of the search it listens to.
 class Interrupter : public SearchListener {
 public:
     Interrupter(OwnSearcher& another, int itsDepth) : other(another), depth(itsDepth) {}
@@ -62,8 +62,8 @@ constexpr int Depth = 6;
 constexpr char Normal[] = "r2q1rk1/1b2bppp/p1n1pn2/1p6/3N4/1BN1B3/PPP2PPP/R2QR1K1 w - - 2 13";
 constexpr char Chess960[] = "qrkb1nbr/pppppppp/8/4P3/2P2n2/8/PPNP1PPP/QRKB1NBR b KQkq - 2 4";
 
-/// Two searches that interrupt each other, by different rules and settings, give what each gives
-/// alone, and leave the engine's own parts as they are.
+/// Two searches that interrupt each other, with different rules and settings, find the same as each
+/// does alone and leave the engine's own parts unchanged.
 TEST_F(EngineTest, SearchersWithPartsOfTheirOwnDoNotDisturbEachOther) {
     Settings first;
     Settings second;

@@ -12,20 +12,19 @@
 
 namespace brivok {
 
-/// The table of a signature.
 [[nodiscard]] const TablebaseDescriptor& tableNamed(std::string_view signature);
 
-/// Tests with a folder of table files of their own, and no tables before and after.
+/// Tests with their own folder of table files; no tables are registered before or after.
 class TableFolderTest : public EngineTest {
 protected:
     TableFolderTest();
     ~TableFolderTest() override;
 
-    /// Makes a file of this length; bytes that are not told are 0 and take no room on the disk.
+    /// Creates a file of this length. Unlisted bytes are 0 and take no disk space.
     void write(const std::string& name, std::uint64_t length,
                const std::map<std::uint64_t, int>& bytes = {}) const;
 
-    /// Registers the files of the folder, or of a list of directories, and makes the cache.
+    /// Registers the files in the folder, or in a list of directories, and creates the cache.
     void open(std::uint32_t cacheBytes = Megabyte, const std::string& directories = "") const;
 
     std::filesystem::path folder;

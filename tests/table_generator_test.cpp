@@ -26,8 +26,8 @@ class TableGeneratorTest : public EngineTest {
 protected:
     TableGeneratorTest() { prepareMoves(); }
 
-    /// Calls check(material, index, position) for random legal entries of a table's files, a
-    /// good part of them with an en-passant square if there are such.
+    /// Calls check(material, index, position) for random legal entries of a table's files, many of
+    /// them with an en passant square if there are any.
     template <typename Check>
     void forRandomEntries(const char* signature, Check check) {
         const Material material = materialOf(signature);
@@ -81,7 +81,7 @@ TEST_F(TableGeneratorTest, LayoutAndFilesNumberTheSamePositions) {
             const Position same = layout.position(number, position.mover);
             EXPECT_TRUE(isLegal(material, same));
             EXPECT_EQ(layout.index(same), number);
-            // With both kings on the diagonal a reflection may stand for the position.
+            // With both kings on the diagonal, a reflection may represent the position.
             if (!material.hasPawns() && isOnDiagonal(same.squares[0]) &&
                 isOnDiagonal(same.squares[1])) {
                 return;

@@ -33,14 +33,14 @@ const TablebaseDescriptor& tableNamed(std::string_view name) {
     return *found;
 }
 
-/// A table with one side to move, and its rules told in the plainest way.
+/// A table with one side to move, with its rules written in the simplest way.
 class Table {
 public:
     struct Man {
         char letter;
         bool isFirst;
         std::size_t slot;
-        unsigned kind;  ///< equal for men that can change places
+        unsigned kind;  ///< the same for interchangeable men
     };
 
     Table(const TablebaseDescriptor& descriptor, int sideToMove)
@@ -79,8 +79,8 @@ public:
         return tableIndex(id, side, at.first, at.second, at.ep, invert);
     }
 
-    /// Men on squares of their own, pawns between the first and the last rank, kings apart, the
-    /// side not to move not in check, and room for the en-passant capture.
+    /// Men on distinct squares, no pawns on the first or last rank, kings apart, the side not to
+    /// move not in check, and the squares of an en passant capture empty.
     [[nodiscard]] bool isLegal(const TablePosition& at) const {
         Bitboard occupied = 0;
         for (const Man& man : men) {
@@ -99,7 +99,7 @@ public:
         return at.ep == NoEnPassant || hasCapture(at, occupied);
     }
 
-    /// One number for all positions that the symmetries of the board make equal.
+    /// The same number for all positions that are equal by symmetry.
     [[nodiscard]] std::uint64_t symmetryClass(const TablePosition& at) const {
         std::uint64_t lowest = ~std::uint64_t{0};
         for (const TablePosition& image : images(at)) lowest = std::min(lowest, keyOf(image));
@@ -130,7 +130,7 @@ public:
         return at;
     }
 
-    /// All squares of a position, men of one kind in any order.
+    /// All squares of a position, with men of one kind in any order.
     [[nodiscard]] std::uint64_t keyOf(const TablePosition& at) const {
         std::array<unsigned, 6> places{};
         for (std::size_t i = 0; i < men.size(); ++i) {
@@ -146,14 +146,14 @@ public:
     int side;
     std::uint64_t size;
     bool hasPawns = false;
-    bool hasCaptures = false;  ///< pawns on both sides
-    std::vector<Man> men;      ///< the king of the side to move first, then the other king
+    bool hasCaptures = false;  ///< both sides have pawns
+    std::vector<Man> men;      ///< the mover's king, the other king, then the rest
 
 private:
     [[nodiscard]] bool attacks(const Man& man, Square from, Square king, Bitboard occupied) const {
         const bool isClear = (between[from][king] & occupied) == 0;
         switch (man.letter) {
-            case 'p':  // rank 1 is the row 0 here, where the board has rank 8
+            case 'p':  // rank 1 is row 0 here, but row 7 on the board
                 return ((man.isFirst ? blackPawnAttacks : whitePawnAttacks)[from] & bit[king]) != 0;
             case 'n': return (knightAttacks[from] & bit[king]) != 0;
             case 'b': return (bishopEmptyAttacks[from] & bit[king]) != 0 && isClear;
@@ -262,7 +262,7 @@ TEST_F(TableIndex, SizesEndWithTheLastLegalPosition) {
     });
 }
 
-/// Indexes one position of every symmetry class of a table.
+/// Indexes one position of each symmetry class of a table.
 class Walk {
 public:
     explicit Walk(const Table& walked) : table(walked), seen(table.size) {
@@ -331,7 +331,7 @@ TEST_F(TableIndex, EveryPositionOfThreeAndFourMenHasItsOwn) {
     });
 }
 
-/// Then a position without pawns and its reflection have an index each.
+/// Such a position without pawns has an index of its own, and so has its reflection.
 bool kingsShareDiagonal(const Table& table, const TablePosition& at) {
     const auto on = [&](std::size_t king, unsigned flip) {
         const std::uint32_t square = table.square(at, table.men[king]) ^ flip;
@@ -340,7 +340,7 @@ bool kingsShareDiagonal(const Table& table, const TablePosition& at) {
     return (on(0, 0) && on(1, 0)) || (on(0, FlipFiles) && on(1, FlipFiles));
 }
 
-/// The position comes back from its index, and its images under the symmetries share the index.
+/// A position can be restored from its index, and its symmetric images have the same index.
 void expectRoundTrip(const Table& table, const TablePosition& at) {
     const std::uint64_t index = table.indexOf(at);
     ASSERT_LT(index, table.isLegal(at) ? table.size : tableIndexCount(table.id, table.side));
@@ -360,7 +360,7 @@ TEST_F(TableIndex, RandomPositionsReturnFromTheirIndices) {
     forEachTable([&](const Table& table) {
         const std::uint64_t count = tableIndexCount(table.id, table.side);
         for (int i = 0; i < Samples; ++i) {
-            // The captures are few, and stand at the end.
+            // Captures are few and come last.
             const std::uint64_t section = table.hasCaptures && i % 2 == 0 ? count / 100 : count;
             const std::uint64_t sample = count - 1 - random() % section;
             TablePosition at;

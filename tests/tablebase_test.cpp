@@ -19,11 +19,11 @@ namespace brivok {
 namespace {
 
 constexpr std::uint64_t KqkSize[2] = {25629, 28644};
-constexpr std::uint32_t BlockBytes = 8260;  // that a block counts for
+constexpr std::uint32_t BlockBytes = 8260;  // budget of a block
 
 class TablebaseTest : public TableFolderTest {
 protected:
-    /// Both sides of kqk, all entries the same.
+    /// Writes both sides of kqk, with all entries the same.
     void writeKqk(int first, int second) const {
         for (const int side : {0, 1}) {
             std::map<std::uint64_t, int> bytes;
@@ -62,7 +62,7 @@ TEST_F(TablebaseTest, BytesAreWidened) {
 }
 
 TEST_F(TablebaseTest, WordsStandAsTheyAreAndEndWithTheirFile) {
-    // Plain files of such entries are not measured; this one ends within an entry.
+    // Plain files with two-byte entries are not checked for length; this one ends within an entry.
     write("krnknn.nbw", 8192 * 2 + 3,
           {{0, 0x02},
            {1, 0x80},
@@ -143,7 +143,7 @@ TEST_F(TablebaseTest, LeastRecentlyReadChunkLeaves) {
     writeKqk(1, 0);
     open(3 * BlockBytes);
     for (const int number : {0, 1, 2, 0, 3}) EXPECT_EQ(chunk(number), 32641);
-    writeKqk(2, 0);  // the same file, read again only for a chunk that has left
+    writeKqk(2, 0);  // same file, reread only for a chunk that has been evicted
     for (const int number : {0, 2, 3}) EXPECT_EQ(chunk(number), 32641);
     EXPECT_EQ(chunk(1), 32642);
     for (const int number : {2, 3}) EXPECT_EQ(chunk(number), 32641);
@@ -194,7 +194,7 @@ TEST_F(TablebaseTest, FilesAreClosedWhenNoMoreCanBeOpened) {
     EXPECT_EQ(valueAt("kqk", 0, 0), 32641);
     rlimit before{};
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
-    const int next = ::dup(0);  // the lowest free number
+    const int next = ::dup(0);  // the lowest free descriptor
     ::close(next);
     const rlimit full{static_cast<rlim_t>(next), before.rlim_max};
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &full), 0);
@@ -222,7 +222,7 @@ TEST_F(TablebaseTest, MaterialFindsItsTable) {
     open();
     EXPECT_EQ(found(0, 0, 1, 0, 1, 0), kqkn) << "none is forgotten";
 
-    // Nor is a king too many a man that the table does not know.
+    // With an extra king, the position is not looked up as if that king were absent.
     writeKqk(0, 0);
     open();
     std::int32_t score = 0;
@@ -236,7 +236,7 @@ TEST_F(TablebaseTest, DirectoriesAndCountOfMen) {
     write("one/kqk.nbw", KqkSize[0], {{0, 1}});
     write("two/kqk.nbw", KqkSize[0], {{0, 2}});
     write("two/kqk.nbb", KqkSize[1], {{0, 3}});
-    std::filesystem::create_directories(folder / "two/krk.nbw");  // no file
+    std::filesystem::create_directories(folder / "two/krk.nbw");  // not a file
     const std::string one = (folder / "one").string();
     const std::string two = (folder / "two/").string();
     open(Megabyte, one + "," + two);
@@ -282,7 +282,7 @@ TEST_F(TablebaseSearchTest, ScoresOfHits) {
     EXPECT_EQ(think("8/8/3k4/8/8/3K4/3Q4/8 b - - 0 1", 3), -1) << "and one with less";
 }
 
-/// Beyond the first plies only a side whose own last move captured looks into the tables.
+/// Beyond the first plies, tables are probed only if the side to move captured with its last move.
 TEST_F(TablebaseSearchTest, ProbesFollowCaptures) {
     writeKqk(10, 127);
     std::filesystem::remove(folder / "kqk.nbb");

@@ -1,4 +1,4 @@
-// The clock of a search and its input, under both protocols and by a clock that the test turns.
+// The clock of a search and its input, under both protocols, on a clock that the test controls.
 
 #include <unistd.h>
 
@@ -45,7 +45,7 @@ std::string thinkingTime(std::uint32_t left, std::uint32_t budget) {
            " Thinking time: " + std::to_string(budget) + "\n";
 }
 
-/// A fake platform that looks on at each poll.
+/// A fake platform that records each poll.
 class Watch final : public FakePlatform {
 public:
     bool inputReady() override {
@@ -54,11 +54,11 @@ public:
         return FakePlatform::inputReady();
     }
 
-    std::vector<std::uint32_t> nodes;  ///< of the search at each poll
+    std::vector<std::uint32_t> nodes;  ///< of the search, at each poll
     std::vector<int> answers;          ///< printed before each poll
 };
 
-/// Runs in an empty folder of its own, with a log.
+/// Runs in an empty folder, with a log.
 class SearchClockTest : public ::testing::Test {
 protected:
     SearchClockTest() : home(fs::current_path()) {
@@ -72,7 +72,7 @@ protected:
         fs::remove_all(folder);
     }
 
-    /// Starts the program anew, with its log, and types these lines.
+    /// Restarts the program with its log and types these lines.
     void begin(const std::string& lines) {
         program.reset();
         fs::remove(LogName);
@@ -90,7 +90,7 @@ protected:
 
     void type(std::string_view line, const Moment& when = now()) { outside->type(line, when); }
 
-    /// Runs on; what is printed meanwhile.
+    /// Continues the run; returns the new output.
     std::string run() {
         const std::size_t before = outside->output().size();
         program->run();
@@ -118,12 +118,12 @@ TEST_F(SearchClockTest, UciBudgets) {
     struct Case {
         const char* go;
         std::uint32_t left;    // centiseconds
-        std::uint32_t budget;  // the same
+        std::uint32_t budget;  // centiseconds
     };
     beginUci();
     for (const auto& [go, left, budget] : std::vector<Case>{
-             // A thirtieth, or a sixtieth in the last minute; more of it ahead of the other clock
-             // and less behind.
+             // A thirtieth, or a sixtieth in the last minute; more when ahead on the clock, less
+             // when behind.
              {"wtime 300000 btime 300000", 30000, 1000},
              {"wtime 60000 btime 60000", 6000, 100},
              {"wtime 300000 btime 600000", 30000, 600},
@@ -133,7 +133,7 @@ TEST_F(SearchClockTest, UciBudgets) {
              {"wtime 600000 btime 530000", 60000, 3000},
              {"wtime 600000 btime 560000", 60000, 2400},
              {"wtime 24000 btime 30000", 2400, 34},
-             // The increment as a whole, by two thirds, or not at all.
+             // All of the increment, two thirds of it, or none.
              {"wtime 300000 btime 300000 winc 5000 binc 1", 30000, 1500},
              {"wtime 6000 btime 6000 winc 4000", 600, 286},
              {"wtime 1000 btime 1000 winc 2000", 100, 1},
@@ -144,7 +144,7 @@ TEST_F(SearchClockTest, UciBudgets) {
              {"movetime 1234", 0, 123},
              {"wtime 60000 movetime 50", 0, 5},
              {"movetime 50 wtime 60000", 6000, 5},
-             // No time at all is the shortest budget, no clock no limit.
+             // No time means the shortest budget; no clock means no limit.
              {"wtime 0 btime 0", 0, 1},
              {"wtime -500 btime -7 winc 100", 0, 1},
              {"wtime nan btime inf movetime 20", 0, 2},
@@ -202,7 +202,7 @@ TEST_F(SearchClockTest, FixedTimeIsUsedUp) {
     outside->stepOfPoll = 200;
     EXPECT_EQ(count(search("go movetime 1000"), "bestmove"), 1);
     EXPECT_EQ(outside->clock, 1000U);
-    // Two thirds of it are no reason to end.
+    // A fixed time is used fully, not just two thirds.
     outside->stepOfPoll = 0;
     type("go movetime 1000");
     outside->turnClock(990, after("info depth 4 "));
@@ -225,7 +225,7 @@ TEST_F(SearchClockTest, DeepeningEndsAfterTwoThirds) {
         EXPECT_TRUE(has(said, thinkingTime(3000, 50)));
         EXPECT_EQ(has(said, "info depth 5 "), goesOn);
     }
-    // The first three iterations are finished even so.
+    // The first three iterations finish even so.
     type("go wtime 30000 btime 30000");
     outside->turnClock(100'000, after("Thinking time"));
     const std::string said = run();
@@ -288,7 +288,7 @@ TEST_F(SearchClockTest, BudgetIsDoubledWhereTheClockBearsIt) {
         EXPECT_EQ(count(log(), newTime(2 * budget)), extended ? 1 : 0) << go << '\n' << log();
         EXPECT_EQ(count(log(), Refused), extended ? 0 : 1) << go;
     }
-    // With the score in its window nothing is asked for.
+    // With the score in the window, no extension is tried.
     beginUci();
     type("go wtime 300000 btime 300000");
     outside->turnClock(10'000, after("info depth 5 "));
@@ -298,7 +298,7 @@ TEST_F(SearchClockTest, BudgetIsDoubledWhereTheClockBearsIt) {
 }
 
 TEST_F(SearchClockTest, UciPonderHit) {
-    // The time before the hit counts, though no budget ends the search then.
+    // The time before the ponder hit counts, although no budget ends the search during that time.
     beginUci();
     type("go ponder wtime 300000 btime 300000");
     outside->turnClock(1'000'000, after("info depth 4 "));
@@ -319,7 +319,7 @@ TEST_F(SearchClockTest, UciPonderHit) {
     type("stop", after("info depth 5 "));
     EXPECT_EQ(count(run(), "bestmove"), 1);
 
-    // Who does not ponder thinks at once.
+    // Without pondering, the search starts at once.
     said = search("setoption name Ponder value false\ngo ponder movetime 100");
     EXPECT_TRUE(has(said, thinkingTime(0, 10)) && has(said, "bestmove"));
 }
@@ -340,7 +340,7 @@ TEST_F(SearchClockTest, WinBoardPonderHit) {
     noted.erase(0, noted.find("pondering -> Hint: ") + 19);
     const std::string hint = noted.substr(0, noted.find('\n'));
 
-    // The time before the hit counts.
+    // The time before the ponder hit counts.
     beginPondering("time 1800\notim 1800", "usermove " + hint);
     type("force", after("\nmove "));
     std::string said = run();
@@ -352,7 +352,7 @@ TEST_F(SearchClockTest, WinBoardPonderHit) {
                     "time: 30\n"));
     EXPECT_FALSE(has(said.substr(said.find("\n 5. ")), "\n 6"));
 
-    // With time left it goes on for what is left of it.
+    // With time left, the search uses the rest of it.
     beginPondering("time 6000\notim 6000", hint);
     outside->turnClock(600, after("\n 6"));
     type("force", after("\nmove "));
@@ -362,7 +362,7 @@ TEST_F(SearchClockTest, WinBoardPonderHit) {
     EXPECT_TRUE(has(said.substr(said.find("\n 5. ")), "\n 6"));
     EXPECT_FALSE(has(said, "\n 7"));
 
-    // Another move is answered by a search of its own.
+    // A different move starts a new search.
     const std::string other = hint == "a2a3" ? "h2h3" : "a2a3";
     beginPondering("time 6000\notim 6000", "usermove " + other);
     outside->turnClock(10'000, after("Thinking time"));
@@ -399,7 +399,7 @@ TEST_F(SearchClockTest, OneLineAPoll) {
     std::vector<int> answers;
     for (const int number : outside->answers) answers.push_back(number - before);
     EXPECT_EQ(answers, (std::vector<int>{0, 1, 1, 2}));
-    // While the search unwinds no line is read.
+    // No line is read while the search unwinds.
     EXPECT_TRUE(said.find("bestmove") < said.rfind("readyok"));
     EXPECT_EQ(count(said, "readyok"), 3);
 }
@@ -412,7 +412,7 @@ TEST_F(SearchClockTest, StopEndsASearchAtTheNextPoll) {
     EXPECT_EQ(count(run(), "bestmove"), 1);
     EXPECT_LE(searchStats.nodes, outside->nodes.back() + Unwinding);
 
-    // Half a line holds nothing up.
+    // Half a line does not hold up the search.
     outside->stepOfPoll = 200;
     type("go movetime 1000");
     outside->send("sto", after("info depth 3 "));

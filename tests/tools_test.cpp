@@ -32,7 +32,7 @@ TEST_F(ToolsTest, SolutionsAreTextsWithinTheLine) {
     EXPECT_FALSE(CheckSolution(board, "bm Ra8#", NoMove));
 }
 
-/// Of every shipped suite: each line is solved by the moves that it names and by no others.
+/// In every shipped suite, each line is solved by the moves it names and by no others.
 TEST_F(ToolsTest, SuitesNameMovesAsTheEngineWritesThem) {
     int suites = 0;
     for (const auto& entry : std::filesystem::directory_iterator(dataPath("../../data/suites"))) {

@@ -1,6 +1,6 @@
-// Writes random games for measurements of the book builder: brivok-random-pgn GAMES [SEED]. The
-// first moves are drawn from a few of those that there are, so that games share openings as real
-// ones do; later ones are drawn from all. Legal, and of no other merit.
+// Writes random games to measure the book builder: brivok-random-pgn GAMES [SEED]. The first moves
+// favour a few choices, so that games share openings as real ones do; later moves are uniformly
+// random. The games are legal and otherwise meaningless.
 //
 //   ninja -C build/release brivok-random-pgn brivok-book
 //   build/release/bin/brivok-random-pgn 1000000 >games.pgn
@@ -24,7 +24,7 @@ namespace {
 using namespace brivok;
 
 constexpr std::size_t OpeningPlies = 16;
-constexpr double OpeningBias = 4;  ///< the power that draws the choice to the front of the list
+constexpr double OpeningBias = 4;  ///< exponent that favours the front of the move list
 constexpr std::size_t LeastPlies = 50;
 constexpr std::size_t MostPlies = 110;
 constexpr std::size_t LineLength = 80;
@@ -69,7 +69,7 @@ private:
         return NoMove;
     }
 
-    /// The short form, or the long one where three pieces make that ambiguous.
+    /// The short form; the long one where three pieces make the short one ambiguous.
     static std::string textOf(Move move) {
         const std::string san = moveToSan(theBoard, move);
         return readSan(theBoard, san).move == move ? san : moveToCoordinate(move);
