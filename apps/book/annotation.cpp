@@ -6,7 +6,7 @@ namespace brivok {
 
 namespace {
 
-/// The value of the annotation that has this in some field.
+/// The value of the annotation with this content in a field; NoAnnotation if there is none.
 template <typename Field, typename Content>
 std::uint32_t valueOf(Field Annotation::*field, const Content& content) {
     const auto* const found = std::ranges::find(Annotations, content, field);

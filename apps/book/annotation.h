@@ -8,12 +8,13 @@
 
 namespace brivok {
 
-/// The value of a glyph or of a numeric glyph; NoAnnotation for any other.
+/// The annotation value of a glyph or a NAG; NoAnnotation if there is none.
 [[nodiscard]] std::uint32_t annotationOfGlyph(std::string_view glyph);
 [[nodiscard]] std::uint32_t annotationOfNumber(unsigned numericGlyph);
 
-/// Gathers the annotations that games give to one position and settles which one a book keeps: the
-/// one given most often by those that give any, and among equals the one of the lowest value.
+/// Collects the annotations that games give to one position and decides which one the book keeps:
+/// the most frequent one, and among equals the one with the lowest value. Games without an
+/// annotation do not vote.
 class AnnotationVotes {
 public:
     void add(std::uint32_t annotation, std::uint64_t games);

@@ -9,14 +9,14 @@ namespace brivok {
 
 namespace {
 
-/// Of the memory, this part is for reading runs; the rest is the buffer.
+/// This fraction of the memory is for reading runs; the rest is the buffer.
 constexpr std::size_t MergeShare = 8;
 
 /// Observations read from a run at a time.
 constexpr std::size_t LeastRead = 256;
 constexpr std::size_t MostRead = std::size_t{1} << 16U;
 
-/// Walks along a sorted run: one in memory, or one that is read piece by piece.
+/// Iterates over a sorted run, either in memory or read in pieces.
 class RunCursor {
 public:
     explicit RunCursor(std::span<const Observation> inMemory) : rest(inMemory) {}
@@ -41,10 +41,10 @@ private:
     std::span<const Observation> rest;
 };
 
-/// For a heap with the least observation on top.
+/// Heap order with the least observation on top.
 bool comesLater(const RunCursor& a, const RunCursor& b) { return b.current() < a.current(); }
 
-/// Adds up the observations of one position after the other.
+/// Sums up the observations of each position in turn.
 class RecordMaker {
 public:
     explicit RecordMaker(const BookAggregator::Sink& receiver) : sink(receiver) {}
@@ -91,7 +91,7 @@ BookAggregator::BookAggregator(const std::filesystem::path& output, std::size_t 
 void BookAggregator::add(std::span<const Observation> observations) {
     if (buffer.size() + observations.size() > capacity) {
         condense();
-        // Less than half of it free: sorting again soon would gain little.
+        // With less than half of it free, sorting again soon would gain little.
         if (buffer.size() > capacity / 2) {
             runs.append(buffer);
             buffer.clear();

@@ -11,7 +11,7 @@ namespace {
 
 using RecordImage = std::array<unsigned char, BookRecord::Bytes>;
 
-/// The bytes of a record as recordFromBytes() reads them.
+/// The bytes of a record, as recordFromBytes() reads them.
 RecordImage imageOf(const BookRecord& record) {
     RecordImage image;
     std::size_t at = 0;

@@ -9,27 +9,27 @@
 
 namespace brivok {
 
-/// Games that have reached the position.
+/// Number of games that reached the position.
 [[nodiscard]] constexpr std::uint64_t gamesOf(const BookRecord& record) {
     return std::uint64_t{record.whiteWins} + record.blackWins + record.draws;
 }
 
-/// Adds to a count of games, which stays at its greatest value once it is there.
+/// Adds to a count of games, saturating at its maximum.
 constexpr void addGames(std::uint32_t& count, std::uint32_t games) {
     count = games > ~count ? ~std::uint32_t{0} : count + games;
 }
 
-/// The file that a book written to `name` will be: links are followed. Throws AppError when it is
-/// there and no plain file.
+/// The file that will hold a book written to `name`: links are followed. Throws AppError if it
+/// exists and is not a plain file.
 [[nodiscard]] std::filesystem::path bookTarget(const std::string& name);
 
-/// Writes a book file, which is there when it is committed; errors are those of a NewFile.
+/// Writes a book file, which appears when it is committed. Fails as NewFile does.
 class BookWriter {
 public:
-    /// Throws AppError also when `name` is something else than a file.
+    /// Throws AppError also if `name` exists and is not a file.
     explicit BookWriter(const std::string& name) : file(bookTarget(name)) {}
 
-    /// Appends a record, whose key must be above that of the one before.
+    /// Appends a record. Its key must be greater than the previous one.
     void add(const BookRecord& record);
 
     void commit() { file.finish(); }
@@ -41,13 +41,14 @@ private:
     std::uint64_t records = 0;
 };
 
-/// Reads a book file from start to end and holds it against what a book must be.
+/// Reads a book file from start to end and validates it.
 class BookReader {
 public:
     explicit BookReader(const std::string& name);
 
-    /// The next record; false at the end. Throws AppError, with the place, at a record that is cut
-    /// off, out of order, doubled, without games or with an unknown annotation.
+    /// Reads the next record; false at the end. Throws AppError, with the position in the file, for
+    /// a record that is truncated, out of order, duplicate, without games or with an unknown
+    /// annotation.
     [[nodiscard]] bool next(BookRecord& record);
 
     [[nodiscard]] const std::string& name() const { return fileName; }

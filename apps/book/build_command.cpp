@@ -18,7 +18,7 @@ namespace {
 constexpr std::uint64_t BrokenGamesShown = 5;
 constexpr const char* StandardInput = "-";
 
-/// Bytes of all inputs; 0 when one of them does not tell.
+/// Total bytes of all inputs; 0 if the size of one is unknown.
 std::uint64_t bytesOf(const std::vector<std::string>& inputs) {
     std::uint64_t sum = 0;
     for (const std::string& name : inputs) {
@@ -121,7 +121,7 @@ private:
     std::array<std::uint64_t, Verdicts> verdicts{};
 };
 
-/// The position comes up often enough and does well enough for the side that moved to it.
+/// Whether the position is frequent enough and scores well enough for the side that moved to it.
 bool belongsInBook(const BuildOptions& options, const BookRecord& record, Side mover) {
     const auto games = static_cast<double>(gamesOf(record));
     const std::uint32_t wins = mover == White ? record.whiteWins : record.blackWins;

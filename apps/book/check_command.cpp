@@ -12,19 +12,18 @@ namespace brivok {
 
 namespace {
 
-/// The records that moves of the book lead to, from the start position on. Goes through them by
-/// rising distance and keeps for each the move that has found it, so that the way to any of them
-/// can be played again.
+/// Finds the records that can be reached from the start position by book moves. Goes through them
+/// breadth first and keeps for each the move that found it, so that its line can be replayed.
 class Reach {
 public:
     explicit Reach(std::vector<std::uint64_t> sortedKeys)
         : keys(std::move(sortedKeys)), steps(keys.size()) {}
 
-    /// Returns the number of records found. The board ends in the start position.
+    /// Returns the number of records found. Leaves the start position on the board.
     std::uint64_t walk(Board& board) {
         board.NewGame();
         lookAround(board, Start);
-        // What is found on the way is looked at in its turn: the list grows meanwhile.
+        // The list grows during the loop.
         std::size_t next = 0;
         while (next < found.size()) {
             const Index record = found[next++];
@@ -41,7 +40,7 @@ private:
 
     struct Step {
         Index from = Start;
-        Move move = NoMove;  ///< none as long as the record is not found
+        Move move = NoMove;  ///< NoMove until the record is found
     };
 
     void playWayTo(Board& board, Index record) {
@@ -50,7 +49,7 @@ private:
         for (; !way.empty(); way.pop_back()) board.makeMove(way.back());
     }
 
-    /// Finds the records behind the position at hand, which is that of a record or the start.
+    /// Finds the records after the current position, which is that of a record or the start.
     void lookAround(Board& board, Index from) {
         forEachLegalMove(board, [&](Move move) { enter(board.hashKey, {from, move}); });
     }
@@ -67,7 +66,7 @@ private:
     std::vector<std::uint64_t> keys;
     std::vector<Step> steps;   ///< by record
     std::vector<Index> found;  ///< in the order of finding
-    std::vector<Move> way;     ///< backwards
+    std::vector<Move> way;     ///< in reverse
 };
 
 }  // namespace

@@ -47,7 +47,7 @@ bool GameCounter::play(PgnGame& game, std::vector<Observation>& observations) {
         const Side mover = board.sideToMove;
         board.makeMove(reading.move);
         const bool wanted = mover == White ? options.whiteMoves : options.blackMoves;
-        // The first position of all has been there once before any move.
+        // The first position has also occurred once before any move.
         const int before = board.hashKey == board.undo[0].hashKey ? 1 : 0;
         if (!wanted || board.countRepetitions(0).inGame > 1 + before) continue;
         observations.emplace_back(board.hashKey, mover, game.result, text.annotation);

@@ -15,7 +15,7 @@ using namespace brivok;
 
 constexpr std::size_t LargestMemoryMB = std::size_t{1} << 20U;
 
-/// The command line: which command to run, with its options.
+/// The command line: the command to run, with its options.
 struct CommandLine {
     CLI::App app{
         "Opening books for Brivok: builds them from games, shows, checks and merges them."};

@@ -12,7 +12,7 @@ namespace brivok {
 
 namespace {
 
-/// One of the books, standing at a record.
+/// An input book and its current record.
 struct Input {
     explicit Input(const std::string& name) : reader(name) {}
     BookReader reader;
@@ -29,7 +29,7 @@ void addRecord(BookRecord& sum, AnnotationVotes& votes, const BookRecord& record
 }  // namespace
 
 void mergeBooks(const std::vector<std::string>& inputs, const std::string& output) {
-    // The least key on top.
+    // Least key on top.
     using Place = std::pair<std::uint64_t, Input*>;
     std::priority_queue<Place, std::vector<Place>, std::greater<>> queue;
     std::vector<std::unique_ptr<Input>> books;

@@ -8,13 +8,13 @@
 
 namespace brivok {
 
-/// The games in which a move to the position `key` was made by one side, ended in one way and got
-/// one annotation. The unit in which a book is gathered: equal ones are added up at any time and in
-/// any order, and nothing about them is lost before all are there.
+/// The number of games in which one side made a move to the position `key`, with one result and one
+/// annotation of the move. Books are collected in these units: equal ones can be summed at any time
+/// and in any order without losing information.
 struct Observation {
     std::uint64_t key = 0;
     std::uint32_t games = 0;
-    /// From the low bits up: annotation value, GameResult (2 bits), the side that moved (1).
+    /// From the low bits up: annotation value, GameResult (2 bits), side that moved (1 bit).
     std::uint32_t what = 0;
 
     static constexpr unsigned ResultShift = Annotations.size();

@@ -10,10 +10,10 @@ namespace brivok {
 
 namespace {
 
-/// The start of the first tag of a game: where reading goes on after a text that does not end.
+/// First tag of a game: reading resumes there after an unterminated comment or variation.
 constexpr std::string_view FirstTag = "[Event \"";
 
-/// Placement, side and castling rights of the first position of every game of normal chess.
+/// Placement, side to move and castling rights of the standard start position.
 constexpr std::string_view StandardStart = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq ";
 
 constexpr std::size_t MaxTagLength = 255;
@@ -24,8 +24,7 @@ bool isLetter(int c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); 
 bool isLineEnd(int c) { return c == '\n' || c == '\r' || c == ByteSource::End; }
 bool isBlank(int c) { return c == ' ' || c == '\t' || isLineEnd(c); }
 
-/// Bytes that go on with a word: those of moves, of results, and of the signs that may be
-/// attached to a move.
+/// Bytes that can continue a word: those of moves, results and signs attached to moves.
 constexpr auto WordBytes = [] {
     std::array<bool, 256> table{};
     for (const char c : std::string_view("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"
@@ -61,7 +60,7 @@ bool isNormalChess(std::string_view variant) {
         [variant](std::string_view name) { return equalsIgnoringCase(variant, name); });
 }
 
-/// Words beside the moves: a novelty, a diagram, "en passant" set apart.
+/// Words among the moves that mean nothing: a novelty, a diagram, a separate "e.p.".
 bool isRemark(std::string_view text) {
     return text == "N" || text == "D" || text == "ep" || text == "e.p";
 }
@@ -124,15 +123,15 @@ bool PgnReader::next(PgnGame& readInto) {
                     }
                 } else {
                     source.take();
-                    if (c >= 0x80) continue;  // as good as a blank, whatever the alphabet
+                    if (c >= 0x80) continue;  // like a blank, in any alphabet
                 }
         }
         freshLine = false;
     }
 }
 
-/// Behind the moves of a game only the first bracket of a line counts, and in none of its places
-/// one without a name: comments hold others.
+/// After the moves of a game, a bracket counts only at the start of a line and if a name follows
+/// it: comments contain other brackets.
 bool PgnReader::tagBegins() {
     return source.peek() == '[' && isLetter(source.peekAt(1)) && (freshLine || !hasMoves);
 }
@@ -208,7 +207,7 @@ void PgnReader::skipVariation() {
 void PgnReader::readNumericGlyph() {
     source.take();
     unsigned number = 0;
-    constexpr unsigned Cut = 1000;  // beyond every glyph that there is
+    constexpr unsigned Cut = 1000;  // more than any glyph number
     while (isDigit(source.peek())) {
         number = std::min(number * 10 + static_cast<unsigned>(source.take() - '0'), Cut);
     }
@@ -224,7 +223,7 @@ void PgnReader::readGlyph() {
     annotateLastMove(annotationOfGlyph(glyph));
 }
 
-/// The first annotation of a move stands.
+/// The first annotation of a move wins.
 void PgnReader::annotateLastMove(std::uint32_t annotation) {
     if (!lastMoveKept || game->moves.back().annotation != NoAnnotation) return;
     game->moves.back().annotation = static_cast<std::uint8_t>(annotation);
@@ -237,7 +236,7 @@ bool PgnReader::readWord() {
     word.line = static_cast<std::uint32_t>(source.line());
     const bool startsWithDigit = isDigit(source.peek());
     bool number = startsWithDigit;
-    std::size_t left = 0;  // of a promotion in brackets
+    std::size_t left = 0;  // left to read of a promotion in parentheses
     for (;; source.take()) {
         const int c = source.peek();
         if (c == '(' && promotionFollows()) left = 3;
@@ -246,7 +245,7 @@ bool PgnReader::readWord() {
         } else if (c == ByteSource::End || !WordBytes[static_cast<std::size_t>(c)]) {
             break;
         }
-        // The number of a move may be glued to the move.
+        // A move number may be attached to the move.
         if (number && (c == '.' || isLetter(c))) return false;
         number = number && isDigit(c);
         if (word.length < PgnMove::MaxLength) word.letters[word.length++] = static_cast<char>(c);
@@ -258,7 +257,7 @@ bool PgnReader::readWord() {
             endResult = *result;
             return hasTags || hasMoves;
         }
-        // Numbers, clock times and the like; but "0-0" is a move.
+        // Numbers, clock times and the like, but "0-0" is a move.
         if (!text.starts_with("0-0")) return false;
     }
     if (!isRemark(text)) keepMove();

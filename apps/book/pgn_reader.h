@@ -12,40 +12,40 @@ namespace brivok {
 
 enum class GameResult : std::uint8_t { WhiteWins, BlackWins, Draw, Unknown };
 
-/// A move as the file writes it, without its glyphs. A word that is longer than any move is cut.
+/// A move as written in the file, without glyphs. A word longer than any move is truncated.
 struct PgnMove {
     static constexpr std::size_t MaxLength = 15;
 
     char letters[MaxLength];
     std::uint8_t length = 0;
-    std::uint8_t annotation = 0;  ///< value of a book record
+    std::uint8_t annotation = 0;  ///< as in BookRecord
     std::uint32_t line = 0;
 
     [[nodiscard]] std::string_view text() const { return {letters, length}; }
 };
 
-/// One game of a file, as far as a book needs it.
+/// What a book requires of one game in a file.
 struct PgnGame {
     GameResult result = GameResult::Unknown;
-    bool otherStart = false;  ///< another first position, or other rules than those of chess
+    bool otherStart = false;  ///< a non-standard start position or variant
     std::optional<int> whiteElo, blackElo;
-    std::vector<PgnMove> moves;  ///< of the main line, as many as the reader was asked for
-    std::size_t line = 0;        ///< where the game begins
-    std::string fault;           ///< why the text cannot be trusted; empty if nothing is wrong
+    std::vector<PgnMove> moves;  ///< main line, up to the reader's limit
+    std::size_t line = 0;        ///< where the game starts
+    std::string fault;           ///< why the text is unusable; empty if it is fine
     std::size_t faultLine = 0;
 };
 
-/// Reads the games of a PGN file one by one (S. Edwards, "Portable Game Notation", 1994) and takes
-/// what is met in the wild: any order of tags, games without tags or without a result at the end of
-/// the moves, comments of both kinds, nested variations, numeric and written glyphs, escape lines,
-/// evaluation signs, every byte. No text ends the reading: after a comment or variation that does
-/// not end it goes on at the next game.
+/// Reads the games of a PGN file one by one (S. Edwards, "Portable Game Notation", 1994) and copes
+/// with files as they are: tags in any order, games without tags or without a final result, both
+/// kinds of comments, nested variations, NAGs and written glyphs, escape lines, evaluation signs,
+/// any byte. No text ends the reading early: after an unterminated comment or variation it resumes
+/// at the next game.
 class PgnReader {
 public:
-    /// The first `maxPlies` moves of a game are kept; the rest of it is skipped.
+    /// Keeps the first `maxPlies` moves of each game and skips the rest.
     PgnReader(ByteSource& input, std::size_t maxPlies) : source(input), plyLimit(maxPlies) {}
 
-    /// Reads the next game into `readInto`, whose room is used again. False at the end.
+    /// Reads the next game into `readInto`, reusing its memory. False at the end.
     [[nodiscard]] bool next(PgnGame& readInto);
 
 private:
@@ -56,7 +56,7 @@ private:
     void readNumericGlyph();
     void readGlyph();
     void annotateLastMove(std::uint32_t annotation);
-    /// Reads a word: a move or the number of one, a result, a remark. True when it ends the game.
+    /// Reads a word: a move, a move number, a result or a remark. True if it ends the game.
     [[nodiscard]] bool readWord();
     void keepMove();
     [[nodiscard]] bool tagBegins();
@@ -69,10 +69,10 @@ private:
     PgnGame* game = nullptr;
     bool hasTags = false;
     bool hasMoves = false;
-    bool setUp = false;          ///< a tag says that the game has a position of its own
-    bool standardStart = false;  ///< and another that it is the usual one
-    bool freshLine = true;       ///< nothing but blanks has been seen on the line
-    bool lastMoveKept = false;   ///< glyphs belong to the last of the game's moves
+    bool setUp = false;          ///< a tag announces a position
+    bool standardStart = false;  ///< and another tag gives the standard one
+    bool freshLine = true;       ///< only blanks so far on this line
+    bool lastMoveKept = false;   ///< glyphs apply to the last move of `game`
     GameResult tagResult = GameResult::Unknown;
     GameResult endResult = GameResult::Unknown;
     PgnMove word{};

@@ -10,8 +10,8 @@ namespace brivok {
 
 namespace {
 
-/// Many programs name the square after every double push; the board's keys know it only where an
-/// enemy pawn stands ready.
+/// Many programs write the en passant square after every double push; the board's key includes it
+/// only if an enemy pawn stands ready to capture.
 void dropIdleEnPassant(Board& board) {
     if (board.epSquare == NoSquare) return;
     const Side side = board.sideToMove;
@@ -27,7 +27,7 @@ void setUpPosition(Board& board, std::string_view fen) {
     board.NewGame();
     const std::uint64_t startKey = board.hashKey;
     board.setPositionFromFen(fen);
-    // A refused line leaves the start position, which only its own line may.
+    // A rejected line leaves the start position, which only its own line may do.
     constexpr std::string_view startPlacement = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR";
     const bool refused = board.hashKey == startKey && !fen.starts_with(startPlacement);
     if (refused || board.moverInCheck()) {

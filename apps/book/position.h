@@ -6,11 +6,11 @@
 
 namespace brivok {
 
-/// Sets the position of a FEN or EPD line. Throws AppError at one that cannot be played from.
+/// Sets the position of a FEN or EPD line. Throws AppError if it cannot be played from.
 void setUpPosition(Board& board, std::string_view fen);
 
-/// Plays moves that stand between blanks, in any notation that readSan() takes; numbers of moves
-/// among them are skipped. Throws AppError at the first that cannot be played.
+/// Plays moves separated by blanks, in any notation that readSan() accepts; move numbers are
+/// skipped. Throws AppError at the first illegal move.
 void playLine(Board& board, std::string_view moves);
 
 }  // namespace brivok

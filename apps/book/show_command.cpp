@@ -16,25 +16,24 @@ namespace brivok {
 
 namespace {
 
-/// Choices that are tried to tell how often a move comes up; the chances are good to a few tenths
-/// of a percent.
+/// Sample size for estimating how often a move is chosen: accurate to a few tenths of a percent.
 constexpr int Choices = 100'000;
-constexpr unsigned ChoiceSeed = 1;  ///< any fixed number: the same book always shows the same
+constexpr unsigned ChoiceSeed = 1;  ///< fixed, so that the same book always gives the same output
 
-/// A move that the book has for a position.
+/// A book move for a position.
 struct ShownMove {
     BookCandidate candidate;
-    int chosen = 0;  ///< of the choices tried
+    int chosen = 0;  ///< out of Choices
 };
 
 OpeningBook openBook(const std::string& name) {
-    (void)openForReading(name);  // for its messages
+    (void)openForReading(name);  // for its error messages
     OpeningBook book(name);
     if (!book.Open()) fail(name, "cannot be opened");
     return book;
 }
 
-/// Lets the engine choose again and again.
+/// Lets the engine choose many times.
 std::vector<ShownMove> weigh(const std::vector<BookCandidate>& candidates) {
     std::mt19937 generator(ChoiceSeed);
     std::uniform_int_distribution<int> distribution(0, MaxBookRandom);

@@ -8,8 +8,8 @@
 
 namespace brivok {
 
-/// Parses the arguments, and carries out the callbacks of the commands that have one. The exit code
-/// of the program when that is the end: after --help, or after an error, which has been told.
+/// Parses the arguments and runs the callbacks of the commands that have one. Returns an exit code
+/// if the program should end: after --help, or after an error, which has been printed.
 [[nodiscard]] inline std::optional<int> parseCommandLine(CLI::App& app, int argc, char** argv) {
     try {
         app.parse(argc, argv);

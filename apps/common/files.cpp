@@ -48,7 +48,7 @@ void NewFile::rewind() {
 }
 
 void NewFile::finish() {
-    // Closing writes what still waits in the buffer, and may fail at that.
+    // Closing flushes the buffer, which can fail.
     if (std::fclose(fresh.file.release()) != 0) failWithErrno(name);
     interrupt.check();
     std::error_code failure;

@@ -15,23 +15,22 @@ struct FileCloser {
 };
 using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
 
-/// Opens a file for reading. Throws AppError when it cannot be opened or is a folder.
+/// Opens a file for reading. Throws AppError if it cannot be opened or is a folder.
 [[nodiscard]] FileHandle openForReading(const std::filesystem::path& name);
 
-/// A file that did not exist before, open for writing and reading.
+/// A newly created file, open for reading and writing.
 struct FreshFile {
     FileHandle file;
     std::filesystem::path path;
 };
 
-/// Makes a file beside `target` whose name begins with that of `target`. Throws AppError when the
-/// folder takes none.
+/// Creates a file next to `target`, with a name that begins with the name of `target`. Throws
+/// AppError if that fails.
 [[nodiscard]] FreshFile makeFileBeside(const std::filesystem::path& target);
 
-/// A file that appears under its name when it is whole, or not at all: until then it has a
-/// temporary name in the same folder, and what was there under its own stays. Ctrl-C leaves nothing
-/// behind either. All operations throw AppError when the disk is full or the folder takes no file,
-/// and Interrupted when the user gives up.
+/// A file that appears under its name complete or not at all. Until then it has a temporary name in
+/// the same folder, and any existing file keeps its content. Ctrl-C leaves nothing behind either.
+/// All operations throw AppError if writing fails and Interrupted if the user gives up.
 class NewFile {
 public:
     explicit NewFile(std::filesystem::path itsName);
@@ -41,13 +40,13 @@ public:
 
     void write(std::span<const std::uint8_t> bytes);
 
-    /// What is written next takes the place of the first bytes.
+    /// Further writing overwrites the file from its start.
     void rewind();
 
-    /// Gives the file its name.
+    /// Renames the file to its final name.
     void finish();
 
-    /// For work between two writes that takes long.
+    /// Call this in long work between two writes.
     void checkInterrupt() const { interrupt.check(); }
 
 private:

@@ -8,7 +8,7 @@ volatile std::sig_atomic_t received = 0;
 
 void note(int number) { received = number; }
 
-/// Takes a signal over, unless whoever started the program has told it to ignore that one.
+/// Handles a signal, unless the parent process has set it to be ignored.
 auto takeOver(int number) {
     const auto before = std::signal(number, note);
     if (before == SIG_IGN) std::signal(number, SIG_IGN);

@@ -5,7 +5,7 @@
 
 namespace brivok {
 
-/// The user has given up. Not an error: everything is put away and the program ends.
+/// The user has given up. Not an error: the program cleans up and ends.
 class Interrupted : public std::exception {
 public:
     explicit Interrupted(int number) : signalNumber(number) {}
@@ -16,8 +16,9 @@ private:
     int signalNumber;
 };
 
-/// While one of these lives, Ctrl-C and the like end nothing at once: check() throws Interrupted,
-/// so that files that are not complete go away. Work that leaves no files needs no watch.
+/// While one of these exists, Ctrl-C and similar signals do not end the program at once. Instead
+/// check() throws Interrupted, so that incomplete files are removed. Work that leaves no files does
+/// not need this.
 class InterruptWatch {
 public:
     InterruptWatch();

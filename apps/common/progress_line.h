@@ -5,8 +5,8 @@
 
 namespace brivok {
 
-/// The last line on standard error, written over and over while a long work goes on. Says nothing
-/// where standard error is no terminal.
+/// A line on standard error that is overwritten during long work. Prints nothing if standard error
+/// is not a terminal.
 class ProgressLine {
 public:
     ProgressLine();
@@ -14,14 +14,14 @@ public:
     ProgressLine& operator=(const ProgressLine&) = delete;
     ~ProgressLine() { clear(); }
 
-    /// Somebody is looking, and a moment has passed since the last text: for work that could tell
-    /// something new all the time.
+    /// Whether the line is visible and enough time has passed since the last text. For work that
+    /// could update it constantly.
     [[nodiscard]] bool isDue() const;
 
-    /// Puts a text in place of the one before.
+    /// Replaces the text.
     void show(const std::string& text);
 
-    /// Wipes the line, so that other text can take its place.
+    /// Erases the line, so that other text can take its place.
     void clear();
 
 private:

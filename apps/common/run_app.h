@@ -4,12 +4,12 @@
 
 namespace brivok {
 
-/// Code of every failure of a program, a wrong command line included.
+/// Exit code of every failure, including a wrong command line.
 inline constexpr int FailureCode = 1;
 
-/// Carries out the work of a program, which returns the exit code, and gives the code back. An
-/// error is told in a line on standard error that begins with the program's name and ends in
-/// FailureCode; an interruption by a signal ends in 128 and its number, as shells count.
+/// Runs the work of a program and returns its exit code. An error is printed on standard error,
+/// after the program's name, and gives FailureCode. An interruption by a signal gives 128 plus its
+/// number, as in shells.
 [[nodiscard]] int runApp(const char* program, const std::function<int()>& work);
 
 }  // namespace brivok

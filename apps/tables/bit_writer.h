@@ -11,7 +11,7 @@ class BitWriter {
 public:
     explicit BitWriter(std::vector<std::uint8_t>& itsBytes) : bytes(itsBytes) {}
 
-    /// The low `width` bits of `value`, at most 32; the others are 0.
+    /// Appends the low `width` (at most 32) bits of `value`; the other bits must be 0.
     void put(std::uint32_t value, unsigned width) {
         assert(width <= 32 && (width == 32 || value >> width == 0));
         waiting = waiting << width | value;
@@ -22,15 +22,15 @@ public:
         }
     }
 
-    /// Fills the last byte with zeros.
+    /// Pads the last byte with zeros.
     void finish() {
         if (count != 0) put(0, 8 - count);
     }
 
 private:
     std::vector<std::uint8_t>& bytes;
-    std::uint64_t waiting = 0;  ///< the low `count` bits are still to be written
-    unsigned count = 0;         ///< 0 .. 7 between calls
+    std::uint64_t waiting = 0;  ///< the low `count` bits are not yet written
+    unsigned count = 0;         ///< 0 to 7 between calls
 };
 
 }  // namespace brivok::tables

@@ -11,10 +11,10 @@ constexpr unsigned SlotBits = 5;
 constexpr std::int16_t NoMatch = std::numeric_limits<std::int16_t>::max();
 constexpr std::size_t RowSize = 16;
 
-/// Within a match of this length nothing but the match is looked at.
+/// Inside a match of this length, no alternatives are considered.
 constexpr unsigned GoodLength = 32;
 
-/// By length of a run, up to ExactClasses: OR-ed with a row it leaves the classes that fit.
+/// Indexed by run length, up to ExactClasses: ORed with a row, keeps only the classes that fit.
 constexpr auto fitting = []() {
     std::array<std::array<std::int16_t, RowSize>, ExactClasses + 1> masks{};
     for (std::size_t run = 0; run < masks.size(); ++run) {
@@ -23,7 +23,7 @@ constexpr auto fitting = []() {
     return masks;
 }();
 
-/// Number of the lowest slot of a set.
+/// Number of the lowest slot in a set.
 std::size_t firstOf(std::uint32_t slots) {
     return static_cast<std::size_t>(std::countr_zero(slots));
 }
@@ -155,7 +155,7 @@ void BlockParser::tryMatches(std::size_t place, std::uint32_t slots, const Ends&
 }
 
 void BlockParser::tryWideMatches(std::size_t place, std::uint32_t slots, const Ends& ends) {
-    ParseModel::Row best;  // of the classes that a match fills up
+    ParseModel::Row best;  // of the classes that a match fills completely
     best.fill(NoMatch);
     for (; slots != 0; slots &= slots - 1) {
         const std::size_t slot = firstOf(slots);

@@ -11,26 +11,26 @@
 
 namespace brivok::tables {
 
-/// Bits that each symbol takes without its extra bits, in sixteenths.
+/// Cost of each symbol without its extra bits, in sixteenths of a bit.
 using SymbolCosts = std::array<std::uint16_t, SymbolCount>;
 inline constexpr unsigned CostUnit = 16;
 inline constexpr std::uint16_t NoSymbol = std::numeric_limits<std::uint16_t>::max();
 
-/// What symbols cost in a code that is made for these counts. Symbols that did not occur get the
-/// cost of a rare one.
+/// Symbol costs in a code made for these counts. Symbols that did not occur cost as much as a rare
+/// one.
 [[nodiscard]] SymbolCosts costsOf(const SymbolCounts& counts);
 
-/// What symbols cost in a code; NoSymbol for those that it lacks.
+/// Symbol costs in a code; NoSymbol for symbols without a code.
 [[nodiscard]] SymbolCosts costsOf(const PrefixCode& code);
 
-/// A byte, or a match with the place of its length in its class.
+/// A byte, or a match with the index of its length within its class.
 struct Token {
     std::uint16_t symbol = 0;
     std::uint16_t extra = 0;
     std::uint8_t extraBits = 0;
 };
 
-/// Distances and costs as the parser wants them; all threads may share it.
+/// Distances and costs in the form that the parser uses; threads may share it.
 class ParseModel {
 public:
     ParseModel(const Distances& itsDistances, const SymbolCosts& costs);
@@ -38,24 +38,24 @@ public:
 private:
     friend class BlockParser;
 
-    /// Costs of one slot's matches with their extra bits by class, each shifted left by SlotBits,
-    /// with the slot below: the smallest value names the cheapest slot as well.
+    /// Costs of a slot's matches with their extra bits, by class. Each is shifted left by SlotBits
+    /// with the slot in the low bits, so that the least value also names the cheapest slot.
     using Row = std::array<std::int16_t, 16>;
 
     Distances distances;
     std::array<std::int32_t, LiteralCount> literals{};
-    std::array<Row, SlotCount> exact{};  ///< classes 0 .. 14
-    std::array<Row, SlotCount> wide{};   ///< classes from 15 on
+    std::array<Row, SlotCount> exact{};  ///< classes 0 to 14
+    std::array<Row, SlotCount> wide{};   ///< classes from 15
 };
 
-/// Finds the cheapest sequence of tokens for a block, by dynamic programming from its end. Of the
-/// long lengths in a class it only looks at the longest that each match allows.
+/// Finds the cheapest sequence of tokens for a block, by dynamic programming from its end. In the
+/// classes of long lengths it considers only the longest length that each match allows.
 class BlockParser {
 public:
     explicit BlockParser(const ParseModel& itsModel);
 
-    /// Parses a block of 1 .. BlockSize bytes. Returns the cost of its tokens with their extra bits
-    /// in sixteenths of a bit; at least Impossible if the model has no symbols for it.
+    /// Parses a block of 1 to BlockSize bytes. Returns the cost of its tokens with their extra bits
+    /// in sixteenths of a bit; at least Impossible if the model lacks the symbols for it.
     std::int32_t parse(ByteSpan block);
     static constexpr std::int32_t Impossible = 1 << 24;
 
@@ -80,12 +80,13 @@ public:
     }
 
 private:
-    /// The first token of the cheapest parse from some place to the end of the block.
+    /// The first token of the cheapest parse from a position to the end of the block.
     struct Step {
         std::uint16_t length = 0;  ///< 0 for a byte
         std::uint16_t slot = 0;
     };
-    /// By slot, where the repetition ends that runs at a place; only for slots that repeat there.
+    /// By slot: where the repetition that covers the current position ends. Valid only for slots
+    /// that repeat there.
     using Ends = std::array<std::uint32_t, SlotCount>;
 
     void findRepeats();
@@ -109,10 +110,10 @@ private:
     const std::uint8_t* bytes = nullptr;
     std::size_t size = 0;
 
-    /// By place, the slots whose distance has the same byte; eight slots in each plane.
+    /// By position: the slots whose distance has the same byte; eight slots per plane.
     static constexpr std::size_t PlaneSlots = 8;
     std::array<std::vector<std::uint8_t>, SlotCount / PlaneSlots> repeats;
-    std::vector<std::int32_t> costs;  ///< of the rest of the block, by place
+    std::vector<std::int32_t> costs;  ///< of the rest of the block, by position
     std::vector<Step> steps;
 };
 

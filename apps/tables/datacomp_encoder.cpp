@@ -12,8 +12,8 @@
 namespace brivok::tables {
 namespace {
 
-/// The format allows 31. At 15 a decoder that refills 16 bits at a time always has a whole code,
-/// and the loss is some thousandths of a percent.
+/// The format allows 31. With 15, a decoder that refills 16 bits at a time always has a whole code,
+/// at a loss of some thousandths of a percent.
 constexpr unsigned LongestCode = 15;
 
 constexpr unsigned LearningRounds = 8;
@@ -24,12 +24,12 @@ void putBigEndian(Bytes& bytes, std::uint32_t value) {
     }
 }
 
-/// Cost of a block as it is.
+/// Cost of a stored block.
 std::int32_t plainCost(ByteSpan block) {
     return static_cast<std::int32_t>(block.size() * 8 * CostUnit);
 }
 
-/// Costs to begin with: about what a table's symbols have.
+/// Initial costs: roughly those of a table's symbols.
 SymbolCosts firstCosts() {
     SymbolCosts costs{};
     std::fill_n(costs.begin(), LiteralCount, std::uint16_t{6 * CostUnit});
@@ -37,19 +37,18 @@ SymbolCosts firstCosts() {
     return costs;
 }
 
-// The lengths of the code for the symbols are written as runs, with one code for the run's length
-// of code and one for the size of the run. The lengths of these two stand in front, as numbers of
-// fixed width.
+// Code lengths of the symbols are written as runs, with one code for the value and one for the size
+// of a run. The lengths of these two codes come first, as numbers of fixed width.
 namespace run_lengths {
 
 constexpr std::size_t CodeSize = 64;
-constexpr unsigned LongestCode = 8;  // those that decode in one look
+constexpr unsigned LongestCode = 8;  // decodable in one lookup
 constexpr std::uint32_t RunFlag = 32;
 constexpr std::uint32_t ShortestRun = 2;
 constexpr unsigned WidthBits = 5;
 constexpr unsigned ZerosBits = 4;
 
-/// A length of code, for one symbol or for a run.
+/// A code length, for one symbol or for a run of symbols.
 struct Run {
     std::uint32_t length = 0;
     std::uint32_t size = 0;
@@ -64,7 +63,7 @@ std::vector<Run> runsOf(const std::vector<std::uint8_t>& lengths) {
     return runs;
 }
 
-/// The symbol of a run's size, and its extra bits.
+/// The symbol for the size of a run, and its extra bits.
 Token sizeToken(std::uint32_t size) {
     constexpr std::uint32_t Exact = 32;
     const std::uint32_t value = size - ShortestRun;
@@ -169,7 +168,7 @@ BlockRecord BlockEncoder::encode(ByteSpan block, Bytes& packed) {
             writer.put(token.extra, token.extraBits);
         });
         writer.finish();
-        // The size 0 means a full block, so a block of a lone symbol takes a byte all the same.
+        // Size 0 means a full block, so even a block with a single symbol takes a byte.
         if (packed.empty()) packed.push_back(0);
     }
     if (packed.empty() || packed.size() >= block.size()) packed.assign(block.begin(), block.end());
@@ -182,7 +181,7 @@ Bytes makeHeader(std::span<const BlockRecord> blocks, std::uint32_t lastBlockSiz
                  const Coding& coding) {
     Bytes tables;
     BitWriter blockTable(tables);
-    // A full block is 0 in its BlockLog bits.
+    // In BlockLog bits, the size of a full block is 0.
     for (const BlockRecord& block : blocks) blockTable.put(block.packedSize % BlockSize, BlockLog);
     blockTable.put(lastBlockSize % BlockSize, BlockLog);
     for (const std::uint16_t distance : coding.distances) blockTable.put(distance, BlockLog);

@@ -11,9 +11,9 @@
 
 #include "egtb/datacomp_format.h"
 
-/// The alphabet of DATACOMP: a symbol is a byte, or a match that repeats what stands one of 24
-/// distances back. The distances are the file's; a match names its slot and the class of its
-/// length, and extra bits after the symbol tell the length within the class.
+/// The alphabet of DATACOMP. A symbol is a byte, or a match that repeats bytes from one of 24
+/// distances back. The distances belong to the file. A match names its slot and the class of its
+/// length; extra bits after the symbol give the length within the class.
 namespace brivok::tables {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -24,7 +24,8 @@ inline constexpr std::size_t SlotCount = datacomp::DistanceCount;
 inline constexpr std::size_t ClassCount = datacomp::LengthCodes;
 inline constexpr std::size_t SymbolCount = datacomp::SymbolCount;
 
-/// Classes 0 .. 14 are the lengths 1 .. 15. Above, a class has twice the lengths of the one before.
+/// Classes 0 to 14 are the lengths 1 to 15. Each later class has twice as many lengths as the one
+/// before.
 inline constexpr unsigned ExactClasses = datacomp::PlainLengths;
 
 [[nodiscard]] constexpr unsigned lengthClass(unsigned length) {
@@ -48,11 +49,11 @@ inline constexpr unsigned ExactClasses = datacomp::PlainLengths;
     return LiteralCount + slot * ClassCount + itsClass;
 }
 
-/// Blocks stand for themselves: a match neither reaches back before its block nor leaves it.
+/// Blocks are independent: a match stays within its block at both ends.
 inline constexpr unsigned BlockLog = 13;
 inline constexpr unsigned BlockSize = 1U << BlockLog;
 
-/// Number of blocks of so many bytes; only the last may be shorter than BlockSize.
+/// Number of blocks for so many bytes; only the last may be shorter than BlockSize.
 [[nodiscard]] constexpr std::uint64_t blocksIn(std::uint64_t bytes) {
     return (bytes + BlockSize - 1) / BlockSize;
 }
@@ -61,10 +62,10 @@ inline constexpr unsigned BlockSize = 1U << BlockLog;
     return blocks.subspan(start, std::min<std::size_t>(BlockSize, blocks.size() - start));
 }
 
-/// Classes of the lengths that fit into a block.
+/// Classes of the lengths that fit in a block.
 inline constexpr unsigned UsedClasses = lengthClass(BlockSize - 1) + 1;
 
-/// The distances of a file, 1 .. BlockSize - 1, ascending.
+/// The distances of a file, 1 to BlockSize - 1, ascending.
 using Distances = std::array<std::uint16_t, SlotCount>;
 
 using SymbolCounts = std::array<std::uint64_t, SymbolCount>;

@@ -12,21 +12,22 @@
 namespace brivok::tables {
 namespace {
 
-/// Distances whose repetitions are looked at more closely.
+/// Number of distances that are examined closely.
 constexpr std::size_t CandidateCount = 256;
 
-/// Candidates whose gains are found again at a time.
+/// Candidates whose gains are updated at a time.
 constexpr std::size_t RefreshSize = 4;
 
-/// Shortest repetition that counts for a candidate.
+/// Shortest repetition that counts.
 constexpr std::size_t Telling = 4;
 
-/// Estimates in bits: what a byte takes beyond its share in the sample, and a match beyond the
-/// logarithm of its length.
+/// Estimated bits: of a byte beyond its share in the sample, and of a match beyond the logarithm of
+/// its length.
 constexpr double LiteralBits = 1.5;
 constexpr double MatchBits = 5;
 
-/// In how many places `Telling` bytes repeat those at a distance, except where `inRun` is set.
+/// Number of positions where `Telling` bytes repeat those at a distance, except where `inRun` is
+/// set.
 unsigned repetitions(ByteSpan block, const std::uint8_t* inRun, std::size_t distance) {
     static_assert(Telling == 4);
     if (block.size() < distance + Telling) return 0;
@@ -36,7 +37,7 @@ unsigned repetitions(ByteSpan block, const std::uint8_t* inRun, std::size_t dist
     const std::size_t count = block.size() - distance - Telling + 1;
     unsigned sum = 0;
     for (std::size_t i = 0; i < count; ++i) {
-        // In a form that compilers turn into vector instructions.
+        // Written so that compilers vectorise it.
         const auto differences = static_cast<std::uint8_t>(
             idle[i] | (later[i] ^ former[i]) | (later[i + 1] ^ former[i + 1]) |
             (later[i + 2] ^ former[i + 2]) | (later[i + 3] ^ former[i + 3]));
@@ -45,7 +46,7 @@ unsigned repetitions(ByteSpan block, const std::uint8_t* inRun, std::size_t dist
     return sum;
 }
 
-/// The most frequent distances above 1 of repetitions that are no runs of one byte.
+/// The most frequent distances above 1, ignoring runs of a single byte.
 std::vector<std::uint16_t> candidates(ByteSpan sample, unsigned threads) {
     Bytes inRun(sample.size(), 0);
     std::size_t run = 0;
@@ -76,7 +77,7 @@ std::vector<std::uint16_t> candidates(ByteSpan sample, unsigned threads) {
     return distances;
 }
 
-/// A rough parse: at each place a byte, or the longest match by any of the distances.
+/// A rough parse: at each position a byte or the longest match at any of the distances.
 class RoughParser {
 public:
     explicit RoughParser(ByteSpan itsSample) : sample(itsSample), longest(sample.size(), 0) {
@@ -92,7 +93,7 @@ public:
         }
     }
 
-    /// Cost of the sample with the distances so far and this one.
+    /// Cost of the sample with the distances chosen so far and this one.
     [[nodiscard]] std::int64_t costWith(std::uint16_t distance) const {
         std::int64_t sum = 0;
         std::array<std::int32_t, BlockSize + 1> costs{};
@@ -145,7 +146,7 @@ private:
     }
 
     ByteSpan sample;
-    std::vector<std::uint16_t> longest;  ///< match at each place, by the distances so far
+    std::vector<std::uint16_t> longest;  ///< match at each position, with the distances so far
     std::array<std::int32_t, LiteralCount> literalCosts{};
     std::array<std::int32_t, BlockSize + 1> matchCosts{};
 };
@@ -156,7 +157,7 @@ Distances chooseDistances(ByteSpan sample, unsigned threads) {
     struct Candidate {
         std::uint16_t distance = 0;
         std::int64_t gain = 0;
-        std::size_t slot = 0;  ///< for which the gain was found
+        std::size_t slot = 0;  ///< the slot for which the gain was computed
     };
     std::vector<Candidate> rest;
     for (const std::uint16_t distance : candidates(sample, threads)) rest.push_back({distance});
@@ -176,8 +177,8 @@ Distances chooseDistances(ByteSpan sample, unsigned threads) {
         };
         inParallel(threads, count, findSome, 1);
     };
-    // Gains shrink as distances join, so that a candidate's old gain bounds its new one. One that
-    // is still ahead after its gain is found again beats all; the others need not be looked at.
+    // Gains shrink as distances are added, so an old gain is an upper bound. A candidate that still
+    // leads after its gain has been updated beats all others.
     const auto sortByGain = [&] {
         std::stable_sort(rest.begin(), rest.end(), [](const auto& left, const auto& right) {
             return left.gain > right.gain;

@@ -9,12 +9,13 @@
 namespace brivok::tables {
 namespace {
 
-// Bits of a symmetry, in the order in which they are carried out.
+// Bits of a symmetry, in the order in which they are applied.
 constexpr unsigned FlipFiles = 1;
 constexpr unsigned FlipRanks = 2;
 constexpr unsigned Transpose = 4;
 
-constexpr unsigned CaptureCaseBits = 4;  ///< file of the en-passant square, and the pawn's side
+/// File of the en passant square, and the side of the pawn.
+constexpr unsigned CaptureCaseBits = 4;
 
 bool onDiagonal(Square square) { return (square & 7) == square >> 3; }
 
@@ -122,8 +123,8 @@ std::uint64_t Layout::plainIndex(unsigned pair, const Squares& squares) const {
     return index;
 }
 
-// The two pawns of the capture are left out of the men that are numbered. Where two pawns could
-// take, it is the one towards the a-file.
+// The two pawns of the capture are not numbered among the men. If two pawns could capture, the one
+// towards the a-file is used.
 
 std::uint64_t Layout::epIndex(unsigned pair, unsigned mover, const Squares& squares, int ep) const {
     const int taken = ep - pawnStep(mover);

@@ -9,27 +9,28 @@
 
 namespace brivok::tables {
 
-/// A numbering of the positions of a table that is made for quick steps to neighbours: the pair of
-/// kings up to symmetry, then 64 squares for every other man. Both sides to move share it.
-/// Positions with an en-passant square follow: the pair, 16 cases of the capture, and the men that
-/// have no part in it.
+/// A numbering of the positions of a table, designed for fast steps to neighbouring positions: the
+/// pair of kings up to symmetry, then 64 squares for each other man. Both sides to move share it.
+/// Positions with an en passant square follow: the pair, 16 cases of the capture, and the men that
+/// take no part in it.
 ///
-/// Of all numbers that mean the same position up to symmetry and exchange of like men, one is used:
-/// the one that index() gives.
+/// Positions that are equal by symmetry or by exchange of like men may have several numbers; only
+/// the one that index() returns is used.
 class Layout {
 public:
     explicit Layout(const Material& itsMaterial);
 
     [[nodiscard]] std::uint64_t size() const { return total; }
 
-    /// Any number below size(); the position may be illegal or without sense.
+    /// Accepts any number below size(); the position may be illegal or meaningless.
     [[nodiscard]] Position position(std::uint64_t index, unsigned mover) const;
 
-    /// The kings must be apart.
+    /// The kings must not be adjacent.
     [[nodiscard]] std::uint64_t index(const Position& position) const;
 
-    /// A reflection in the a1-h8 diagonal gives the position itself, as index() reduces it. Then
-    /// its moves, and those that lead to it, come in pairs of reflections that are the same move.
+    /// Whether a reflection in the a1-h8 diagonal yields the position itself, as index() reduces
+    /// it. Its moves, and the moves that lead to it, then come in mirrored pairs that are the same
+    /// move.
     [[nodiscard]] bool isItsOwnMirror(const Position& position) const;
 
 private:
@@ -46,8 +47,8 @@ private:
 
     Material material;
     bool hasLikeMen = false;
-    unsigned plainBits = 0;  ///< of the men besides the kings
-    unsigned epBits = 0;     ///< of the men besides kings, capturing and captured pawn
+    unsigned plainBits = 0;  ///< of the men except the kings
+    unsigned epBits = 0;     ///< of the men except the kings and the capturing and captured pawns
     std::uint64_t plainSize = 0;
     std::uint64_t total = 0;
     std::array<std::size_t, 2> lastPawn{};  ///< of each side

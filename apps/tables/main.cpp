@@ -1,4 +1,4 @@
-// Makes, checks, packs and describes endgame tables.
+// brivok-tables: makes, checks, packs and describes endgame tables.
 
 #include <algorithm>
 #include <cstdint>
@@ -27,10 +27,10 @@ namespace {
 using namespace brivok;
 using namespace brivok::tables;
 
-/// Entries of a file that is there already which make() looks at before it trusts it.
+/// Number of entries that make() checks in an existing file before trusting it.
 constexpr std::uint64_t TrustedSample = 1000;
 
-/// More than that is a slip: a negative number, for example, which would become a large one.
+/// Anything larger is a mistake, such as a negative number that has wrapped around.
 constexpr std::uint64_t LargestSample = 1'000'000'000'000;
 
 struct Options {
@@ -41,14 +41,14 @@ struct Options {
     bool compress = false;
 };
 
-/// What is being done to a table or a file, told as it goes on, and what comes of it.
+/// Prints the progress and the outcome of work on a table or file.
 class Task {
 public:
     explicit Task(std::string itsName) : name(std::move(itsName)) {}
 
     void show(const std::string& step) { line.show(name + ": " + step); }
 
-    /// Prints the outcome as a line of standard output.
+    /// Prints the outcome as a line on standard output.
     void report(const std::string& outcome) {
         line.clear();
         std::printf("%s: %s\n", name.c_str(), outcome.c_str());
@@ -62,7 +62,7 @@ private:
 
 std::string nameOf(int id) { return std::string(descriptorOf(id).signature()); }
 
-/// The table is there and a sample of its entries agrees.
+/// Whether the table exists and a sample of its entries is right.
 bool isFinished(int id, TableStore& store, Task& task) {
     if (!store.has(id)) return false;
     try {

@@ -73,7 +73,7 @@ std::vector<Conversion> conversionsOf(const Material& material) {
         if (captured != 0) conversions.push_back({captured, 0, Gone});
         for (std::size_t pawn = 2; pawn < material.count; ++pawn) {
             if (material.man[pawn] != Kind::Pawn) continue;
-            // Pawns take men of the other side only.
+            // Pawns capture only men of the other side.
             if (captured != 0 && material.side[captured] == material.side[pawn]) continue;
             for (const Kind into : PromotedMen) conversions.push_back({captured, pawn, into});
         }

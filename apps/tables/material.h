@@ -8,31 +8,31 @@
 
 #include "board/types.h"
 
-/// The men of a table. Within the generator White is always the first side of a table's signature;
-/// men are known by their place in the Material, first the two kings.
+/// The men of a table. Within the generator White is always the first side of a table's signature.
+/// A man is identified by its index in the Material; the two kings come first.
 namespace brivok::tables {
 
-/// The kind of a man that has been taken.
+/// The kind of a captured man.
 inline constexpr Kind Gone{};
 
-/// What a pawn may become.
+/// What a pawn may promote to.
 inline constexpr std::array PromotedMen = {Kind::Queen, Kind::Rook, Kind::Bishop, Kind::Knight};
 
-inline constexpr std::size_t MaxMen = 5;  ///< kings included
+inline constexpr std::size_t MaxMen = 5;  ///< including the kings
 
-/// Squares of the men, a1 = 0 .. h8 = 63.
+/// Squares of the men, a1 = 0 to h8 = 63.
 using Squares = std::array<std::uint8_t, MaxMen>;
 
 struct Material {
     std::size_t count = 0;
     std::array<Kind, MaxMen> man{};
-    std::array<std::uint8_t, MaxMen> side{};  ///< 0 first side, 1 second side
+    std::array<std::uint8_t, MaxMen> side{};  ///< 0 is the first side, 1 the second
 
     [[nodiscard]] bool has(Kind kind, unsigned ofSide) const;
     [[nodiscard]] bool hasPawns() const { return has(Kind::Pawn, 0) || has(Kind::Pawn, 1); }
-    /// Both sides have pawns, so that one can take another in passing.
+    /// Whether both sides have pawns.
     [[nodiscard]] bool hasEnPassant() const { return has(Kind::Pawn, 0) && has(Kind::Pawn, 1); }
-    /// The man is of the kind and side of the one before it.
+    /// Whether the man has the same kind and side as the one before it.
     [[nodiscard]] bool likeTheOneBefore(std::size_t index) const {
         return man[index] == man[index - 1] && side[index] == side[index - 1];
     }
@@ -41,31 +41,31 @@ struct Material {
 /// The men of a signature such as "kbnk".
 [[nodiscard]] Material materialOf(std::string_view signature);
 
-/// The table that holds some men: its id, 0 for the bare kings, and whether its first side is the
-/// second one of the men.
+/// The table for some men: its id, 0 for bare kings, and whether its first side is the second side
+/// of the men.
 struct TableRef {
     int id = 0;
     bool swapped = false;
 };
 
-/// Throws std::out_of_range when there is no such table.
+/// Throws std::out_of_range if there is no such table.
 [[nodiscard]] TableRef tableOf(const Material& material);
 
-/// What a move can change about the men: man `captured` is taken, pawn `promoted` becomes `into`.
-/// Place 0, a king's, stands for none.
+/// How a move can change the men: man `captured` is captured, pawn `promoted` becomes `into`. Index
+/// 0, a king's, means none.
 struct Conversion {
     std::size_t captured = 0;
     std::size_t promoted = 0;
     Kind into = Gone;
 };
 
-/// The men after a conversion, the one taken as Gone.
+/// The men after a conversion, with a captured man as Gone.
 [[nodiscard]] Material convert(const Material& material, const Conversion& conversion);
 
-/// All conversions of the men, with either side to move.
+/// All conversions, with either side to move.
 [[nodiscard]] std::vector<Conversion> conversionsOf(const Material& material);
 
-/// The tables that positions of a table lead to by one move, without the bare kings.
+/// The tables that one move can lead to, without the bare kings.
 [[nodiscard]] std::vector<int> tablesBelow(int id);
 
 }  // namespace brivok::tables

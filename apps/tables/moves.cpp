@@ -10,11 +10,11 @@ namespace {
 
 constexpr Bitboard OuterRanks = rowMask[0] | rowMask[7];
 
-/// By two squares of a line: the squares beyond the second, seen from the first.
+/// By two squares of a line: the squares behind the second, seen from the first.
 Bitboard behind[brivok::Squares][brivok::Squares];
 
 // The tables of the board number the ranks the other way round. Moves of pieces look the same in
-// both numberings; White's pawns run up to higher squares here, as Black's do there.
+// both numberings; White's pawns move towards higher squares here, as Black's do there.
 
 Bitboard pawnTargets(unsigned side, Square square) {
     return side == 0 ? blackPawnAttacks[square] : whitePawnAttacks[square];
@@ -33,7 +33,7 @@ Bitboard onEmptyBoard(Kind man, Square square) {
 
 bool isSlider(Kind man) { return man == Kind::Bishop || man == Kind::Rook || man == Kind::Queen; }
 
-/// Squares that a man attacks, pieces of whatever colour in its way included.
+/// Squares that a man attacks, including the first man of either colour in its way.
 Bitboard attacksOf(Kind man, unsigned side, Square square, Bitboard occupied) {
     if (man == Kind::Pawn) return pawnTargets(side, square);
     Bitboard attacks = onEmptyBoard(man, square);
@@ -43,7 +43,7 @@ Bitboard attacksOf(Kind man, unsigned side, Square square, Bitboard occupied) {
     return attacks;
 }
 
-/// A man of the side, other than `gone`, attacks the square.
+/// Whether a man of the side, other than `gone`, attacks the square.
 bool attacksSquare(const Material& material, const Squares& squares, unsigned side, Square square,
                    Bitboard occupied, std::size_t gone) {
     for (std::size_t i = 0; i < material.count; ++i) {
@@ -58,7 +58,7 @@ bool attacksSquare(const Material& material, const Squares& squares, unsigned si
     return false;
 }
 
-/// Squares beside a square.
+/// The neighbours of a square on its rank.
 Bitboard neighboursInRank(Square square) {
     return ((bit[square] & ~FileA) >> 1) | ((bit[square] & ~FileH) << 1);
 }
@@ -181,7 +181,8 @@ LegalMoves::LegalMoves(const Material& itsMaterial, const Position& itsPosition)
                 ++checkers;
                 checkBlocks = path | bit[from];
             } else if ((inBetween & (inBetween - 1)) == 0) {
-                // Whether it is a pin is decided by whose man it is; the others' is never asked.
+                // This matters only if the man is the mover's; the entries of other men are never
+                // read.
                 pinLine[manOn(firstBit(inBetween))] = path | bit[from];
             }
         }
@@ -212,7 +213,7 @@ bool LegalMoves::takesInPassing(std::size_t man) const {
     if (position.ep == NoEnPassant || material.man[man] != Kind::Pawn) return false;
     const Square from = position.squares[man];
     if ((pawnTargets(position.mover, from) & bit[position.ep]) == 0) return false;
-    // Two men leave a rank at once, so the pins of single men do not tell.
+    // Two men leave the rank at once, so the pins of single men are not enough.
     const Bitboard after = (occupied & ~bit[from] & ~bit[passedPawn()]) | bit[position.ep];
     return !attacksSquare(material, position.squares, position.mover ^ 1U,
                           position.squares[position.mover], after, manOn(passedPawn()));

@@ -7,64 +7,64 @@
 #include "egtb/piece_list.h"
 #include "material.h"
 
-/// Legal moves on a board of up to five men, and moves taken back. Castling does not occur.
+/// Legal moves and retractions on a board with up to five men. There is no castling.
 namespace brivok::tables {
 
 struct Position {
     Squares squares{};
     std::uint8_t mover = 0;  ///< the side to move
-    int ep = NoEnPassant;  ///< square that a pawn has just passed over, beside a pawn of the mover
+    int ep = NoEnPassant;    ///< square just passed over by a pawn, next to a pawn of the mover
 };
 
-/// Makes the tables of moves; to be called once, after buildStaticTables().
+/// Builds the move tables. Call once, after buildStaticTables().
 void prepareMoves();
 
-/// Step of a side's pawns, and their home rank (0 .. 7).
+/// A side's pawn step, and the home rank of its pawns (0 to 7).
 [[nodiscard]] constexpr int pawnStep(unsigned side) { return side == 0 ? 8 : -8; }
 [[nodiscard]] constexpr int pawnHome(unsigned side) { return side == 0 ? 1 : 6; }
 
-/// A pawn on the square may have come there by a double step.
+/// Whether a pawn on the square may have made a double step.
 [[nodiscard]] constexpr bool isDoubleStep(unsigned side, Square square) {
     return (square - 2 * pawnStep(side)) >> 3 == pawnHome(side);
 }
 
-/// The square's reflection in the a1-h8 diagonal.
+/// The square reflected in the a1-h8 diagonal.
 [[nodiscard]] constexpr Square mirrored(Square square) { return (square & 7) << 3 | square >> 3; }
 
 [[nodiscard]] Bitboard occupiedBy(const Material& material, const Squares& squares);
 
-/// Men on distinct squares, no pawn on an outer rank, kings apart, the side that is not to move not
-/// in check; an en-passant square with its pawns and its two empty squares.
+/// Requires distinct squares, no pawn on an outer rank, kings not adjacent, the side not to move
+/// not in check; with an en passant square, its pawns and its two empty squares.
 [[nodiscard]] bool isLegal(const Material& material, const Position& position);
 
-/// The en-passant square after the pawn of place `pawn` has come to its square by a double step:
-/// NoEnPassant without an enemy pawn beside it.
+/// The en passant square after the pawn with index `pawn` has made a double step to its square;
+/// NoEnPassant if no enemy pawn stands beside it.
 [[nodiscard]] int epSquareBehind(const Material& material, const Squares& squares,
                                  std::size_t pawn);
 
-/// The position after a move that takes and promotes nothing.
+/// The position after a move that is neither a capture nor a promotion.
 [[nodiscard]] Position positionAfter(const Material& material, const Position& position,
                                      std::size_t man, Square to);
 
-/// Squares from which a man of the side that is not to move may have come without taking or
-/// promoting. Nothing is said about checks there. With an en-passant square it is the double step;
-/// a position without one is not reached by a double step that would give one.
+/// Squares from which a man of the side not to move may have come without capturing or promoting.
+/// Checks there are not considered. With an en passant square, the only retraction is the double
+/// step; without one, double steps that would create an en passant square are left out.
 [[nodiscard]] Bitboard retractions(const Material& material, const Position& position,
                                    std::size_t man, Bitboard occupied);
 
-/// The moves of the side to move of a legal position.
+/// The moves in a legal position.
 class LegalMoves {
 public:
     LegalMoves(const Material& material, const Position& position);
 
     [[nodiscard]] bool inCheck() const { return checkers != 0; }
 
-    /// Where a man may go without changing what men there are.
+    /// Target squares of a man, without captures and promotions.
     [[nodiscard]] Bitboard quiet(std::size_t man) const {
         return targets(man) & ~occupied & ~promotionRank(man);
     }
 
-    /// Calls visit(squares after the move, conversion) for every capture and promotion.
+    /// Calls visit(squares after the move, conversion) for each capture and promotion.
     template <typename Visit>
     void forEachConversion(Visit visit) const {
         for (std::size_t man = 0; man < material.count; ++man) {
@@ -106,8 +106,8 @@ private:
     const Position& position;
     Bitboard occupied;
     Bitboard theirs = 0;
-    Bitboard attacked = 0;         ///< by the opponent, the king of the mover being transparent
-    Bitboard checkBlocks = ~0ULL;  ///< where a man answers the only check
+    Bitboard attacked = 0;         ///< by the opponent, looking through the mover's king
+    Bitboard checkBlocks = ~0ULL;  ///< where a man can answer a single check
     std::array<Bitboard, MaxMen> pinLine{};
     int checkers = 0;
 };

@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <cstdint>
 
-/// Values of positions from the side to move, by the distance to mate in moves.
+/// Values of positions from the side to move: distance to mate in moves.
 namespace brivok::tables {
 
-/// 0 a draw, 1 .. 127 a win in that many moves, 128 + n a loss in n (0: mated now).
+/// 0 is a draw, 1 to 127 a win in that many moves, 128 + n a loss in n (n = 0: mated).
 using Outcome = std::uint8_t;
 
 inline constexpr Outcome Draw = 0;
-/// Of illegal positions, and of those that are lost in 127 moves: a file cannot tell that either.
+/// For illegal positions, and for losses in 127 moves, which a file cannot represent either.
 inline constexpr Outcome NoValue = 255;
 inline constexpr unsigned LongestWin = 127;
 inline constexpr unsigned LongestLoss = 126;
@@ -21,11 +21,11 @@ inline constexpr unsigned LongestLoss = 126;
 [[nodiscard]] constexpr bool isLoss(Outcome outcome) {
     return outcome >= lossIn(0) && outcome != NoValue;
 }
-/// Moves to the mate of a win or loss.
+/// Moves to mate, for a win or a loss.
 [[nodiscard]] constexpr unsigned movesToMate(Outcome outcome) { return outcome & 127U; }
 
-/// Bytes of a table file are signed: 127 - n for a win in n, -126 + n for a loss, 127 for no
-/// value; -127 and -128 carry on from -1 and 1, which are a loss in 125 and a win in 126.
+/// Bytes of a table file are signed: 127 - n is a win in n, -126 + n a loss in n, 127 no value.
+/// -127 and -128 extend the scale beyond -1 and 1: a loss in 125 and a win in 126.
 inline constexpr std::uint8_t BrokenByte = 127;
 
 [[nodiscard]] constexpr std::uint8_t byteOf(Outcome outcome) {
@@ -46,10 +46,10 @@ inline constexpr std::uint8_t BrokenByte = 127;
                      : lossIn(static_cast<unsigned>(value + 126));
 }
 
-/// The best of a mover's choices, by the outcomes for the opponent that they lead to.
+/// The best of the mover's choices, given the resulting outcomes for the opponent.
 class BestReply {
 public:
-    /// An outcome without a value does not count.
+    /// Ignores outcomes without a value.
     void add(Outcome opponents) {
         if (opponents == NoValue) return;
         if (opponents == Draw) {
@@ -63,9 +63,9 @@ public:
 
     [[nodiscard]] bool wins() const { return win <= LongestWin; }
     [[nodiscard]] bool holds() const { return wins() || draws; }
-    /// Every choice so far loses, and there is one: an answer to a mate in one loses in one.
+    /// Whether there are choices and all of them lose. A move that allows mate in one loses in one.
     [[nodiscard]] bool loses() const { return !holds() && loss > 0; }
-    /// Draw without any choice.
+    /// Draw if there are no choices.
     [[nodiscard]] Outcome outcome() const {
         if (wins()) return winIn(win);
         return loses() ? lossIn(loss) : Draw;

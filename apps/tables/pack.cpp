@@ -20,14 +20,14 @@ namespace {
 
 using std::filesystem::path;
 
-/// Blocks looked at for the distances, and for the first costs of the symbols.
+/// Number of blocks sampled for the distances, and for the initial symbol costs.
 constexpr std::uint64_t DistanceSample = 48;
 constexpr std::uint64_t CostSample = 128;
 
 /// Blocks in memory at a time.
 constexpr std::uint64_t BatchSize = 1024;
 
-/// A file that is to be packed, read by blocks.
+/// A file to be packed, read in blocks.
 class PlainFile {
 public:
     explicit PlainFile(const path& itsName) : name(itsName), stream(name, std::ios::binary) {
@@ -35,7 +35,7 @@ public:
         bytes = std::filesystem::file_size(name, failure);
         if (failure || !stream) fail(name, "cannot be opened");
         if (bytes == 0) fail(name, "is empty");
-        // Offsets in the packed file have 32 bits; about ten bytes of header go with each block.
+        // Offsets in the packed file have 32 bits, and each block costs about ten bytes of header.
         constexpr std::uint64_t HeaderRoom = std::uint64_t{1} << 23;
         if (bytes > std::numeric_limits<std::uint32_t>::max() - HeaderRoom) {
             fail(name, "is too large to be packed; the limit is 4 GB");
@@ -45,7 +45,7 @@ public:
     [[nodiscard]] std::uint64_t size() const { return bytes; }
     [[nodiscard]] std::uint64_t blockCount() const { return blocksIn(bytes); }
 
-    /// Appends blocks to what `to` holds.
+    /// Appends blocks to `to`.
     void read(std::uint64_t first, std::uint64_t count, Bytes& to) {
         const std::uint64_t start = first * BlockSize;
         const std::uint64_t length = std::min(count * BlockSize, bytes - start);
@@ -58,7 +58,7 @@ public:
         }
     }
 
-    /// So many blocks from all over the file, or all.
+    /// `count` blocks from all over the file, or all of them.
     [[nodiscard]] Bytes sample(std::uint64_t count) {
         count = std::min(count, blockCount());
         Bytes blocks;
@@ -83,7 +83,7 @@ private:
     std::uint64_t bytes = 0;
 };
 
-/// Tells how much of the work on a new file is done, and lets the user give up.
+/// Reports the progress of work on a new file and lets the user interrupt it.
 class ProgressReport {
 public:
     ProgressReport(const NewFile& itsFile, const PackProgress& itsProgress, std::uint64_t itsTotal)

@@ -9,7 +9,7 @@
 
 namespace brivok::tables {
 
-/// Told now and then how far the work on a file is.
+/// Called now and then with the progress on a file.
 using PackProgress = std::function<void(std::uint64_t done, std::uint64_t total)>;
 
 struct PackOptions {
@@ -20,17 +20,17 @@ struct PackOptions {
 struct PackResult {
     std::uint64_t plainSize = 0;
     std::uint64_t packedSize = 0;
-    std::uint64_t storedBlocks = 0;  ///< those that did not shrink
+    std::uint64_t storedBlocks = 0;  ///< blocks that did not shrink
 };
 
 /// Packs any file into a DATACOMP file. The result does not depend on the number of threads, and
-/// the memory does not grow with the file. Throws AppError; an empty file and one of about 4 GB
-/// and more cannot be packed. Both operations write under a temporary name and rename in the end;
-/// after a failure nothing of theirs is left.
+/// memory use does not grow with the file. Empty files and files of about 4 GB or more cannot be
+/// packed. Throws AppError. Packing and unpacking write to a temporary name and rename the file at
+/// the end; a failure leaves nothing behind.
 PackResult packFile(const std::filesystem::path& plain, const std::filesystem::path& packed,
                     const PackOptions& options = {});
 
-/// Told the blocks of a packed file in order, with their number and how many there are.
+/// Receives the blocks of a packed file in order, each with its number and the total.
 using UnpackedBlockVisitor =
     std::function<void(ByteSpan block, std::uint64_t number, std::uint64_t count)>;
 

@@ -8,8 +8,9 @@
 
 namespace brivok::tables {
 
-/// Calls work(begin, end) for pieces of 0 .. count, on so many threads, this one included. Returns
-/// when all is done; what the pieces wrote is seen then. `work` must not throw.
+/// Calls work(begin, end) for pieces of 0 to count, on this many threads, including the current
+/// one. Returns when all is done; everything written by the pieces is then visible. `work` must not
+/// throw.
 template <typename Work>
 void inParallel(unsigned threads, std::uint64_t count, Work work, std::uint64_t piece = 1 << 16) {
     std::atomic<std::uint64_t> next = 0;

@@ -18,8 +18,8 @@ std::vector<std::uint8_t> codeLengths(std::span<const std::uint64_t> counts, uns
         return counts[left] < counts[right];
     });
 
-    // A row holds the symbols and the pairs of the row before, by weight. Only its weights and
-    // which of its items are symbols matter: each row is taken from its cheap end.
+    // A row holds the symbols, and the pairs of the row before, sorted by weight. Only the weights
+    // and which items are symbols matter, because items are always taken from the cheap end.
     std::vector<std::vector<bool>> isSymbol(limit);
     std::vector<std::uint64_t> weights;
     for (unsigned row = 0; row < limit; ++row) {

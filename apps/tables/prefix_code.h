@@ -9,13 +9,13 @@
 
 namespace brivok::tables {
 
-/// Lengths of the optimal prefix code for symbols that occur so often, none longer than `limit`
-/// (package-merge: Larmore and Hirschberg 1990). A symbol that never occurs has length 0, a lone
-/// one has length 1. `limit` must leave room for all symbols that occur.
+/// Code lengths of the optimal prefix code for symbols with these counts, none longer than `limit`
+/// (package-merge: Larmore and Hirschberg 1990). Symbols that never occur have length 0, a single
+/// symbol has length 1. `limit` must suffice for all symbols that occur.
 [[nodiscard]] std::vector<std::uint8_t> codeLengths(std::span<const std::uint64_t> counts,
                                                     unsigned limit);
 
-/// The canonical code of given lengths: codes count up by length, then by symbol. A lone symbol
+/// The canonical code for given lengths: codes rise by length, then by symbol. A single symbol
 /// takes no bits.
 class PrefixCode {
 public:
@@ -25,7 +25,7 @@ public:
     [[nodiscard]] const std::vector<std::uint8_t>& lengths() const { return itsLengths; }
     [[nodiscard]] bool has(std::size_t symbol) const { return itsLengths[symbol] != 0; }
 
-    /// Bits that the symbol takes.
+    /// Bits of the symbol's code.
     [[nodiscard]] unsigned bits(std::size_t symbol) const { return lone ? 0 : itsLengths[symbol]; }
 
     void put(BitWriter& writer, std::size_t symbol) const {

@@ -13,7 +13,7 @@ namespace {
 /// More moves than three men and a king can have.
 constexpr std::uint8_t Unlosable = 255;
 
-/// Of a move of a position that is its own mirror, and its reflection, one is the first.
+/// Of a move in a mirror-symmetric position and the move's reflection, one counts as the first.
 bool isFirstOfMirrors(Square from, Square to) {
     return from * 64 + to <= mirrored(from) * 64 + mirrored(to);
 }
@@ -96,8 +96,8 @@ Outcome Retrograde::examine(const Position& position, std::uint8_t& left) const 
     return Draw;
 }
 
-/// Everything that leads to a loss of `mover` in `distance` is won in one more. Returns how many
-/// such losses there are.
+/// Marks all predecessors of losses of `mover` in `distance` as wins in one more. Returns the
+/// number of such losses.
 std::uint64_t Retrograde::winBefore(unsigned mover, unsigned distance) {
     Bytes& targets = outcomes[mover ^ 1U];
     const Outcome win = winIn(distance + 1);
@@ -113,8 +113,8 @@ std::uint64_t Retrograde::winBefore(unsigned mover, unsigned distance) {
     });
 }
 
-/// Everything that leads to a win of `mover` in `distance` has a move less. Returns how many such
-/// wins there are.
+/// Takes one move away from all predecessors of wins of `mover` in `distance`. Returns the number
+/// of such wins.
 std::uint64_t Retrograde::loseBefore(unsigned mover, unsigned distance) {
     Bytes& targets = outcomes[mover ^ 1U];
     Bytes& left = movesLeft[mover ^ 1U];
@@ -127,14 +127,14 @@ std::uint64_t Retrograde::loseBefore(unsigned mover, unsigned distance) {
             const auto count = shared(left, before);
             if (count.load(std::memory_order_relaxed) == Unlosable) return;
             if (count.fetch_sub(1, std::memory_order_relaxed) != 1) return;
-            // A conversion may hold out longer; then that distance is still to come.
+            // A conversion may hold out longer; the position is then lost at that later distance.
             if (!isLoss(known) || known < loss) target.store(loss, std::memory_order_relaxed);
         });
         return true;
     });
 }
 
-/// Provisional losses with a move left are draws.
+/// Provisional losses with moves left are draws.
 void Retrograde::settle() {
     for (unsigned side = 0; side < 2; ++side) {
         inParallel(threads, layout.size(), [&](std::uint64_t begin, std::uint64_t end) {
@@ -148,8 +148,8 @@ void Retrograde::settle() {
     }
 }
 
-/// Calls visit(index), which tells whether to count it, for all positions with an outcome. What
-/// visit() changes must belong to the other side to move.
+/// Calls visit(index), which returns whether to count it, for all positions with an outcome.
+/// visit() may only change entries of the other side to move.
 template <typename Visit>
 std::uint64_t Retrograde::forEachWith(Outcome outcome, unsigned mover, Visit visit) {
     std::atomic<std::uint64_t> found = 0;
@@ -168,8 +168,8 @@ std::uint64_t Retrograde::forEachWith(Outcome outcome, unsigned mover, Visit vis
     return found;
 }
 
-/// Calls visit(index) for the positions before a move that takes and promotes nothing, illegal
-/// ones included.
+/// Calls visit(index) for the positions before a move that neither captures nor promotes, including
+/// illegal ones.
 template <typename Visit>
 void Retrograde::forEachPredecessor(const Position& position, Visit visit) const {
     const unsigned mover = position.mover ^ 1U;
@@ -193,7 +193,7 @@ void Retrograde::forEachPredecessor(const Position& position, Visit visit) const
     }
 }
 
-/// Calls visit(index) for the same position with each en-passant square that it can have.
+/// Calls visit(index) for the position with each en passant square that it can have.
 template <typename Visit>
 void Retrograde::forEachEpVariant(const Position& position, Visit visit) const {
     const unsigned other = position.mover ^ 1U;

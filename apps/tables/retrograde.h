@@ -11,16 +11,17 @@
 
 namespace brivok::tables {
 
-/// Distances to mate of all positions of some material, found backwards from the mates (Stroehlein,
-/// "Untersuchungen ueber kombinatorische Spiele", 1970).
+/// Distances to mate of all positions of some material, by retrograde analysis from the mates
+/// (Stroehlein, "Untersuchungen ueber kombinatorische Spiele", 1970).
 ///
-/// First every position is looked at once: its captures and promotions, which lead to finished
-/// tables, give it a provisional value, and its other moves are counted. Then the distances come in
-/// turn: what leads to a loss in n is won in n + 1, and what leads to a win in n + 1 has one move
-/// less to hope for. Without any left it is lost. What no distance reaches is drawn.
+/// First, every position is visited once: its captures and promotions, which lead to finished
+/// tables, give it a provisional value, and its other moves are counted. Then the distances follow
+/// in turn: a position that can move to a loss in n is won in n + 1, and one that can move to a win
+/// in n + 1 has one fewer move that might hold. With none left it is lost. Positions that no
+/// distance reaches are draws.
 class Retrograde {
 public:
-    /// Told after each step: the distance in moves, and how many positions have it.
+    /// Called after each step with the distance in moves and the number of positions at it.
     using Progress = std::function<void(unsigned distance, std::uint64_t found)>;
 
     Retrograde(const Material& itsMaterial, const ConversionReader& itsConversions,
@@ -28,7 +29,7 @@ public:
 
     void solve(const Progress& progress);
 
-    /// Of a legal position, after solve().
+    /// For a legal position, after solve().
     [[nodiscard]] Outcome outcome(const Position& position) const {
         return outcomes[position.mover][layout.index(position)];
     }
@@ -54,8 +55,9 @@ private:
     unsigned threads;
     Layout layout;
     bool hasEnPassant;
-    std::array<Bytes, 2> outcomes;   ///< by the side to move; provisional until their distance
-    std::array<Bytes, 2> movesLeft;  ///< moves not known to lose; Unlosable with a safe conversion
+    /// By side to move; provisional until their distance is reached.
+    std::array<Bytes, 2> outcomes;
+    std::array<Bytes, 2> movesLeft;  ///< moves not known to lose; Unlosable if a conversion is safe
 };
 
 }  // namespace brivok::tables

@@ -8,12 +8,12 @@
 namespace brivok::tables {
 namespace {
 
-/// Squares of the men of a signature, as tablePosition() gives them.
+/// Squares of the men of a signature, from tablePosition().
 Squares squaresOf(const Material& material, const TablePosition& position) {
     Squares squares{};
     std::size_t ordinal = 0;
     for (std::size_t i = 0; i < MaxMen; ++i) {
-        if (i == material.count) break;  // two bounds, so that compilers see the constant one
+        if (i == material.count) break;  // a second bound, so that compilers see a constant one
         const PieceList& list = material.side[i] == 0 ? position.first : position.second;
         ordinal = i >= 2 && material.likeTheOneBefore(i) ? ordinal + 1 : 0;
         const std::size_t slot = tablePlaceOf(material.man[i]) * SlotsPerType + ordinal;

@@ -8,7 +8,7 @@
 
 namespace brivok::tables {
 
-/// The position of an entry of a table's file; false if it is none, or not a legal one.
+/// The position for an entry of a table's file; false if there is none or it is illegal.
 [[nodiscard]] bool legalPosition(int id, const Material& material, unsigned side,
                                  std::uint64_t index, Position& position);
 

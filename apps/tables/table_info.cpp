@@ -12,15 +12,15 @@ namespace brivok::tables {
 namespace {
 
 struct Tally {
-    std::array<std::uint64_t, 256> entries{};  ///< by outcome
-    std::array<std::uint64_t, 256> first{};    ///< index of the first of them
+    std::array<std::uint64_t, 256> entries{};  ///< number by outcome
+    std::array<std::uint64_t, 256> first{};    ///< index of the first, by outcome
 
     [[nodiscard]] std::uint64_t total(Outcome from, Outcome to) const {
         std::uint64_t sum = 0;
         for (std::size_t outcome = from; outcome <= to; ++outcome) sum += entries[outcome];
         return sum;
     }
-    /// The last outcome that occurs; Draw if none does.
+    /// The last outcome that occurs in the range; Draw if none does.
     [[nodiscard]] Outcome last(Outcome from, Outcome to) const {
         for (std::size_t outcome = to; outcome >= from; --outcome) {
             if (entries[outcome] != 0) return static_cast<Outcome>(outcome);

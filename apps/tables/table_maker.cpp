@@ -16,7 +16,7 @@ void addWithTablesBelow(int id, std::vector<int>& ids) {
     ids.push_back(id);
 }
 
-/// The target of the command line asks for the table.
+/// Whether a target on the command line includes the table.
 bool namesTable(std::string_view target, std::string_view signature) {
     if (target == "3men") return signature.size() == 3;
     if (target == "4men") return signature.size() == 4;

@@ -13,7 +13,7 @@
 
 namespace brivok::tables {
 
-/// Finds positions of some material, with the men that are gone left out, in the files.
+/// Finds the table entries of positions of some material, ignoring men that are Gone.
 class EntryFinder {
 public:
     struct Entry {
@@ -24,7 +24,7 @@ public:
     EntryFinder() = default;
     explicit EntryFinder(const Material& material);
 
-    /// The table; 0 for the bare kings, which have none.
+    /// The id of the table; 0 for bare kings, which have none.
     [[nodiscard]] int table() const { return id; }
 
     [[nodiscard]] Entry find(const Squares& squares, unsigned mover, int ep) const {
@@ -48,7 +48,7 @@ private:
 
     int id = 0;
     bool swapped = false;
-    std::array<Slot, MaxMen> men{};  ///< those on the board
+    std::array<Slot, MaxMen> men{};  ///< those still on the board
     std::size_t count = 0;
 };
 
@@ -58,7 +58,7 @@ public:
     TableReader() = default;
     TableReader(const Material& material, TableStore& store);
 
-    /// NoValue too for a position without an entry.
+    /// NoValue also if the position has no entry.
     [[nodiscard]] Outcome outcome(const Squares& squares, unsigned mover, int ep) const {
         if (finder.table() == 0) return Draw;
         const auto [side, index] = finder.find(squares, mover, ep);
@@ -71,12 +71,12 @@ private:
     const TableBytes* entries = nullptr;
 };
 
-/// Looks up what the conversions of a material lead to.
+/// Looks up the results of a material's conversions.
 class ConversionReader {
 public:
     ConversionReader(const Material& material, TableStore& store);
 
-    /// For the side that is to move afterwards.
+    /// From the view of the side to move after the conversion.
     [[nodiscard]] Outcome outcome(const Squares& squares, unsigned mover,
                                   const Conversion& conversion) const {
         return readers[placeOf(conversion)].outcome(squares, mover, NoEnPassant);

@@ -72,7 +72,7 @@ void TableStore::save(int id) {
         NewFile file(folder / tableFileName(id, side));
         file.write(bytes[side]);
         file.finish();
-        // One that was found wrong.
+        // A packed file that was found wrong.
         std::filesystem::remove(packedName(folder / tableFileName(id, side)));
     }
 }

@@ -20,7 +20,7 @@ namespace brivok::tables {
 [[nodiscard]] inline bool isSameForBoth(int id) {
     return (descriptorOf(id).flags & SameForBoth) != 0;
 }
-/// Files that a table consists of.
+/// Number of files of a table.
 [[nodiscard]] inline unsigned filesOf(int id) { return isSameForBoth(id) ? 1 : 2; }
 
 /// "kqk.nbw" with the first side to move, "kqk.nbb" with the second.
@@ -31,13 +31,13 @@ struct TableFileName {
     unsigned side = 0;
 };
 
-/// The table and side that a file, plain or packed, holds by its name. Throws AppError.
+/// The table and side that a file, plain or packed, holds according to its name. Throws AppError.
 [[nodiscard]] TableFileName parseTableFileName(std::string_view fileName);
 
-/// The entries of a table by side to move, in the order of its files.
+/// The entries of a table by side to move, in file order.
 using TableBytes = std::array<std::vector<std::uint8_t>, 2>;
 
-/// The tables of a folder, in memory from their first use.
+/// The tables of a folder, kept in memory from their first use.
 class TableStore {
 public:
     explicit TableStore(std::filesystem::path itsFolder) : folder(std::move(itsFolder)) {}
@@ -45,25 +45,25 @@ public:
     /// The file of a side, plain or packed; empty if there is none.
     [[nodiscard]] std::filesystem::path find(int id, unsigned side) const;
 
-    /// All files of the table are there.
+    /// Whether all files of the table exist.
     [[nodiscard]] bool has(int id) const;
 
-    /// At least one file is there.
+    /// Whether at least one file exists.
     [[nodiscard]] bool hasAny(int id) const;
 
-    /// Throws AppError for a file that is missing, unreadable or of the wrong length.
+    /// Throws AppError if a file is missing, unreadable or of the wrong length.
     [[nodiscard]] const TableBytes& table(int id);
 
-    /// Makes these the entries of the table, in memory only.
+    /// Sets the entries of the table, in memory only.
     void put(int id, TableBytes bytes) { loaded.insert_or_assign(id, std::move(bytes)); }
 
-    /// Writes the files of a table that is in memory, in place of those that are there.
+    /// Writes the files of a table that is in memory, replacing existing ones.
     void save(int id);
 
     /// Packs the plain files of a table and removes them.
     void pack(int id, unsigned threads) const;
 
-    /// Forgets the tables that are not listed.
+    /// Drops the tables that are not listed from memory.
     void keepOnly(const std::vector<int>& ids);
 
 private:
@@ -71,17 +71,17 @@ private:
     std::map<int, TableBytes> loaded;
 };
 
-/// The name of a packed file: that of the plain one with ".emd".
+/// The name of a packed file: the plain file's name plus ".emd".
 [[nodiscard]] std::filesystem::path packedName(std::filesystem::path plain);
 
-/// It ends in ".emd".
+/// Whether the name ends in ".emd".
 [[nodiscard]] bool isPackedName(const std::filesystem::path& file);
 
-/// The name without ".emd". Throws AppError when it does not end so.
+/// The name without ".emd". Throws AppError if it does not end so.
 [[nodiscard]] std::filesystem::path plainName(const std::filesystem::path& packed);
 
-/// The entries of a file, packed if its name says so. Throws AppError, also for a file with more
-/// entries than `most`, whatever size it claims or unpacks to.
+/// The entries of a file, packed if its name says so. Throws AppError, also if the file has more
+/// than `most` entries, whatever size it claims or unpacks to.
 [[nodiscard]] std::vector<std::uint8_t> readTableFile(const std::filesystem::path& path,
                                                       std::uint64_t most);
 

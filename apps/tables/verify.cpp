@@ -18,7 +18,7 @@ namespace {
 
 Outcome withoutMoves(bool inCheck) { return inCheck ? lossIn(0) : Draw; }
 
-/// Works out entries by the generator's moves.
+/// Computes entries from the generator's moves.
 class Successors {
 public:
     Successors(const Material& itsMaterial, TableStore& store)
@@ -51,7 +51,7 @@ private:
     ConversionReader conversions;
 };
 
-/// What the tables say of the position on the engine's board.
+/// What the tables say about the position on the engine's board.
 Outcome outcomeOf(const Board& board, TableStore& store) {
     Material material;
     Squares squares{};
@@ -67,10 +67,10 @@ Outcome outcomeOf(const Board& board, TableStore& store) {
     return TableReader(material, store).outcome(squares, board.sideToMove == White ? 0 : 1, ep);
 }
 
-/// Works out the entry of a position by the engine's moves.
+/// Computes the entry of a position from the engine's moves.
 Outcome outcomeByEngine(Board& board, TableStore& store) {
     if (board.moverInCheck()) return NoValue;
-    // The list of evasions leaves out some captures in passing.
+    // The evasions lack some en passant captures.
     MoveList list;
     generateMoves(board, list);
     BestReply best;
