@@ -23,8 +23,8 @@ constexpr int DefaultTimedDepth = 8;
 
 struct CommandLine {
     CLI::App app{
-        "Measures Brivok by processor time: the node rate over a fixed set of positions,\n"
-        "the counting of move trees, and the time to depth. All three without a command."};
+        "Measures Brivok in processor time: the node rate over a fixed set of positions,\n"
+        "counting move trees, and the time to depth. Without a command, all three."};
     bool json = false;
     int signatureDepth = SignatureDepth;
     int perftDepth = DefaultPerftDepth;
@@ -33,20 +33,20 @@ struct CommandLine {
     std::string variant{nameOf(Variant::Normal)};
     CLI::App* const signature = app.add_subcommand(
         "signature",
-        "Search each position with fresh tables; at the default depth the total of "
-        "nodes is known, and any other ends with code 1");
+        "Search each position with fresh tables; at the default depth, exit with "
+        "code 1 unless the total of nodes is the known one");
     CLI::App* const perft = app.add_subcommand("perft", "Count the legal move trees");
-    CLI::App* const depth = app.add_subcommand("depth", "Measure the time until each depth");
+    CLI::App* const depth = app.add_subcommand("depth", "Measure the time to reach each depth");
 
     CommandLine() {
         app.require_subcommand(0, 1);
-        app.add_flag("--json", json, "Print JSON; seconds are there by both clocks");
+        app.add_flag("--json", json, "Print JSON, with both processor and wall time");
         addCommonOptions(*signature, signatureDepth, MaxBenchDepth);
         addCommonOptions(*perft, perftDepth, MaxBenchPerftDepth);
         addCommonOptions(*depth, timedDepth, MaxBenchDepth);
         auto* const position =
-            perft->add_option("--fen", fen, "Only this position; all of the set without it");
-        perft->add_option("--variant", variant, "The rules of the position")
+            perft->add_option("--fen", fen, "Only this position (default: the whole set)");
+        perft->add_option("--variant", variant, "The variant of the position")
             ->needs(position)
             ->check(CLI::IsMember(
                 std::vector<std::string>(std::begin(VariantNames), std::end(VariantNames))))

@@ -49,7 +49,7 @@ void printRun(std::string_view title, const Run& run) {
     for (const PositionRun& of : run.positions) printLine(of.measured, positionText(of.position));
     const Measurement total = run.total();
     char wall[64];
-    std::snprintf(wall, sizeof wall, "in all; %.3f seconds of wall time", total.wallSeconds);
+    std::snprintf(wall, sizeof wall, "total; %.3f seconds of wall time", total.wallSeconds);
     printLine(total, wall);
     if (!run.knownNodes) return;
     if (run.isRight()) {

@@ -88,10 +88,10 @@ TEST(PgnReader, ReadsWhatIsMetInTheWild) {
          "KQkq - 0 1\"] 1. e4 1-0",
          "e4 W"},
         // Anything unterminated costs one game
-        {"1. e4 { e5\n1-0\n\n[Event \"x\"]\n1. d4 1-0", "e4 * a comment does not end:1 | d4 W"},
+        {"1. e4 { e5\n1-0\n\n[Event \"x\"]\n1. d4 1-0", "e4 * unterminated comment:1 | d4 W"},
         {"1. e4\n(1. c4 (1. b4) 1-0\n[White \"x\"]\n1. d4 1-0",
-         "e4 * a variation does not end:2 | d4 W"},
-        {"1. d4 1-0 {", "d4 W | * a comment does not end:1"},
+         "e4 * unterminated variation:2 | d4 W"},
+        {"1. d4 1-0 {", "d4 W | * unterminated comment:1"},
     };
     for (const auto& [text, games] : cases) {
         EXPECT_EQ(summary(text), games) << text;

@@ -34,7 +34,7 @@ std::filesystem::path bookTarget(const std::string& name) {
     std::error_code unknown;
     if (!std::filesystem::exists(name, unknown)) return name;
     if (!std::filesystem::is_regular_file(name, unknown)) {
-        fail(name, "is there and no plain file");
+        fail(name, "exists and is not a plain file");
     }
     return std::filesystem::canonical(name);
 }
@@ -51,10 +51,10 @@ bool BookReader::next(BookRecord& record) {
     const std::size_t count = std::fread(image.data(), 1, image.size(), file.get());
     if (std::ferror(file.get()) != 0) failWithErrno(fileName);
     if (count == 0) return false;
-    if (count < image.size()) fault("the file ends within it");
+    if (count < image.size()) fault("the file ends inside it");
     record = recordFromBytes(image);
-    if (records > 0 && record.key == lastKey) fault("its key is that of the one before");
-    if (records > 0 && record.key < lastKey) fault("its key is below that of the one before");
+    if (records > 0 && record.key == lastKey) fault("it has the same key as the one before");
+    if (records > 0 && record.key < lastKey) fault("its key is less than the one before");
     if (gamesOf(record) == 0) fault("it has no games");
     if (record.annotation != NoAnnotation && AnnotationText(record.annotation).empty()) {
         fault("its annotation " + std::to_string(record.annotation) + " is unknown");

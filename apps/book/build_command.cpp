@@ -57,10 +57,10 @@ public:
         std::printf("%12llu games read\n", number(games));
         constexpr std::array<const char*, Verdicts> texts{
             "counted",
-            "skipped: another first position or other rules",
+            "skipped: not normal chess from the start position",
             "skipped: broken",
             "skipped: no result",
-            "skipped: a rating below the least",
+            "skipped: rating too low",
             "skipped: no moves"};
         for (std::size_t i = 0; i < Verdicts; ++i) {
             if (i == 0 || verdicts[i] > 0)
@@ -104,7 +104,7 @@ private:
     void reportBroken(const std::string& name) {
         if (of(Verdict::Broken) > BrokenGamesShown) return;
         progress.clear();
-        std::fprintf(stderr, "%s:%zu: %s (game of line %zu)\n", name.c_str(), game.faultLine,
+        std::fprintf(stderr, "%s:%zu: %s (game starts on line %zu)\n", name.c_str(), game.faultLine,
                      game.fault.c_str(), game.line);
     }
 
@@ -136,7 +136,7 @@ void buildBook(const BuildOptions& options) {
     GameIntake intake(options, aggregator);
     intake.readAll();
     intake.printSummary();
-    if (intake.countedGames() == 0) throw AppError("no game counts, no book was written");
+    if (intake.countedGames() == 0) throw AppError("no game counts; no book written");
 
     BookWriter writer(options.output);
     std::uint64_t positions = 0;
@@ -144,7 +144,7 @@ void buildBook(const BuildOptions& options) {
         ++positions;
         if (belongsInBook(options, record, mover)) writer.add(record);
     });
-    if (writer.recordCount() == 0) throw AppError("no position is left, no book was written");
+    if (writer.recordCount() == 0) throw AppError("no positions left; no book written");
     writer.commit();
     std::printf("%12llu positions, %llu records in %s\n",
                 static_cast<unsigned long long>(positions),

@@ -89,11 +89,10 @@ void checkBook(const std::string& book, bool walk) {
     print(reader.recordCount(), "records");
     if (walk) {
         Reach reach(std::move(keys));
-        print(reach.walk(theBoard),
-              "of them reached from the start position by moves of the book alone");
+        print(reach.walk(theBoard), "of them reachable from the start position by book moves");
     }
-    print(games, "games in all records together");
-    print(most, "games in the record with the most");
+    print(games, "games in all records");
+    print(most, "games in the largest record");
 }
 
 }  // namespace brivok

@@ -17,8 +17,7 @@ constexpr std::size_t LargestMemoryMB = std::size_t{1} << 20U;
 
 /// The command line: the command to run, with its options.
 struct CommandLine {
-    CLI::App app{
-        "Opening books for Brivok: builds them from games, shows, checks and merges them."};
+    CLI::App app{"Builds, shows, checks and merges opening books for Brivok."};
     BuildOptions build;
     ShowOptions show;
     std::string book, output;
@@ -34,15 +33,15 @@ struct CommandLine {
         addMerge();
 
         CLI::App* const check = app.add_subcommand(
-            "check", "Check that a book is sound: whole records, sorted, none twice, none empty.");
+            "check", "Check that a book is sound: complete, sorted, no record twice, none empty.");
         check->add_option("book", book, "The book")->required();
-        check->add_flag("--quick", quick, "Leave out the walk through the positions of the book");
+        check->add_flag("--quick", quick, "Skip the walk through the positions of the book");
         check->callback([this] { checkBook(book, !quick); });
 
         CLI::App* const lookup = app.add_subcommand(
             "lookup",
-            "Print the record of each position that standard input names, one FEN or EPD a line: "
-            "key, wins of White, wins of Black, draws, annotation.");
+            "Print the record of each position on standard input, one FEN or EPD per line: "
+            "key, White's wins, Black's wins, draws, annotation.");
         lookup->add_option("book", book, "The book")->required();
         lookup->callback([this] { lookUpPositions(book); });
     }
@@ -57,21 +56,22 @@ struct CommandLine {
             ->capture_default_str();
         command
             ->add_option("--min-games", build.minGames,
-                         "Keep positions that at least this many games have reached")
+                         "Keep positions that at least this many games reached")
             ->check(CLI::PositiveNumber)
             ->capture_default_str();
         command
             ->add_option("--min-score", build.minScore,
-                         "Keep moves that have scored at least this percentage for their side")
+                         "Keep moves that scored at least this percentage for their side")
             ->check(CLI::Range(0.0, 100.0))
             ->capture_default_str();
         auto* const white = command->add_flag("--white-only", onlyWhite, "Only White's moves");
         command->add_flag("--black-only", onlyBlack, "Only Black's moves")->excludes(white);
         command
             ->add_option("--min-elo", build.count.minElo,
-                         "Leave out games in which a player's rating is known and below this")
+                         "Skip games in which a player's known rating is below this")
             ->check(CLI::NonNegativeNumber);
-        command->add_option("--memory", build.memoryMB, "Megabytes to gather positions in")
+        command
+            ->add_option("--memory", build.memoryMB, "Megabytes of memory for collecting positions")
             ->check(CLI::Range(BookAggregator::LeastMemory / Megabyte, LargestMemoryMB))
             ->capture_default_str();
         command->callback([this] {
@@ -85,7 +85,7 @@ struct CommandLine {
         CLI::App* const command = app.add_subcommand(
             "show", "Show the moves that a book has for a position, as the engine weighs them.");
         command->add_option("book", show.book, "The book")->required();
-        command->add_option("--fen", show.fen, "The position; the start of a game without it");
+        command->add_option("--fen", show.fen, "The position (default: the start of a game)");
         command->add_option("--moves", show.moves,
                             "Moves to play first, as \"e2e4 e7e5\" or \"e4 e5\"");
         command->callback([this] { showBook(show); });
@@ -93,7 +93,7 @@ struct CommandLine {
 
     void addMerge() {
         CLI::App* const command =
-            app.add_subcommand("merge", "Merge books into one, adding up their games.");
+            app.add_subcommand("merge", "Merge books into one, summing up their games.");
         command->add_option("books", books, "The books to merge")->required();
         command->add_option("-o,--output", output, "The book to write")->required();
         command->callback([this] { mergeBooks(books, output); });

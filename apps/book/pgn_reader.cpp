@@ -180,7 +180,7 @@ std::string_view PgnReader::readTagValue() {
 void PgnReader::skipComment() {
     const std::size_t line = source.line();
     source.take();
-    if (!source.skipPast('}', FirstTag)) setFault("a comment does not end", line);
+    if (!source.skipPast('}', FirstTag)) setFault("unterminated comment", line);
 }
 
 void PgnReader::skipVariation() {
@@ -190,7 +190,7 @@ void PgnReader::skipVariation() {
         const int c = source.peek();
         const bool lineStart = source.atLineStart();
         if (c == ByteSource::End || (lineStart && c == '[' && isLetter(source.peekAt(1)))) {
-            setFault("a variation does not end", line);
+            setFault("unterminated variation", line);
             return;
         }
         if (c == '{') {

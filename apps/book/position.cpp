@@ -31,7 +31,7 @@ void setUpPosition(Board& board, std::string_view fen) {
     constexpr std::string_view startPlacement = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR";
     const bool refused = board.hashKey == startKey && !fen.starts_with(startPlacement);
     if (refused || board.moverInCheck()) {
-        throw AppError("no position to play from: " + std::string(fen));
+        throw AppError("not a playable position: " + std::string(fen));
     }
     dropIdleEnPassant(board);
 }

@@ -66,7 +66,7 @@ std::string nameOf(int id) { return std::string(descriptorOf(id).signature()); }
 bool isFinished(int id, TableStore& store, Task& task) {
     if (!store.has(id)) return false;
     try {
-        task.show("looked at");
+        task.show("checking");
         const auto finding = contradictionInSample(id, store, TrustedSample);
         if (!finding) return true;
         task.report(*finding);
@@ -83,7 +83,7 @@ int make(const Options& options) {
         Task task(nameOf(id));
         store.keepOnly(tablesBelow(id));
         if (isFinished(id, store, task)) {
-            task.report("there already");
+            task.report("already there");
         } else {
             store.put(id, makeTable(id, store, options.threads,
                                     [&](const std::string& step) { task.show(step); }));
@@ -105,16 +105,16 @@ int verify(const Options& options) {
         if (!store.hasAny(id)) continue;
         foundTables = true;
         Task task(nameOf(id));
-        task.show("being verified");
+        task.show("verifying");
         std::vector<int> used = tablesBelow(id);
         used.push_back(id);
         store.keepOnly(used);
         const auto finding = options.sample != 0 ? contradictionInSample(id, store, options.sample)
                                                  : contradiction(id, store, options.threads);
-        task.report(finding.value_or("right"));
+        task.report(finding.value_or("correct"));
         if (finding) return FailureCode;
     }
-    if (!foundTables) fail(options.folder, "no tables there");
+    if (!foundTables) fail(options.folder, "no tables found");
     return 0;
 }
 
@@ -127,7 +127,7 @@ PackProgress percentage(Task& task) {
 int pack(const Options& options) {
     for (const std::string& file : options.names) {
         const std::filesystem::path packed = packedName(file);
-        if (isPackedName(file)) fail(file, "packed already");
+        if (isPackedName(file)) fail(file, "already packed");
         Task task(packed.string());
         const PackResult result =
             packFile(file, packed, {.threads = options.threads, .progress = percentage(task)});
@@ -158,7 +158,7 @@ int run(int argc, char** argv) {
     Options options;
 
     CLI::App* const making = app.add_subcommand(
-        "make", "Make tables and all that they depend on; those that are there are kept");
+        "make", "Make tables and all that they depend on; existing tables are kept");
     making->add_option("TABLES", options.names, "3men, 4men, all4, or names such as kqk or krkbn")
         ->required();
     making->add_option("-o,--output", options.folder, "Folder of the tables")
@@ -166,11 +166,11 @@ int run(int argc, char** argv) {
     making->add_flag("--compress", options.compress, "Pack the files and remove the plain ones");
 
     CLI::App* const verifying = app.add_subcommand(
-        "verify", "Compare the entries of all tables of a folder with those of their successors");
+        "verify", "Compare the entries of all tables in a folder with those of their successors");
     verifying->add_option("FOLDER", options.folder, "Folder of the tables")->required();
     verifying
         ->add_option("--sample", options.sample,
-                     "Only so many entries of each file, by the engine's own moves")
+                     "Only this many entries of each file, using the engine's own moves")
         ->check(CLI::Range(std::uint64_t{1}, LargestSample));
 
     CLI::App* const describing = app.add_subcommand("info", "Describe table files");

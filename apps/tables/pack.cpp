@@ -121,8 +121,8 @@ Coding chooseCoding(PlainFile& file, unsigned threads, ProgressReport& report) {
 
 std::string reasonOf(DatacompFailure failure) {
     switch (failure) {
-        case DatacompFailure::Read: return "is no packed table, or is cut short";
-        case DatacompFailure::OutOfMemory: return "is cut short, or needs too much memory";
+        case DatacompFailure::Read: return "is not a packed table, or is truncated";
+        case DatacompFailure::OutOfMemory: return "is truncated, or needs too much memory";
         default: return "is damaged";
     }
 }
@@ -174,7 +174,7 @@ void forEachUnpackedBlock(const path& packed, const UnpackedBlockVisitor& visit)
     std::unique_ptr<DatacompFile> decoder;
     check(OpenDatacompFile(input.get(), decoder));
     if (decoder->blockSize != static_cast<std::int32_t>(BlockSize)) {
-        fail(packed, "has blocks of another size");
+        fail(packed, "has an unexpected block size");
     }
     const auto count = static_cast<std::uint32_t>(decoder->blockCount);
     const auto scratch = std::make_unique<DecodeScratch>();

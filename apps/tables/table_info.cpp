@@ -56,7 +56,7 @@ std::string tableInfo(const std::filesystem::path& path) {
         const std::uint64_t legal = bytes.size() - tally.entries[NoValue];
         const std::uint64_t permille = legal == 0 ? 0 : (entries * 1000 + legal / 2) / legal;
         return std::to_string(entries) + " (" + std::to_string(permille / 10) + "." +
-               std::to_string(permille % 10) + " % of the legal ones)";
+               std::to_string(permille % 10) + " % of legal entries)";
     };
     const auto longest = [&](Outcome outcome) {
         if (outcome == Draw) return std::string("none");
@@ -65,7 +65,7 @@ std::string tableInfo(const std::filesystem::path& path) {
         return std::to_string(movesToMate(outcome)) + " moves, " +
                (legalPosition(name.id, material, name.side, index, position)
                     ? fenOf(material, position)
-                    : "in no legal position");
+                    : "not a legal position");
     };
     return line("Table", std::string(descriptorOf(name.id).signature())) +
            line("Side to move", name.side == 0 ? "first" : "second") +

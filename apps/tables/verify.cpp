@@ -94,7 +94,7 @@ std::string describeEntry(int id, const Material& material, unsigned side, std::
     const bool isLegalOne = legalPosition(id, material, side, index, position);
     return tableFileName(id, side) + " entry " + std::to_string(index) + " says " +
            describe(stored) + " instead of " + describe(expected) + ": " +
-           (isLegalOne ? fenOf(material, position) : "no legal position");
+           (isLegalOne ? fenOf(material, position) : "not a legal position");
 }
 
 }  // namespace

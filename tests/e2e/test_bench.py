@@ -73,7 +73,7 @@ def test_perft(variant, fen, depth, count):
 @pytest.mark.parametrize("arguments, told", [
     (["signature", "--depth", 0], "--depth"),
     (["perft", "--depth", 7], "--depth"),
-    (["perft", "--fen", "8/8 w"], "no position to play from"),
+    (["perft", "--fen", "8/8 w"], "not a playable position"),
     (["perft", "--fen", START, "--variant", "chess"], "chess"),
     (["perft", "--variant", "nocastle"], "--fen"),
     (["speed"], "speed"),

@@ -77,7 +77,7 @@ def test_build_show_check_merge(run, tmp_path):
     (tmp_path / "games.pgn").write_text(GAMES, newline="\r\n")
     assert re.findall(r"(\d+) (.*)", run("build", "games.pgn", "-o", "a.bin")) == [
         ("6", "games read"), ("3", "counted"),
-        ("1", "skipped: another first position or other rules"), ("1", "skipped: broken"),
+        ("1", "skipped: not normal chess from the start position"), ("1", "skipped: broken"),
         ("1", "skipped: no result"), ("8", "positions, 8 records in a.bin")]
     book = records(tmp_path / "a.bin")
     assert [r[0] for r in book] == sorted(r[0] for r in book) and len(book) == 8
@@ -92,8 +92,8 @@ def test_build_show_check_merge(run, tmp_path):
     assert "no move" in run("show", "a.bin", "--moves", "d4")
 
     text = run("check", "a.bin")
-    assert "8 records" in text and "8 of them reached" in text and "11 games" in text
-    assert "reached" not in run("check", "a.bin", "--quick")
+    assert "8 records" in text and "8 of them reachable" in text and "11 games" in text
+    assert "reachable" not in run("check", "a.bin", "--quick")
 
     run("build", "-", "-o", "b.bin", "--plies", "2", data=GAMES.replace("!!", "!"))
     assert len(records(tmp_path / "b.bin")) == 3
@@ -179,8 +179,8 @@ def test_failures_leave_nothing(run, tmp_path):
     for arguments, message in [
             (["build", "games.pgn", "missing.pgn", "-o", "old.bin"], "missing.pgn: No such file"),
             (["build", "folder", "-o", "old.bin"], "folder: is a folder"),
-            (["build", "games.pgn", "-o", "folder"], "no plain file"),
-            (["build", "games.pgn", "-o", "/dev/null"], "no plain file"),
+            (["build", "games.pgn", "-o", "folder"], "not a plain file"),
+            (["build", "games.pgn", "-o", "/dev/null"], "not a plain file"),
             (["build", "games.pgn", "-o", "nowhere/a.bin"], "No such file"),
             ([*build, "--min-elo", "3000", "--white-only", "--min-games", "4"], "no position"),
             (["build", "-", "-o", "old.bin"], "no game counts"),

@@ -66,7 +66,7 @@ def test_small_tables(small):
     parts = [int(counts[k].split()[0]) for k in ("Wins", "Draws", "Losses", "Broken")]
     assert parts[0] == 0 and sum(parts) == int(counts["Entries"]) == 28644
     assert tool("verify", small).splitlines() == [
-        f"{n}: right" for n in (*THREE, *MORE)]
+        f"{n}: correct" for n in (*THREE, *MORE)]
 
 
 def test_damage_is_found_and_mended(small):
@@ -91,7 +91,7 @@ def test_damage_is_found_and_mended(small):
     os.truncate(file, 1 << 40)  # too large for any memory
     assert "more than 28644 entries" in tool("verify", small, code=1)
     assert "krk: made" in tool("make", "krk", "-o", small) and file.read_bytes() == right
-    assert tool("make", "3men", "-o", small).count("there already") == 5
+    assert tool("make", "3men", "-o", small).count("already there") == 5
     tool("verify", small, "--sample", "200")
 
 
@@ -100,7 +100,7 @@ def test_packed_tables(small, tmp_path):
     assert "krk: made" in tool("make", "krk", "kqk", "--compress", "-o", tmp_path)
     names = [f"{n}.{s}.emd" for n in ("kqk", "krk") for s in ("nbb", "nbw")]
     assert sorted(f.name for f in tmp_path.iterdir()) == names
-    assert tool("verify", tmp_path) == "krk: right\nkqk: right\n"
+    assert tool("verify", tmp_path) == "krk: correct\nkqk: correct\n"
     assert info(tmp_path / "krk.nbw.emd") == info(small / "krk.nbw")
     tool("unpack", *tmp_path.iterdir())
     for name in names:
@@ -118,7 +118,7 @@ def test_packed_tables(small, tmp_path):
 @pytest.mark.parametrize("arguments, reason", [
     (("make", "krkq"), "no such table"), (("make", "kqqkqq"), "six men"),
     (("info", "kqqkqq.nbw"), "not the name"), (("info", "kqk.nbw"), "cannot be read"),
-    (("verify", "."), "no tables"), (("pack", "kqk.nbw.emd"), "packed already"), ((), "subcommand"),
+    (("verify", "."), "no tables"), (("pack", "kqk.nbw.emd"), "already packed"), ((), "subcommand"),
     (("verify", ".", "--sample", "-5"), "not in range"),
 ])
 def test_refusals(arguments, reason, tmp_path, monkeypatch):
