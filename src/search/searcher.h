@@ -79,8 +79,8 @@ public:
     bool postThinking = true;       ///< print thinking lines outside UCI
     bool stopSearch = false;        ///< tells the running search to unwind
 
-    // Results of a search, valid until the next one. Callers may set only `ponderMove` and
-    // `gameOutcome`.
+    // Results of a search, valid until the next one, which reads only `ponderMove` and
+    // `gameOutcome` of them.
     GameOutcome gameOutcome = GameOutcome::None;  ///< why the game is over
     Move ponderMove = NoMove;                     ///< the opponent's expected reply
     std::uint64_t hashPonder = 0;                 ///< key of the position before the ponder move
