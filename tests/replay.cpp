@@ -176,7 +176,7 @@ Json replayStep(Program& program, const Json& step) {
     const Unchanged position;
     theSearcher.nodesAtIteration.fill(0);
     const std::size_t start = program.output().size();
-    program.type(step["go"].get<std::string>());
+    program.type(step.at("go").get<std::string>());
     program.run();
     position.check();
 
@@ -213,8 +213,8 @@ Json countersAfter(std::initializer_list<std::string> lines) {
 Json replayPosition(const Json& record) {
     const Program program;
     Board& board = theBoard;
-    setPosition(record["fen"].get<std::string>(), record["variant"].get<Variant>());
-    for (const std::string move : record["moves"]) {
+    setPosition(record.at("fen").get<std::string>(), record.at("variant").get<Variant>());
+    for (const std::string move : record.at("moves")) {
         if (!playMoves(board, move)) throw std::invalid_argument("no move " + move);
     }
 
@@ -230,7 +230,7 @@ Json replayPosition(const Json& record) {
                              {"evaluate", freshEvaluation(board)}};
         board.unmakeNullMove();
     }
-    const std::size_t depth = record["perft"].size();
+    const std::size_t depth = record.at("perft").size();
     const PerftNodes nodes = countPerft(board, static_cast<int>(depth));
     anew["perft"] = std::span(nodes).subspan(1, depth);
     position.check();
@@ -255,8 +255,8 @@ Json replaySearch(const Json& record) {
 
 Json replayPosting(const Json& record) {
     Json anew = inputsOf(record, {"fen", "depth"});
-    const std::string fen = record["fen"];
-    const std::string depth = record["depth"].dump();
+    const std::string fen = record.at("fen");
+    const std::string depth = record.at("depth").dump();
     anew["uci"] = countersAfter({"uci", "position fen " + fen, "go depth " + depth});
     for (const char* const posting : {"post", "nopost"}) {
         anew[posting] =
