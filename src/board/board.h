@@ -286,7 +286,7 @@ private:
     template <Side S>
     std::uint64_t takeFor(Piece taken, Square to);
     template <Side S>
-    std::uint64_t movePawnFor(Move move);
+    std::uint64_t movePawnFor(Piece pawn, Move move);
 
     template <Side S>
     [[nodiscard]] bool kingAttacked() const;

@@ -117,7 +117,7 @@ void Board::makeFor(Move move) {
     // 4. The captured man and the moving man
     if (q != Empty) key ^= takeFor<S>(q, to);
     if (isPawn(p)) {
-        key ^= movePawnFor<S>(move);
+        key ^= movePawnFor<S>(p, move);
     } else {
         squares[to] = p;
         key ^= pieceKeys[p][from] ^ pieceKeys[p][to];
@@ -170,12 +170,13 @@ std::uint64_t Board::takeFor(Piece taken, Square to) {
     return key;
 }
 
+/// The pawn is the one on the square: where a king has been captured, in a position that no game
+/// reaches, its moves begin on a square that may hold a pawn of the other side.
 template <Side S>
-std::uint64_t Board::movePawnFor(Move move) {
+std::uint64_t Board::movePawnFor(Piece pawn, Move move) {
     constexpr Side Them = opposite(S);
     constexpr unsigned us = whiteFirst(S);
     constexpr unsigned them = whiteFirst(Them);
-    constexpr Piece pawn = pieceOf(Kind::Pawn, S);
     constexpr Piece victimPawn = pieceOf(Kind::Pawn, Them);
     const Square from = moveFrom(move);
     const Square to = moveTo(move);

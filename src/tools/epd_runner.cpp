@@ -107,11 +107,10 @@ Move EpdRun::think() {
     transpositionTable.clear();
     evalHashTable.Clear();
     SearchRequest request = theSearcher.standingRequest();
+    request.mode = SearchMode::Idle;
     request.maxIteration = NoFixedDepth;
     request.clock.emplace().setFixedTime(seconds * Second);
-    const Move move = theSearcher.think(request, listener);
-    theSearcher.searchMode = SearchMode::Idle;
-    return move;
+    return theSearcher.think(request, listener);
 }
 
 void EpdRun::runPosition(const std::string& line) {
