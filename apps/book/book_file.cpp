@@ -53,8 +53,8 @@ bool BookReader::next(BookRecord& record) {
     if (count == 0) return false;
     if (count < image.size()) fault("the file ends inside it");
     record = recordFromBytes(image);
-    if (records > 0 && record.key == lastKey) fault("it has the same key as the one before");
-    if (records > 0 && record.key < lastKey) fault("its key is less than the one before");
+    if (records > 0 && record.key == lastKey) fault("its key is the same as the previous one");
+    if (records > 0 && record.key < lastKey) fault("its key is below the previous one");
     if (gamesOf(record) == 0) fault("it has no games");
     if (record.annotation != NoAnnotation && AnnotationText(record.annotation).empty()) {
         fault("its annotation " + std::to_string(record.annotation) + " is unknown");

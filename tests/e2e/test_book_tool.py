@@ -153,7 +153,7 @@ def test_faulty_books(run, tmp_path):
         ("good", good, b"", None), ("empty", [], b"", None),
         ("cut", good, b"\0" * 23, r"record 4 \(byte 72\): the file ends"),
         ("order", [good[1], good[0]], b"", r"record 2 \(byte 24\): its key is below"),
-        ("twice", [good[0], good[0]], b"", r"record 2 \(byte 24\): its key is that of"),
+        ("twice", [good[0], good[0]], b"", r"record 2 \(byte 24\): its key is the same"),
         ("no games", [(1, 0, 0, 0, 0)], b"", r"record 1 \(byte 0\): it has no games"),
         ("mark", [(1, 1, 0, 0, 3)], b"", r"record 1 \(byte 0\): its annotation 3")]
     for name, rows, tail, message in cases:
@@ -188,8 +188,9 @@ def test_failures_leave_nothing(run, tmp_path):
             (["merge", "missing.bin", "-o", "old.bin"], "No such file"),
             (["check", "missing.bin"], "No such file"), (["show", "missing.bin"], "No such file"),
             (["show", "old.bin", "--moves", "e4 e4"], "illegal move: e4"),
-            (["show", "old.bin", "--fen", "4k3/8/8/8/8/8/4R3/4K3 w - - 0 1"], "no position"),
-            (["show", "old.bin", "--fen", "nonsense"], "no position"), ([], ""), (["dance"], "")]:
+            (["show", "old.bin", "--fen", "4k3/8/8/8/8/8/4R3/4K3 w - - 0 1"], "not a playable"),
+            (["show", "old.bin", "--fen", "nonsense"], "not a playable"),
+            ([], ""), (["dance"], "")]:
         assert message in run(*arguments, fails=True)
     # The third broken game is shown with its place, the sixth is not.
     broken = "\n".join(f"1. e{n} 1-0" for n in range(5, 9)) + "\n\n1. e4 e5 2. Nf6 1-0\n" * 2
