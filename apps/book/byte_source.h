@@ -11,8 +11,7 @@
 namespace brivok {
 
 /// The bytes of a text file, one by one, with the current line number. Line ends of all systems
-/// read as one '
-/// '; a byte order mark at the start is skipped.
+/// read as one newline; a byte order mark at the start is skipped.
 class ByteSource {
 public:
     static constexpr int End = -1;
