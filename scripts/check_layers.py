@@ -17,18 +17,25 @@ import re
 import sys
 from collections.abc import Iterator
 from pathlib import Path
+from typing import NamedTuple
 
 COMMAND = re.compile(
     r"\b(brivok_library|add_library|add_executable|target_link_libraries)\(\s*(\S+)([^)]*)\)")
 SOURCE_ELSEWHERE = re.compile(r'"\$\{CMAKE_SOURCE_DIR\}/([^"]+)\.cpp"')
 INCLUDE = re.compile(r'\s*#\s*include\s*(["<])([^">]+)[">]')
 MAP = "docs/architecture.md"
-MAP_ROW = re.compile(r"\| `([\w/.]+?)/?` \|.*\| ([^|]*) \|")
+MAP_ROW = re.compile(r"\| `([\w/.]+?)/?` \| ?(.*?) \| ([^|]*) \|")
 ENGINE = "src/main.cpp"  # a folder of its own as it were: the one file of the target `brivok`
 
 
 class LayerError(Exception):
     """The list of libraries itself is wrong."""
+
+
+class MapRow(NamedTuple):
+    """A row of the tables in docs/architecture.md."""
+    what: str  # is in the folder
+    includes: set[str]  # folders, those of src/ without "src/"
 
 
 class Links:
@@ -129,14 +136,19 @@ def check_file(file: Path, root: Path, links: Links, used: Used) -> Iterator[str
         used.add((own, folder))
 
 
+def map_rows(root: Path) -> dict[str, MapRow]:
+    """The rows of the tables of folders in the page, by folder."""
+    return {folder: MapRow(what, set(re.findall(r"`([^`]+)`", last)))
+            for folder, what, last in MAP_ROW.findall((root / MAP).read_text(encoding="utf-8"))}
+
+
 def check_map(root: Path, links: Links) -> Iterator[str]:
-    """Yields what the table of folders in the page tells otherwise than CMakeLists.txt."""
-    told = {folder: set(re.findall(r"`([^`]+)`", last))
-            for folder, last in MAP_ROW.findall((root / MAP).read_text(encoding="utf-8"))}
+    """Yields what the tables of folders in the page tell otherwise than CMakeLists.txt."""
+    rows = map_rows(root)
     for folder, linked in links.of.items():
-        if folder not in told:
+        if folder not in rows:
             yield f"{MAP}: has no row for {folder}"
-        elif told[folder] != (names := {name.removeprefix("src/") for name in linked}):
+        elif rows[folder].includes != (names := {name.removeprefix("src/") for name in linked}):
             wanted = ", ".join(f"`{name}`" for name in sorted(names)) or "nothing"
             yield f"{MAP}: {folder} includes {wanted}"
 

@@ -1,4 +1,5 @@
-"""scripts/check_layers.py catches an include against the arrows, and nothing else."""
+"""scripts/check_layers.py catches an include against the arrows, and nothing else; and
+scripts/draw_map.py draws those arrows."""
 
 import subprocess
 import sys
@@ -6,7 +7,7 @@ from pathlib import Path
 
 import pytest
 
-SCRIPT = Path(__file__).resolve().parent.parent / "scripts" / "check_layers.py"
+SCRIPTS = Path(__file__).resolve().parent.parent / "scripts"
 FILES = {
     "CMakeLists.txt": """
 # brivok_library(brivok_nothing FOLDER nothing)
@@ -55,11 +56,12 @@ target_link_libraries(brivok_fuzz PUBLIC brivok_search brivok_book_tool)
 }
 
 
-def run(root, more):
+def run(root, more, script="check_layers.py", *arguments):
     for name, text in (FILES | more).items():
         (root / name).parent.mkdir(parents=True, exist_ok=True)
         (root / name).write_text(text)
-    return subprocess.run([sys.executable, SCRIPT, root], capture_output=True, text=True)
+    return subprocess.run([sys.executable, SCRIPTS / script, *arguments, root],
+                          capture_output=True, text=True)
 
 
 def test_includes_along_the_arrows_pass(tmp_path):
@@ -108,3 +110,17 @@ def test_wrong_links_and_a_wrong_map_fail(tmp_path, file, text, said):
     result = run(tmp_path, {file: text})
     assert result.returncode == 1
     assert said in result.stderr
+
+
+def test_map_has_the_arrows_that_do_not_follow_from_others_and_is_held_to_them(tmp_path):
+    result = run(tmp_path, {}, "draw_map.py")
+    assert (result.returncode, result.stderr) == (0, "")
+    picture = (tmp_path / "docs/map.svg").read_text()
+    assert picture.count('<path class="arrow"') == 7  # of 8 links: search reaches shell/base by board
+    assert run(tmp_path, {}, "draw_map.py", "--check").returncode == 0
+
+    page = FILES["docs/architecture.md"]
+    for changed in (page.replace("| `src/shell/` | |", "| `src/shell/` | protocols: two |"),
+                    page.replace("| `src/shell/` | |", "")):
+        assert run(tmp_path, {"docs/architecture.md": changed}, "draw_map.py", "--check").returncode == 1
+    assert (tmp_path / "docs/map.svg").read_text() == picture
