@@ -39,9 +39,9 @@ const TablebaseDescriptor& tableNamed(std::string_view name) {
                                  [name](const auto& table) { return table.signature() == name; });
 }
 
-void probe(const Table& table, int side) {
+void probe(const Table& table, unsigned side) {
     const TablebaseDescriptor& descriptor = tableNamed(table.name);
-    const std::uint64_t size = descriptor.size[static_cast<unsigned>(side)];
+    const std::uint64_t size = descriptor.size[side];
     for (std::uint64_t index = 0; index <= size; index += ChunkBytes / 4) {
         (void)ProbeTableValue(descriptor.id, side, index);
     }
@@ -55,7 +55,7 @@ void probe(const Table& table, int side) {
     }
 }
 
-void registerAndProbe(const Table& table, int side) try {
+void registerAndProbe(const Table& table, unsigned side) try {
     tablebases.tbDirectories.clear();
     InitTablebases(".", Megabyte);
     probe(table, side);
@@ -69,13 +69,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     using namespace brivok;
     if (size == 0) return 0;
     const bool packed = (data[0] & 1) != 0;
-    const int side = data[0] >> 1 & 1;
+    const unsigned side = data[0] >> 1 & 1;
     const bool fit = (data[0] & 4) != 0;
     const Table& table = Tables[(data[0] >> 3) % Tables.size()];
 
     Bytes bytes(data + 1, data + size);
     if (fit && packed) repairHeader(bytes);
-    if (fit && !packed) bytes.resize(tableNamed(table.name).size[static_cast<unsigned>(side)]);
+    if (fit && !packed) bytes.resize(tableNamed(table.name).size[side]);
     const std::string name =
         table.name + std::string(side == 0 ? ".nbw" : ".nbb") + (packed ? ".emd" : "");
     fuzz::freshBoard();

@@ -33,7 +33,7 @@ private:
 [[nodiscard]] inline DatacompFailure decodeBlock(const DatacompFile& decoder, std::FILE* file,
                                                  std::uint32_t block, Bytes& output) {
     const auto scratch = std::make_unique<DecodeScratch>();
-    output.resize(static_cast<std::size_t>(decoder.blockSize) + DecodeSlack);
+    output.resize(decoder.blockSize + DecodeSlack);
     resetScratch(*scratch, output.data());
     const DatacompFailure failure = ReadDatacompBlock(decoder, *scratch, file, block);
     return failure == DatacompFailure::None ? DecodeDatacompBlock(decoder, *scratch) : failure;

@@ -94,8 +94,8 @@ struct Packed {
         const MemoryFile memory(file());
         std::unique_ptr<DatacompFile> decoder;
         ASSERT_EQ(OpenDatacompFile(memory.get(), decoder), None);
-        ASSERT_EQ(decoder->blockCount, std::ssize(blocks));
-        ASSERT_EQ(decoder->lastBlockSize, std::ssize(decoded.back()));
+        ASSERT_EQ(decoder->blockCount, blocks.size());
+        ASSERT_EQ(decoder->lastBlockSize, decoded.back().size());
         for (std::uint32_t i = 0; i < blocks.size(); ++i) {
             Bytes output;
             ASSERT_EQ(decodeBlock(*decoder, memory.get(), i, output), None) << i;

@@ -30,9 +30,8 @@ protected:
                 continue;
             }
             const TablebaseDescriptor& table = tableNamed(record["table"].get<std::string>());
-            const int side = record["side"];
-            const auto s = static_cast<std::size_t>(fileSide(table, side));
-            if (tableSides[static_cast<std::size_t>(table.id)][s] == nullptr) continue;
+            const unsigned side = record["side"];
+            if (tableSide(table.id, fileSide(table, side)) == nullptr) continue;
             ++tested;
             EXPECT_EQ(ProbeTableValue(table.id, side, record["index"]), record["value"]);
             ASSERT_TRUE(TablebaseProbe(board, 1, score));
@@ -56,7 +55,7 @@ TEST_F(ProbesTest, FilesWithTheRecordedEntries) {
         if (!record.contains("side")) continue;
         const std::string name = record["table"];
         if (name.size() > 4) continue;  // recorded without a file
-        const int side = fileSide(tableNamed(name), record["side"]);
+        const unsigned side = fileSide(tableNamed(name), record["side"]);
         entries[side][name][record["index"]] = storedByte(record["value"]);
     }
     for (const std::size_t side : {0U, 1U}) {

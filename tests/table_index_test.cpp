@@ -43,7 +43,7 @@ public:
         unsigned kind;  ///< the same for interchangeable men
     };
 
-    Table(const TablebaseDescriptor& descriptor, int sideToMove)
+    Table(const TablebaseDescriptor& descriptor, unsigned sideToMove)
         : id(descriptor.id), side(sideToMove), size(descriptor.size[sideToMove != 0]) {
         const std::string_view name = descriptor.signature();
         PieceCounts filled{};
@@ -57,7 +57,7 @@ public:
             }
             hasPawns |= letter == 'p';
             const std::size_t place = type + (isFirst ? 0U : 5U);
-            const auto man = static_cast<std::size_t>(filled[place]++);
+            const std::size_t man = filled[place]++;
             men.push_back(
                 {letter, isFirst, type * SlotsPerType + man, static_cast<unsigned>(place) + 2});
         }
@@ -143,7 +143,7 @@ public:
     }
 
     int id;
-    int side;
+    unsigned side;
     std::uint64_t size;
     bool hasPawns = false;
     bool hasCaptures = false;  ///< both sides have pawns
@@ -183,7 +183,7 @@ private:
 template <class Check>
 void forEachTable(Check check) {
     for (const TablebaseDescriptor& descriptor : tablebaseDescriptors) {
-        for (int side = 0; side < 2; ++side) {
+        for (unsigned side = 0; side < 2; ++side) {
             SCOPED_TRACE(std::string(descriptor.signature()) + " side " + std::to_string(side));
             check(Table(descriptor, side));
         }
@@ -217,7 +217,7 @@ TEST_F(TableIndex, GivesTheKnownIndices) {
 TEST_F(TableIndex, CountsFollowFromTheRadices) {
     struct Count {
         const char* name;
-        int side;
+        unsigned side;
         std::uint64_t count;
     };
     constexpr std::uint64_t CapturesAlone = 1806 * 14;
@@ -383,7 +383,7 @@ TEST_F(TableIndex, RandomPositionsReturnFromTheirIndices) {
 TEST_F(TableIndex, MenThatMayNotStandThereHaveNone) {
     struct Illegal {
         const char* name;
-        int side;
+        unsigned side;
         const char* first;
         const char* second;
         int ep;

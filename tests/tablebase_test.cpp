@@ -25,7 +25,7 @@ class TablebaseTest : public TableFolderTest {
 protected:
     /// Writes both sides of kqk, with all entries the same.
     void writeKqk(int first, int second) const {
-        for (const int side : {0, 1}) {
+        for (const unsigned side : {0U, 1U}) {
             std::map<std::uint64_t, int> bytes;
             const std::uint64_t size = KqkSize[side];
             for (std::uint64_t i = 0; i < size; ++i) bytes[i] = side == 0 ? first : second;
@@ -33,7 +33,7 @@ protected:
         }
     }
 
-    [[nodiscard]] static std::int32_t valueAt(std::string_view table, int side,
+    [[nodiscard]] static std::int32_t valueAt(std::string_view table, unsigned side,
                                               std::uint64_t index) {
         return ProbeTableValue(tableNamed(table).id, side, index);
     }
@@ -118,7 +118,7 @@ TEST_F(TablebaseTest, FaultyEntriesAreNotRead) {
 TEST_F(TablebaseTest, FullCacheStaysConsistent) {
     std::mt19937 random(5);
     std::map<std::uint64_t, int> bytes[2];
-    for (const int side : {0, 1}) {
+    for (const unsigned side : {0U, 1U}) {
         for (std::uint64_t i = 0; i < KqkSize[side]; ++i) {
             bytes[side][i] = static_cast<int>(random() % 127);
         }
@@ -128,7 +128,7 @@ TEST_F(TablebaseTest, FullCacheStaysConsistent) {
         open(blocks * BlockBytes + 100);
         ASSERT_EQ(blockCache.blockCount(), blocks);
         for (int reads = 0; reads < 2000; ++reads) {
-            const int side = static_cast<int>(random() % 2);
+            const unsigned side = random() % 2;
             const std::uint64_t index = random() % KqkSize[side];
             const int byte = bytes[side][index];
             ASSERT_EQ(valueAt("kqk", side, index), byte == 0 ? 0 : 32640 + byte);
@@ -204,7 +204,8 @@ TEST_F(TablebaseTest, FilesAreClosedWhenNoMoreCanBeOpened) {
 }
 
 TEST_F(TablebaseTest, MaterialFindsItsTable) {
-    const auto found = [](int wp, int wn, int wq, int bp, int bn, int bq) {
+    const auto found = [](std::uint8_t wp, std::uint8_t wn, std::uint8_t wq, std::uint8_t bp,
+                          std::uint8_t bn, std::uint8_t bq) {
         return TableIdFromCounts({wp, wn, 0, 0, wq, bp, bn, 0, 0, bq});
     };
     write("kqkn.nbw", tableNamed("kqkn").size[0]);

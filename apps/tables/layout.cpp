@@ -24,8 +24,7 @@ bool onDiagonal(Square square) { return (square & 7) == square >> 3; }
 Layout::Layout(const Material& itsMaterial) : material(itsMaterial) {
     const bool pawns = material.hasPawns();
     const KingPairs& pairs = pawns ? kingPairs1806 : kingPairs462;
-    kings.assign(pairs.kings.begin(),
-                 pairs.kings.begin() + static_cast<std::ptrdiff_t>(pairs.count));
+    kings.assign(pairs.kings.begin(), pairs.kings.begin() + pairs.count);
     for (unsigned symmetry = 0; symmetry < symmetries.size(); ++symmetry) {
         for (Square square = 0; square < 64; ++square) {
             Square image = square;
@@ -41,7 +40,7 @@ Layout::Layout(const Material& itsMaterial) : material(itsMaterial) {
             reductions[first][second] = {KingPairs::Missing, 0};
             for (std::size_t symmetry = pawns ? 2 : 8; symmetry-- > 0;) {
                 const auto& image = symmetries[symmetry];
-                const std::int16_t pair = pairs.number[image[first]][image[second]];
+                const std::uint16_t pair = pairs.number[image[first]][image[second]];
                 if (pair != KingPairs::Missing) {
                     reductions[first][second] = {pair, static_cast<std::uint8_t>(symmetry)};
                 }
@@ -53,10 +52,10 @@ Layout::Layout(const Material& itsMaterial) : material(itsMaterial) {
         if (material.man[man] == Kind::Pawn) lastPawn[material.side[man]] = man;
     }
     plainBits = 6 * static_cast<unsigned>(material.count - 2);
-    plainSize = total = static_cast<std::uint64_t>(pairs.count) << plainBits;
+    plainSize = total = std::uint64_t{pairs.count} << plainBits;
     if (material.hasEnPassant()) {
         epBits = plainBits - 12;
-        total += static_cast<std::uint64_t>(pairs.count) << (CaptureCaseBits + epBits);
+        total += std::uint64_t{pairs.count} << (CaptureCaseBits + epBits);
     }
 }
 
@@ -82,18 +81,16 @@ std::uint64_t Layout::index(const Position& position) const {
     Squares squares = position.squares;
     for (std::size_t man = 0; man < material.count; ++man) squares[man] = image[squares[man]];
     if (hasLikeMen) sortLikeMen(squares);
-    const auto number = static_cast<unsigned>(pair);
     if (position.ep != NoEnPassant) {
-        return epIndex(number, position.mover, squares,
-                       image[static_cast<std::size_t>(position.ep)]);
+        return epIndex(pair, position.mover, squares, image[static_cast<std::size_t>(position.ep)]);
     }
-    const std::uint64_t index = plainIndex(number, squares);
+    const std::uint64_t index = plainIndex(pair, squares);
     if (material.hasPawns() || !onDiagonal(squares[0]) || !onDiagonal(squares[1])) return index;
     for (std::size_t man = 2; man < material.count; ++man) {
         squares[man] = symmetries[Transpose][squares[man]];
     }
     sortLikeMen(squares);
-    return std::min(index, plainIndex(number, squares));
+    return std::min(index, plainIndex(pair, squares));
 }
 
 bool Layout::isItsOwnMirror(const Position& position) const {

@@ -35,7 +35,7 @@ public:
 
 private:
     struct Reduction {
-        std::int16_t pair;
+        std::uint16_t pair;
         std::uint8_t symmetry;
     };
 

@@ -82,8 +82,7 @@ std::vector<Conversion> conversionsOf(const Material& material) {
 }
 
 std::vector<int> tablesBelow(int id) {
-    const Material material =
-        materialOf(tablebaseDescriptors[static_cast<std::size_t>(id)].signature());
+    const Material material = materialOf(descriptorOf(id).signature());
     std::vector<int> ids;
     for (const Conversion& conversion : conversionsOf(material)) {
         ids.push_back(tableOf(convert(material, conversion)).id);

@@ -173,18 +173,17 @@ void forEachUnpackedBlock(const path& packed, const UnpackedBlockVisitor& visit)
 
     std::unique_ptr<DatacompFile> decoder;
     check(OpenDatacompFile(input.get(), decoder));
-    if (decoder->blockSize != static_cast<std::int32_t>(BlockSize)) {
+    if (decoder->blockSize != BlockSize) {
         fail(packed, "has an unexpected block size");
     }
-    const auto count = static_cast<std::uint32_t>(decoder->blockCount);
+    const std::uint32_t count = decoder->blockCount;
     const auto scratch = std::make_unique<DecodeScratch>();
     Bytes block(BlockSize + DecodeSlack);
     for (std::uint32_t number = 0; number < count; ++number) {
         resetScratch(*scratch, block.data());
         check(ReadDatacompBlock(*decoder, *scratch, input.get(), number));
         check(DecodeDatacompBlock(*decoder, *scratch));
-        const std::size_t length =
-            number + 1 == count ? static_cast<std::size_t>(decoder->lastBlockSize) : BlockSize;
+        const std::size_t length = number + 1 == count ? decoder->lastBlockSize : BlockSize;
         visit(ByteSpan(block).first(length), number, count);
     }
 }

@@ -27,7 +27,7 @@ Squares squaresOf(const Material& material, const TablePosition& position) {
 bool legalPosition(int id, const Material& material, unsigned side, std::uint64_t index,
                    Position& position) {
     TablePosition placement;
-    if (!tablePosition(id, static_cast<int>(side), index, placement)) return false;
+    if (!tablePosition(id, side, index, placement)) return false;
     position.squares = squaresOf(material, placement);
     position.mover = static_cast<std::uint8_t>(side);
     position.ep = placement.ep;

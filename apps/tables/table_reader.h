@@ -33,8 +33,7 @@ public:
             lists[men[i].list][men[i].slot] = squares[men[i].man];
         }
         const unsigned side = swapped ? mover ^ 1U : mover;
-        const std::uint64_t index =
-            tableIndex(id, static_cast<int>(side), lists[0], lists[1], ep, swapped ? 1 : 0);
+        const std::uint64_t index = tableIndex(id, side, lists[0], lists[1], ep, swapped ? 1 : 0);
         return {isSameForBoth(id) ? 0 : side, index};
     }
 

@@ -14,9 +14,6 @@
 
 namespace brivok::tables {
 
-[[nodiscard]] inline const TablebaseDescriptor& descriptorOf(int id) {
-    return tablebaseDescriptors[static_cast<std::size_t>(id)];
-}
 [[nodiscard]] inline bool isSameForBoth(int id) {
     return (descriptorOf(id).flags & SameForBoth) != 0;
 }

@@ -32,7 +32,7 @@ constexpr std::uint32_t SmallCache = Megabyte;
 
 struct Sample {
     int id;
-    int side;
+    unsigned side;
     TablePosition position;
 };
 
@@ -43,7 +43,7 @@ std::vector<Sample> samples(int firstId, int lastId) {
     while (drawn.size() < PositionCount) {
         Sample sample{};
         sample.id = std::uniform_int_distribution<int>(firstId, lastId)(generator);
-        sample.side = static_cast<int>(generator() % 2);
+        sample.side = generator() % 2;
         const std::uint64_t index = generator() % tableIndexCount(sample.id, sample.side);
         if (tablePosition(sample.id, sample.side, index, sample.position)) drawn.push_back(sample);
     }
@@ -54,14 +54,13 @@ std::vector<Sample> samples(int firstId, int lastId) {
 std::string fenOf(const Sample& sample) {
     std::array<char, 64> men;
     men.fill('1');
-    const TablebaseDescriptor& table = tablebaseDescriptors[static_cast<std::size_t>(sample.id)];
+    const TablebaseDescriptor& table = descriptorOf(sample.id);
     const PieceCounts counts = countsOf(table.signature());
-    const auto place = [&men](const PieceList& list, Side side, const int* each) {
+    const auto place = [&men](const PieceList& list, Side side, const std::uint8_t* each) {
         men[list[KingSlot]] = fenLetter(pieceOf(Kind::King, side));
         for (std::size_t kind = 0; kind < CountedKinds; ++kind) {
-            for (int man = 0; man < each[kind]; ++man) {
-                men[list[kind * SlotsPerType + static_cast<std::size_t>(man)]] =
-                    fenLetter(pieceOf(TableKinds[kind], side));
+            for (std::size_t man = 0; man < each[kind]; ++man) {
+                men[list[kind * SlotsPerType + man]] = fenLetter(pieceOf(TableKinds[kind], side));
             }
         }
     };
@@ -139,10 +138,9 @@ void decoding(benchmark::State& state) {
     std::int64_t bytes = 0;
     for (auto _ : state) {
         for (const TablebaseDescriptor& table : tablebaseDescriptors) {
-            for (int side = 0; side < 2; ++side) {
-                const auto id = static_cast<std::size_t>(table.id);
-                if (tableSides[id][static_cast<std::size_t>(side)] == nullptr) continue;
-                const std::uint64_t size = table.size[static_cast<std::size_t>(side)];
+            for (unsigned side = 0; side < 2; ++side) {
+                if (tableSide(table.id, side) == nullptr) continue;
+                const std::uint64_t size = table.size[side];
                 for (std::uint64_t at = 0; at < size; at += ChunkBytes) {
                     benchmark::DoNotOptimize(blockCache.ReadCacheByte(
                         table.id, side, static_cast<std::uint32_t>(at / ChunkBytes), 0));

@@ -30,25 +30,25 @@ public:
     }
 
     /// The next `bits` (0 to 32) bits as a number.
-    [[nodiscard]] std::uint32_t peek(int bits) const {
+    [[nodiscard]] std::uint32_t peek(unsigned bits) const {
         return static_cast<std::uint32_t>(buffer >> 1U >> (63 - bits));
     }
 
     /// Drops available bits.
-    void skip(int bits) {
+    void skip(unsigned bits) {
         buffer <<= bits;
-        count -= bits;
+        count -= static_cast<int>(bits);
     }
 
     /// Takes available bits.
-    [[nodiscard]] std::uint32_t take(int bits) {
+    [[nodiscard]] std::uint32_t take(unsigned bits) {
         const std::uint32_t number = peek(bits);
         skip(bits);
         return number;
     }
 
     /// refill() and take().
-    [[nodiscard]] std::uint32_t read(int bits) {
+    [[nodiscard]] std::uint32_t read(unsigned bits) {
         refill();
         return take(bits);
     }

@@ -21,9 +21,8 @@ constexpr std::uint32_t BlockBudget = HeaderBudget + DataBytes;
 constexpr unsigned PartChunksLog = PartBytesLog - 13;
 static_assert((ChunkBytes << PartChunksLog) == 1U << PartBytesLog);
 
-CacheBlock*& bucketOf(int tableId, int side, std::uint32_t chunk) {
-    TableSide& files = *tableSides[static_cast<unsigned>(tableId)][static_cast<unsigned>(side)];
-    return files.cacheBuckets[chunk % CacheBuckets];
+CacheBlock*& bucketOf(int tableId, unsigned side, std::uint32_t chunk) {
+    return tableSide(tableId, side)->cacheBuckets[chunk % CacheBuckets];
 }
 
 CacheBlock*& bucketOf(const CacheBlock& block) {
@@ -76,10 +75,8 @@ bool decodeChunk(const TablePart& part, std::uint32_t chunk, CacheBlock& block) 
         DecodeDatacompBlock(decoder, *decodeScratch) != DatacompFailure::None) {
         return false;
     }
-    const bool last = chunk + 1 == static_cast<std::uint32_t>(decoder.blockCount);
-    const auto length =
-        static_cast<std::uint32_t>(last ? decoder.lastBlockSize : decoder.blockSize);
-    block.length = std::min(length, ChunkBytes);
+    const bool last = chunk + 1 == decoder.blockCount;
+    block.length = std::min(last ? decoder.lastBlockSize : decoder.blockSize, ChunkBytes);
     return true;
 }
 
@@ -94,12 +91,11 @@ bool readChunk(const TablePart& part, std::uint32_t chunk, CacheBlock& block) {
 /// Fills the block with the chunk that its fields name. If that fails, the file is treated as
 /// absent.
 bool fetch(CacheBlock& block) {
-    const auto id = static_cast<unsigned>(block.tableId);
-    const bool split = (tablebaseDescriptors[id].flags & Split) != 0;
+    const bool split = (descriptorOf(block.tableId).flags & Split) != 0;
     const std::uint32_t number = split ? block.chunk >> PartChunksLog : 0;
     if (number >= MaxParts) return false;
     const std::uint32_t chunk = block.chunk - (number << PartChunksLog);
-    TablePart& part = tableSides[id][static_cast<unsigned>(block.side)]->parts[number];
+    TablePart& part = tableSide(block.tableId, block.side)->parts[number];
     if (openPart(part) && (part.decoder != nullptr ? decodeChunk(part, chunk, block)
                                                    : readChunk(part, chunk, block))) {
         return true;
@@ -142,17 +138,16 @@ void BlockCache::ResetCache() {
     mostRecent = leastRecent = nullptr;
 }
 
-std::int32_t BlockCache::ReadCacheByte(int tableId, int side, std::uint32_t chunk,
+std::int32_t BlockCache::ReadCacheByte(int tableId, unsigned side, std::uint32_t chunk,
                                        std::uint32_t offset) {
-    const auto id = static_cast<unsigned>(tableId);
-    if (count == 0 || tableSides[id][static_cast<unsigned>(side)] == nullptr) return NoValue;
+    if (count == 0 || tableSide(tableId, side) == nullptr) return NoValue;
     const CacheBlock* block = find(tableId, side, chunk);
     if (block == nullptr) block = load(tableId, side, chunk);
     if (block == nullptr || offset >= block->length) return NoValue;
     return static_cast<std::int8_t>(block->data[offset]);
 }
 
-CacheBlock* BlockCache::find(int tableId, int side, std::uint32_t chunk) {
+CacheBlock* BlockCache::find(int tableId, unsigned side, std::uint32_t chunk) {
     CacheBlock* block = bucketOf(tableId, side, chunk);
     while (block != nullptr && block->chunk != chunk) block = block->bucketNext;
     if (block == nullptr) return nullptr;
@@ -167,7 +162,7 @@ CacheBlock* BlockCache::find(int tableId, int side, std::uint32_t chunk) {
     return block;
 }
 
-CacheBlock* BlockCache::load(int tableId, int side, std::uint32_t chunk) {
+CacheBlock* BlockCache::load(int tableId, unsigned side, std::uint32_t chunk) {
     CacheBlock* const block = takeBlock();
     block->tableId = tableId;
     block->side = side;

@@ -18,7 +18,7 @@ inline constexpr std::int32_t NoValue = 32767;
 /// A cache block, linked into the use list and into its bucket's chain.
 struct CacheBlock {
     std::int32_t tableId;
-    std::int32_t side;     ///< of the table, 0 or 1
+    std::uint32_t side;    ///< of the table, 0 or 1
     std::uint32_t chunk;   ///< index within the side
     std::uint32_t length;  ///< valid bytes in `data`; the rest is meaningless
     CacheBlock* older;     ///< towards the least recently used; next block on the free list
@@ -44,15 +44,15 @@ public:
     /// The byte at `offset` (below ChunkBytes) of a chunk, sign-extended. `side` is 0 or 1, as in
     /// the files. Loads the chunk if necessary. NoValue if it cannot be loaded or the file ends
     /// before that byte. A file that fails is treated as absent from then on.
-    [[nodiscard]] std::int32_t ReadCacheByte(int tableId, int side, std::uint32_t chunk,
+    [[nodiscard]] std::int32_t ReadCacheByte(int tableId, unsigned side, std::uint32_t chunk,
                                              std::uint32_t offset);
 
     /// 0 before InitCache().
     [[nodiscard]] std::uint32_t blockCount() const { return count; }
 
 private:
-    [[nodiscard]] CacheBlock* find(int tableId, int side, std::uint32_t chunk);
-    [[nodiscard]] CacheBlock* load(int tableId, int side, std::uint32_t chunk);
+    [[nodiscard]] CacheBlock* find(int tableId, unsigned side, std::uint32_t chunk);
+    [[nodiscard]] CacheBlock* load(int tableId, unsigned side, std::uint32_t chunk);
     [[nodiscard]] CacheBlock* takeBlock();
     void appendToUseList(CacheBlock& block);
     void removeFromUseList(CacheBlock& block);

@@ -56,7 +56,7 @@ constexpr std::size_t PlainLengthCodes = 128;
 /// Reads the lengths of a small code over zeros: numbers of fixed width, each 0 followed by how
 /// many more zeros there are.
 [[nodiscard]] bool readPlainLengths(BitReader& reader, std::span<std::uint8_t> lengths) {
-    const int width = static_cast<int>(reader.read(5));
+    const std::uint32_t width = reader.read(5);
     for (std::size_t i = 0; i < lengths.size();) {
         const std::uint32_t length = reader.read(width);
         if (length > LongestCode) return false;
@@ -91,14 +91,14 @@ constexpr std::size_t PlainLengthCodes = 128;
     }
     for (std::size_t i = 0; i < lengths.size();) {
         reader.refill();
-        const int value = values.decode(reader);
+        const unsigned value = values.decode(reader);
         std::uint64_t run = 1;
         if (value >= RunFlag) {
             reader.refill();
-            const int code = runs.decode(reader);
-            run = static_cast<std::uint64_t>(code) + ShortestRun;
+            const unsigned code = runs.decode(reader);
+            run = code + ShortestRun;
             if (code >= PlainRuns) {
-                const int bits = code - PlainRuns;
+                const unsigned bits = code - PlainRuns;
                 run = (std::uint64_t{1} << bits) + reader.read(bits) + PlainRuns - 1 + ShortestRun;
             }
         }
@@ -113,12 +113,13 @@ constexpr std::size_t PlainLengthCodes = 128;
 /// streams must end within the header.
 [[nodiscard]] DatacompFailure interpretHeader(std::span<const std::uint8_t> header,
                                               DatacompFile& decoder) {
-    const int fieldBits = header[datacomp::BlockLogOffset];
+    const unsigned fieldBits = header[datacomp::BlockLogOffset];
     const std::uint32_t blockSize = std::uint32_t{1} << fieldBits;
-    const std::uint64_t blocks = bigEndian32(&header[datacomp::BlockCountOffset]);
+    decoder.blockCount = bigEndian32(&header[datacomp::BlockCountOffset]);
+    const std::uint64_t blocks = decoder.blockCount;
     const std::uint64_t fields = blocks + 1 + datacomp::DistanceCount;
     const std::uint64_t table = datacomp::BlockSumsOffset + blocks * datacomp::BlockSumsSize;
-    const std::uint64_t codes = table + (fields * static_cast<unsigned>(fieldBits) + 7) / 8;
+    const std::uint64_t codes = table + (fields * fieldBits + 7) / 8;
     const std::size_t end = header.size() - datacomp::ChecksumSize;
     if (codes >= end) return DatacompFailure::Broken;
 
@@ -136,9 +137,8 @@ constexpr std::size_t PlainLengthCodes = 128;
         decoder.blockOffsets.push_back(static_cast<std::uint32_t>(offset));
     }
     decoder.blockLog = fieldBits;
-    decoder.blockSize = static_cast<std::int32_t>(blockSize);
-    decoder.blockCount = static_cast<std::int32_t>(blocks);
-    decoder.lastBlockSize = static_cast<std::int32_t>(readSize());
+    decoder.blockSize = blockSize;
+    decoder.lastBlockSize = readSize();
     for (std::uint32_t& distance : decoder.distances) distance = reader.read(fieldBits);
 
     std::array<std::uint8_t, datacomp::SymbolCount> lengths{};
@@ -186,13 +186,12 @@ void resetScratch(DecodeScratch& scratch, std::uint8_t* output) {
 DatacompFailure ReadDatacompBlock(const DatacompFile& decoder, DecodeScratch& scratch,
                                   std::FILE* file, std::uint32_t block) {
     scratch.decodedSize = 0;
-    const auto blockCount = static_cast<std::uint32_t>(decoder.blockCount);
-    if (block >= blockCount || decoder.blockSize > LargestDecodedBlock ||
+    if (block >= decoder.blockCount || decoder.blockSize > LargestDecodedBlock ||
         scratch.output == nullptr) {
         return DatacompFailure::BadArgument;
     }
-    const auto expected = static_cast<std::uint32_t>(block + 1 == blockCount ? decoder.lastBlockSize
-                                                                             : decoder.blockSize);
+    const std::uint32_t expected =
+        block + 1 == decoder.blockCount ? decoder.lastBlockSize : decoder.blockSize;
     const std::uint32_t compressed = decoder.blockOffsets[block + 1] - decoder.blockOffsets[block];
     const bool stored = compressed == expected;
     std::uint8_t* const target = stored ? scratch.output : scratch.input.data();
@@ -214,20 +213,19 @@ DatacompFailure DecodeDatacompBlock(const DatacompFile& decoder, DecodeScratch& 
     std::uint8_t* const end = begin + scratch.decodedSize;
     for (std::uint8_t* to = begin; to < end;) {
         reader.refill();
-        const int symbol = decoder.decodeTable.decode(reader);
+        const unsigned symbol = decoder.decodeTable.decode(reader);
         if (symbol < datacomp::FirstMatch) {
             *to++ = static_cast<std::uint8_t>(symbol);
             continue;
         }
-        const int match = symbol - datacomp::FirstMatch;
-        const int code = match % datacomp::LengthCodes;
-        std::size_t length = static_cast<std::size_t>(code) + 1;
+        const unsigned match = symbol - datacomp::FirstMatch;
+        const unsigned code = match % datacomp::LengthCodes;
+        std::size_t length = code + 1;
         if (code >= datacomp::PlainLengths) {
-            const int bits = code - datacomp::PlainLengths + 1;
+            const unsigned bits = code - datacomp::PlainLengths + 1;
             length = (std::size_t{1} << bits) + reader.take(bits) + datacomp::PlainLengths - 1;
         }
-        const std::size_t distance =
-            decoder.distances[static_cast<std::size_t>(match / datacomp::LengthCodes)];
+        const std::size_t distance = decoder.distances[match / datacomp::LengthCodes];
         if (distance == 0 || distance > static_cast<std::size_t>(to - begin) ||
             (length > datacomp::LooseMatch && length > static_cast<std::size_t>(end - to))) {
             return DatacompFailure::Broken;

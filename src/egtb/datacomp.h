@@ -27,10 +27,10 @@ inline constexpr int DecodeSlack = 36;
 
 /// Contents of a compressed file's header: all that decoding a block requires.
 struct DatacompFile {
-    std::int32_t blockLog = 0;
-    std::int32_t blockSize = 0;      ///< 2^blockLog, in bytes, decoded
-    std::int32_t lastBlockSize = 0;  ///< in bytes, decoded
-    std::int32_t blockCount = 0;
+    std::uint32_t blockLog = 0;
+    std::uint32_t blockSize = 0;      ///< 2^blockLog, in bytes, decoded
+    std::uint32_t lastBlockSize = 0;  ///< in bytes, decoded
+    std::uint32_t blockCount = 0;
 
     /// File offset of each block, then the end of the last.
     std::vector<std::uint32_t> blockOffsets;

@@ -56,10 +56,11 @@ constexpr bool isLetter(char c) { return c >= 'a' && c <= 'z'; }
 constexpr auto describeTables() {
     std::array<TablebaseDescriptor, TableCount> tables{};
     std::size_t at = 0;
-    for (std::size_t id = 0; id < tables.size(); ++id) {
-        TablebaseDescriptor& table = tables[id];
-        table.id = static_cast<std::int32_t>(id);
-        table.size = TableSizes[id];
+    std::int32_t id = 0;
+    auto size = TableSizes.begin();
+    for (TablebaseDescriptor& table : tables) {
+        table.id = id++;
+        table.size = *size++;
         for (std::size_t i = 0; isLetter(Signatures.at(at)); ++i) table.name[i] = Signatures[at++];
         if (Signatures[at] == '(') {
             table.flags = static_cast<std::uint32_t>(Signatures.at(at + 1) - '0');

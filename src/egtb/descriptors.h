@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -25,5 +26,10 @@ struct TablebaseDescriptor {
 /// Ids start at 1; entry 0 is the table of bare kings, which has no files.
 inline constexpr int TableCount = 441;
 extern const std::array<TablebaseDescriptor, TableCount> tablebaseDescriptors;  ///< by id
+
+/// The table of an id, 0 to 440.
+[[nodiscard]] inline const TablebaseDescriptor& descriptorOf(int id) {
+    return tablebaseDescriptors[static_cast<std::size_t>(id)];
+}
 
 }  // namespace brivok

@@ -3,14 +3,14 @@
 namespace brivok {
 namespace {
 
-constexpr int fileOfSquare(int square) { return square & 7; }
-constexpr int rankOfSquare(int square) { return square >> 3; }
-constexpr int distance(int a, int b) { return a < b ? b - a : a - b; }
+constexpr unsigned fileOfSquare(unsigned square) { return square & 7; }
+constexpr unsigned rankOfSquare(unsigned square) { return square >> 3; }
+constexpr unsigned distance(unsigned a, unsigned b) { return a < b ? b - a : a - b; }
 
 /// Whether a man on `square` checks a king that is one step or a knight's move away.
-constexpr bool checksFromNear(ManType type, int square, int king) {
-    const int files = distance(fileOfSquare(square), fileOfSquare(king));
-    const int ranks = distance(rankOfSquare(square), rankOfSquare(king));
+constexpr bool checksFromNear(ManType type, unsigned square, unsigned king) {
+    const unsigned files = distance(fileOfSquare(square), fileOfSquare(king));
+    const unsigned ranks = distance(rankOfSquare(square), rankOfSquare(king));
     switch (type) {
         case ManType::FreePawn: return false;
         case ManType::Pawn: return files == 1 && rankOfSquare(king) == rankOfSquare(square) + 1;
@@ -22,14 +22,14 @@ constexpr bool checksFromNear(ManType type, int square, int king) {
     return false;
 }
 
-constexpr Enumeration enumerate(ManType type, int king) {
+constexpr Enumeration enumerate(ManType type, unsigned king) {
     Enumeration result;
     result.number.fill(Enumeration::Forbidden);
-    const int first = isPawn(type) ? 8 : 0;
-    for (int square = first; square < 64 - first; ++square) {
+    const std::uint8_t first = isPawn(type) ? 8 : 0;
+    for (std::uint8_t square = first; square < 64 - first; ++square) {
         if (square == king || checksFromNear(type, square, king)) continue;
-        result.square[result.count] = static_cast<std::uint8_t>(square);
-        result.number[static_cast<std::size_t>(square)] = result.count++;
+        result.square[result.count] = square;
+        result.number[square] = result.count++;
     }
     return result;
 }
@@ -37,8 +37,8 @@ constexpr Enumeration enumerate(ManType type, int king) {
 constexpr auto enumerateAll() {
     std::array<std::array<Enumeration, 64>, ManTypes> all{};
     for (std::size_t type = 0; type < ManTypes; ++type) {
-        for (std::size_t king = 0; king < 64; ++king) {
-            all[type][king] = enumerate(static_cast<ManType>(type), static_cast<int>(king));
+        for (unsigned king = 0; king < 64; ++king) {
+            all[type][king] = enumerate(static_cast<ManType>(type), king);
         }
     }
     return all;
@@ -48,26 +48,25 @@ template <class Representative>
 constexpr KingPairs numberKings(Representative isRepresentative) {
     KingPairs pairs;
     for (auto& row : pairs.number) row.fill(KingPairs::Missing);
-    for (int first = 0; first < 64; ++first) {
-        for (int second = 0; second < 64; ++second) {
-            const int files = distance(fileOfSquare(first), fileOfSquare(second));
-            const int ranks = distance(rankOfSquare(first), rankOfSquare(second));
+    for (std::uint8_t first = 0; first < 64; ++first) {
+        for (std::uint8_t second = 0; second < 64; ++second) {
+            const unsigned files = distance(fileOfSquare(first), fileOfSquare(second));
+            const unsigned ranks = distance(rankOfSquare(first), rankOfSquare(second));
             if ((files <= 1 && ranks <= 1) || !isRepresentative(first, second)) continue;
-            const auto a = static_cast<std::uint8_t>(first);
-            const auto b = static_cast<std::uint8_t>(second);
-            pairs.number[a][b] = static_cast<std::int16_t>(pairs.count);
-            pairs.kings[pairs.count++] = {a, b};
+            pairs.number[first][second] = pairs.count;
+            pairs.kings[pairs.count++] = {first, second};
         }
     }
     return pairs;
 }
 
-constexpr bool onLeftHalf(int first, int /*second*/) { return fileOfSquare(first) <= 3; }
+constexpr bool onLeftHalf(unsigned first, unsigned /*second*/) { return fileOfSquare(first) <= 3; }
 
-constexpr bool inTriangle(int first, int second) {
-    const int above = rankOfSquare(first) - fileOfSquare(first);
-    return fileOfSquare(first) <= 3 && above <= 0 &&
-           (above < 0 || rankOfSquare(second) <= fileOfSquare(second));
+constexpr bool inTriangle(unsigned first, unsigned second) {
+    const unsigned file = fileOfSquare(first);
+    const unsigned rank = rankOfSquare(first);
+    return file <= 3 && rank <= file &&
+           (rank < file || rankOfSquare(second) <= fileOfSquare(second));
 }
 
 }  // namespace

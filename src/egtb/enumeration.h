@@ -12,6 +12,9 @@ enum class ManType : std::uint8_t { FreePawn, Pawn, Knight, Bishop, Rook, Queen 
 
 inline constexpr std::size_t ManTypes = 6;
 
+/// The type as an array index.
+[[nodiscard]] constexpr std::size_t indexOf(ManType type) { return static_cast<std::size_t>(type); }
+
 /// Whether the man is a pawn, free or not.
 [[nodiscard]] constexpr bool isPawn(ManType type) { return type <= ManType::Pawn; }
 
@@ -42,7 +45,7 @@ class GroupSquares {
 public:
     /// For men of `type` and these squares of the kings.
     GroupSquares(ManType type, unsigned moverKing, unsigned otherKing)
-        : squares(enumerations[static_cast<std::size_t>(type)][otherKing]),
+        : squares(enumerations[indexOf(type)][otherKing]),
           king(moverKing),
           kingNumber(squares.number[moverKing]) {}
 
@@ -73,11 +76,11 @@ private:
 /// comes first.
 struct KingPairs {
     /// `number` of two squares that are not a placement.
-    static constexpr std::int16_t Missing = -1;
+    static constexpr std::uint16_t Missing = 0xFFFF;
 
-    std::array<std::array<std::int16_t, 64>, 64> number{};  ///< by both squares
-    std::array<std::array<std::uint8_t, 2>, 1806> kings{};  ///< by number
-    std::size_t count = 0;
+    std::array<std::array<std::uint16_t, 64>, 64> number{};  ///< by both squares
+    std::array<std::array<std::uint8_t, 2>, 1806> kings{};   ///< by number
+    std::uint16_t count = 0;
 };
 
 extern const KingPairs kingPairs1806;  ///< for tables with pawns: first king on files a to d

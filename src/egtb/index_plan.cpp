@@ -16,14 +16,14 @@ namespace brivok {
 namespace {
 
 /// Number of men of each type on one side; pawns are counted as Pawn.
-using SideCounts = std::array<int, ManTypes>;
+using SideCounts = std::array<std::uint8_t, ManTypes>;
 using Runs = std::vector<MenRun>;
 
 /// `side` is 0 for the first half of the counts, 1 for the second.
-SideCounts countsOfSide(const PieceCounts& counts, int side) {
+SideCounts countsOfSide(const PieceCounts& counts, unsigned side) {
     SideCounts types{};
-    const auto* const first = counts.data() + static_cast<std::size_t>(side) * CountedKinds;
-    std::copy_n(first, CountedKinds, types.data() + static_cast<std::size_t>(ManType::Pawn));
+    const auto* const first = counts.data() + side * CountedKinds;
+    std::copy_n(first, CountedKinds, types.data() + indexOf(ManType::Pawn));
     return types;
 }
 
@@ -31,7 +31,7 @@ SideCounts countsOfSide(const PieceCounts& counts, int side) {
 Runs strongestFirst(const SideCounts& counts) {
     Runs runs;
     for (std::size_t type = ManTypes; type-- > 0;) {
-        const auto count = static_cast<std::uint8_t>(counts[type]);
+        const std::uint8_t count = counts[type];
         if (count > 0) runs.push_back({static_cast<ManType>(type), count, 0});
     }
     return runs;
@@ -104,7 +104,7 @@ struct DigitOrder {
 
 class PlanCompiler {
 public:
-    PlanCompiler(GroupStarts& starts, const TablebaseDescriptor& table, int side);
+    PlanCompiler(GroupStarts& starts, const TablebaseDescriptor& table, unsigned side);
 
     [[nodiscard]] const IndexPlan& result() const { return plan; }
 
@@ -114,7 +114,7 @@ private:
     [[nodiscard]] DigitOrder plainOrder() const;
     void compilePlain();
     void compileEnPassant();
-    [[nodiscard]] IndexSection section(const Runs& groupRuns, unsigned flip,
+    [[nodiscard]] IndexSection section(const Runs& groupRuns, std::uint8_t flip,
                                        const DigitOrder& order, unsigned blockedToPawns,
                                        unsigned blockedToPieces);
 
@@ -125,12 +125,13 @@ private:
     std::uint8_t nextByte = FirstManByte;
 };
 
-PlanCompiler::PlanCompiler(GroupStarts& groupStarts, const TablebaseDescriptor& table, int side)
+PlanCompiler::PlanCompiler(GroupStarts& groupStarts, const TablebaseDescriptor& table,
+                           unsigned side)
     : starts(groupStarts) {
     const PieceCounts counts = countsOf(table.signature());
     const SideCounts mover = countsOfSide(counts, side);
     const SideCounts other = countsOfSide(counts, 1 - side);
-    const auto pawn = static_cast<std::size_t>(ManType::Pawn);
+    const std::size_t pawn = indexOf(ManType::Pawn);
     plan.hasPawns = mover[pawn] + other[pawn] > 0;
     plan.hasEnPassant = mover[pawn] > 0 && other[pawn] > 0;
 
@@ -168,11 +169,10 @@ void PlanCompiler::layOut(Runs& runs, bool areMovers) {
     for (MenRun& run : runs) {
         run.byte = nextByte;
         const ManType type = std::max(run.type, ManType::Pawn);
-        const std::size_t firstSlot =
-            (static_cast<std::size_t>(type) - static_cast<std::size_t>(ManType::Pawn)) *
-            SlotsPerType;
-        for (std::size_t man = 0; man < run.count; ++man, ++nextByte) {
-            plan.men[plan.menCount++] = {areMovers, static_cast<std::uint8_t>(firstSlot + man)};
+        const std::size_t place = indexOf(type) - indexOf(ManType::Pawn);
+        auto slot = static_cast<std::uint8_t>(place * SlotsPerType);
+        for (unsigned man = 0; man < run.count; ++man, ++nextByte) {
+            plan.men[plan.menCount++] = {areMovers, slot++};
             if (isPawnRun(run)) plan.pawnBytes |= squareAtByte(1, nextByte);
         }
     }
@@ -195,7 +195,7 @@ DigitOrder PlanCompiler::plainOrder() const {
 
 void PlanCompiler::compilePlain() {
     const Runs pawns = only(group, true);
-    const unsigned flip = plan.moverGoesUp || pawns.empty() ? 0 : RankFlip;
+    const std::uint8_t flip = plan.moverGoesUp || pawns.empty() ? 0 : RankFlip;
     plan.plain = section(group, flip, plainOrder(), bytesOf(pawns), KingBytes | bytesOf(group));
 }
 
@@ -223,8 +223,9 @@ void PlanCompiler::compileEnPassant() {
 }
 
 /// `blockedToPawns` and `blockedToPieces` are the bytes whose squares are occupied from the start.
-IndexSection PlanCompiler::section(const Runs& groupRuns, unsigned flip, const DigitOrder& order,
-                                   unsigned blockedToPawns, unsigned blockedToPieces) {
+IndexSection PlanCompiler::section(const Runs& groupRuns, std::uint8_t flip,
+                                   const DigitOrder& order, unsigned blockedToPawns,
+                                   unsigned blockedToPieces) {
     IndexSection result;
     for (const MenRun& run : order.placement) {
         const bool pawns = isPawnRun(run);
@@ -255,7 +256,7 @@ IndexSection PlanCompiler::section(const Runs& groupRuns, unsigned flip, const D
     head.pairs = plan.hasPawns ? &kingPairs1806 : &kingPairs462;
     head.start = starts.of(groupRuns, *head.pairs);
     head.weight = weight;
-    head.flip = static_cast<std::uint8_t>(flip);
+    head.flip = flip;
     result.count = head.start[head.pairs->count] * weight;
     return result;
 }
@@ -265,10 +266,9 @@ struct AllPlans {
     std::array<std::array<IndexPlan, 2>, TableCount> plans{};
 
     AllPlans() {
-        for (const TablebaseDescriptor& table : tablebaseDescriptors) {
-            for (int side = 0; side < 2; ++side) {
-                plans[static_cast<std::size_t>(table.id)][static_cast<std::size_t>(side)] =
-                    PlanCompiler(starts, table, side).result();
+        for (std::size_t id = 0; id < plans.size(); ++id) {
+            for (unsigned side = 0; side < 2; ++side) {
+                plans[id][side] = PlanCompiler(starts, tablebaseDescriptors[id], side).result();
             }
         }
     }
@@ -276,10 +276,10 @@ struct AllPlans {
 
 }  // namespace
 
-const IndexPlan& indexPlan(int id, int side) {
-    assert(id >= 0 && id < TableCount && (side == 0 || side == 1));
+const IndexPlan& indexPlan(int id, unsigned side) {
+    assert(id >= 0 && id < TableCount && side < 2);
     static const AllPlans all;
-    return all.plans[static_cast<std::size_t>(id)][static_cast<std::size_t>(side)];
+    return all.plans[static_cast<std::size_t>(id)][side];
 }
 
 }  // namespace brivok

@@ -73,7 +73,7 @@ struct IndexPlan {
     };
 
     std::array<Slot, MaxMen> men{};  ///< by byte, from FirstManByte
-    std::size_t menCount = 0;        ///< men other than kings
+    unsigned menCount = 0;           ///< men other than kings
     bool hasPawns = false;           ///< of either side
     bool hasEnPassant = false;       ///< whether the table has positions with an en passant capture
     std::uint8_t rankFlip = 0;       ///< of the whole position, applied first
@@ -99,6 +99,6 @@ struct EnPassantSquares {
 };
 
 /// The plan of table `id` (0 to 440) with `side` to move. The first call builds all plans.
-[[nodiscard]] const IndexPlan& indexPlan(int id, int side);
+[[nodiscard]] const IndexPlan& indexPlan(int id, unsigned side);
 
 }  // namespace brivok

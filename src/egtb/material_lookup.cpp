@@ -38,14 +38,14 @@ constexpr auto Skipped = [] {
 }();
 
 constexpr std::size_t Places = waysToShare(Levels, MostMen);
-std::array<std::int16_t, Places> tableIds{};
+std::array<int, Places> tableIds{};
 
 /// The index of these counts; `Places` if there are too many men.
 std::size_t placeOf(const PieceCounts& counts) {
     std::size_t place = 0;
     std::size_t left = MostMen;
     for (std::size_t level = 0; level < Levels; ++level) {
-        const auto count = static_cast<std::size_t>(counts[level]);
+        const std::size_t count = counts[level];
         if (count > left) return Places;
         place += Skipped[level][left][count];
         left -= count;
@@ -61,11 +61,11 @@ int TableIdFromCounts(const PieceCounts& counts) {
 }
 
 void addToMaterialLookup(int id) {
-    const TablebaseDescriptor& table = tablebaseDescriptors[static_cast<std::size_t>(id)];
+    const TablebaseDescriptor& table = descriptorOf(id);
     const PieceCounts counts = countsOf(table.signature());
-    tableIds[placeOf(counts)] = static_cast<std::int16_t>(id);
+    tableIds[placeOf(counts)] = id;
     if ((table.flags & SameForBoth) != 0) return;
-    tableIds[placeOf(withSidesSwapped(counts))] = static_cast<std::int16_t>(-id);
+    tableIds[placeOf(withSidesSwapped(counts))] = -id;
 }
 
 }  // namespace brivok

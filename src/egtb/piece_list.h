@@ -26,16 +26,16 @@ inline constexpr std::size_t CountedKinds = TableKinds.size() - 1;  ///< all but
     constexpr auto places = [] {
         std::array<std::uint8_t, PieceCodes> byCode{};
         for (std::uint8_t i = 0; const Kind each : TableKinds) {
-            byCode[static_cast<std::size_t>(each)] = i++;
+            byCode[pieceOf(each, White)] = i++;
         }
         return byCode;
     }();
-    return places[static_cast<std::size_t>(kind)];
+    return places[pieceOf(kind, White)];
 }
 
 /// Number of pawns, knights, bishops, rooks and queens: White's, then Black's; or those of a
 /// table's first side, then its second.
-using PieceCounts = std::array<int, 2 * CountedKinds>;
+using PieceCounts = std::array<std::uint8_t, 2 * CountedKinds>;
 
 /// En passant square when there is none.
 inline constexpr int NoEnPassant = 127;

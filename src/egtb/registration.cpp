@@ -62,7 +62,7 @@ std::string wordsFor(DatacompFailure failure) {
 /// One file of a table, with the names it may have.
 struct FileSlot {
     const TablebaseDescriptor& table;
-    std::size_t side;
+    unsigned side;
     std::size_t part;
 
     [[nodiscard]] bool isSplit() const { return (table.flags & Split) != 0; }
@@ -84,9 +84,9 @@ struct FileSlot {
 
 /// Decoded length of a compressed file, in entries.
 std::uint64_t entriesIn(const DatacompFile& decoder, const FileSlot& slot) {
-    const auto blocks = static_cast<std::uint64_t>(decoder.blockCount);
-    const auto last = static_cast<std::uint64_t>(decoder.lastBlockSize);
-    return (blocks - 1) * (ChunkBytes / slot.entryBytes()) + last / slot.entryBytes();
+    const std::uint64_t fullBlocks = decoder.blockCount - std::uint64_t{1};
+    return fullBlocks * (ChunkBytes / slot.entryBytes()) +
+           decoder.lastBlockSize / slot.entryBytes();
 }
 
 /// The file must hold all entries of its side; in a split table, a full part or the rest.
@@ -118,7 +118,7 @@ std::unique_ptr<DatacompFile> readHeader(const std::string& path, const FileSlot
     if (failure != DatacompFailure::None) {
         EndAtOnce("Unable to read " + path + " - " + wordsFor(failure));
     }
-    if (decoder->blockSize != static_cast<std::int32_t>(ChunkBytes)) {
+    if (decoder->blockSize != ChunkBytes) {
         EndAtOnce(path + ": Unsupported block size " + std::to_string(decoder->blockSize));
     }
     checkLength(path, slot, entriesIn(*decoder, slot));
@@ -145,7 +145,7 @@ TableFile openCompressed(const FileSlot& slot, std::string_view dir, std::string
 }
 
 bool RegisterFile(const FileSlot& slot, std::string_view dir) {
-    std::unique_ptr<TableSide>& files = tableSides[static_cast<unsigned>(slot.table.id)][slot.side];
+    std::unique_ptr<TableSide>& files = tableSide(slot.table.id, slot.side);
     if (files != nullptr && !files->parts[slot.part].fileName.empty()) return true;
 
     std::string path = slot.stem(dir) + "." + slot.extension();
@@ -168,8 +168,8 @@ bool RegisterFile(const FileSlot& slot, std::string_view dir) {
     return true;
 }
 
-bool RegisterTableSide(const TablebaseDescriptor& table, std::size_t side, std::string_view dir) {
-    const std::size_t parts = partCount(table, static_cast<int>(side));
+bool RegisterTableSide(const TablebaseDescriptor& table, unsigned side, std::string_view dir) {
+    const std::size_t parts = partCount(table, side);
     std::size_t part = 0;
     while (part < parts && RegisterFile({table, side, part}, dir)) ++part;
     return part > 0;
@@ -180,8 +180,8 @@ int registerDirectory(std::string_view dir) {
     int largest = 0;
     for (const TablebaseDescriptor& table : tablebaseDescriptors) {
         if (table.id == 0) continue;
-        const std::size_t sides = (table.flags & SameForBoth) != 0 ? 1 : 2;
-        for (std::size_t side = 0; side < sides; ++side) {
+        const unsigned sides = (table.flags & SameForBoth) != 0 ? 1 : 2;
+        for (unsigned side = 0; side < sides; ++side) {
             if (RegisterTableSide(table, side, dir)) largest = table.id;
         }
     }

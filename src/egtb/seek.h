@@ -10,7 +10,7 @@ namespace brivok {
 /// Seeks to `offset` from the start of the file. Takes several steps where long, the type that
 /// fseek() uses, has 32 bits.
 [[nodiscard]] inline bool seekTo(std::FILE* file, std::uint64_t offset) {
-    constexpr auto LargestStep = static_cast<std::uint64_t>(std::numeric_limits<long>::max());
+    constexpr std::uint64_t LargestStep = std::numeric_limits<long>::max();
     int origin = SEEK_SET;
     do {
         const std::uint64_t step = std::min(offset, LargestStep);

@@ -19,7 +19,7 @@ inline constexpr SquareWord NoMan = 0x7F;
 
 /// The square in a byte (0 to 7).
 [[nodiscard]] constexpr unsigned squareIn(SquareWord word, unsigned byte) {
-    return static_cast<unsigned>(word >> (8 * byte)) & 0xFFU;
+    return word >> (8 * byte) & 0xFFU;
 }
 
 /// A word with only the given byte (0 to 7) set.

@@ -7,9 +7,9 @@ namespace brivok {
 std::array<TableSides, TableCount> tableSides;
 std::unique_ptr<DecodeScratch> decodeScratch;
 
-std::size_t partCount(const TablebaseDescriptor& table, int side) {
+std::size_t partCount(const TablebaseDescriptor& table, unsigned side) {
     if ((table.flags & Split) == 0) return 1;
-    const std::uint64_t entries = table.size[static_cast<unsigned>(side)];
+    const std::uint64_t entries = table.size[side];
     const std::uint64_t bytes = (table.flags & TwoByte) != 0 ? entries * 2 : entries;
     return std::min<std::size_t>((bytes >> PartBytesLog) + 1, MaxParts);
 }

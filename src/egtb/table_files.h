@@ -42,16 +42,21 @@ struct TableSide {
 using TableSides = std::array<std::unique_ptr<TableSide>, 2>;
 extern std::array<TableSides, TableCount> tableSides;  ///< by id
 
+/// The state of one side (0 or 1) of a table; null if that side has no files.
+[[nodiscard]] inline std::unique_ptr<TableSide>& tableSide(int id, unsigned side) {
+    return tableSides[static_cast<std::size_t>(id)][side];
+}
+
 /// Memory for decoding one block; null until a compressed file is registered.
 extern std::unique_ptr<DecodeScratch> decodeScratch;
 
 /// Index in `tableSides` that serves a side to move.
-[[nodiscard]] inline int fileSide(const TablebaseDescriptor& table, int side) {
+[[nodiscard]] inline unsigned fileSide(const TablebaseDescriptor& table, unsigned side) {
     return (table.flags & SameForBoth) != 0 ? 0 : side;
 }
 
 /// Number of files of one side of the table.
-[[nodiscard]] std::size_t partCount(const TablebaseDescriptor& table, int side);
+[[nodiscard]] std::size_t partCount(const TablebaseDescriptor& table, unsigned side);
 
 /// Opens a file for reading, unbuffered. Null if that fails.
 [[nodiscard]] TableFile openTableFile(const std::string& path);

@@ -117,17 +117,16 @@ std::uint64_t enPassantIndex(const IndexPlan& plan, SquareWord men) {
 
 }  // namespace
 
-std::uint64_t tableIndex(int id, int side, const PieceList& first, const PieceList& second, int ep,
-                         int invert) {
+std::uint64_t tableIndex(int id, unsigned side, const PieceList& first, const PieceList& second,
+                         int ep, int invert) {
     const IndexPlan& plan = indexPlan(id, side);
     const PieceList& mover = side == 0 ? first : second;
     const PieceList& other = side == 0 ? second : first;
     SquareWord men =
         squareAtByte(other[KingSlot], OtherKingByte) | squareAtByte(mover[KingSlot], MoverKingByte);
-    for (std::size_t i = 0; i < plan.menCount; ++i) {
+    for (unsigned i = 0; i < plan.menCount; ++i) {
         const IndexPlan::Slot& man = plan.men[i];
-        men |= squareAtByte((man.isMovers ? mover : other)[man.slot],
-                            FirstManByte + static_cast<unsigned>(i));
+        men |= squareAtByte((man.isMovers ? mover : other)[man.slot], FirstManByte + i);
     }
     assert((men & 0xC0 * EveryByte) == 0);
     const bool capture = plan.hasEnPassant && ep != NoEnPassant;
@@ -137,7 +136,7 @@ std::uint64_t tableIndex(int id, int side, const PieceList& first, const PieceLi
     return capture ? enPassantIndex(plan, men) : sectionIndex(plan.plain, men);
 }
 
-std::uint64_t tableIndexCount(int id, int side) {
+std::uint64_t tableIndexCount(int id, unsigned side) {
     const IndexPlan& plan = indexPlan(id, side);
     return plan.plain.count + plan.enPassant.count * EnPassantCases;
 }

@@ -21,12 +21,12 @@ inline constexpr std::uint64_t NoIndex = ~std::uint64_t{0};
 /// the position has no entry: a man on a square where it may not be, or an en passant square
 /// without a pawn that could capture there. Not every illegal position is detected: with two men on
 /// one square, or on the squares that a capture requires to be empty, the index is meaningless.
-[[nodiscard]] std::uint64_t tableIndex(int id, int side, const PieceList& first,
+[[nodiscard]] std::uint64_t tableIndex(int id, unsigned side, const PieceList& first,
                                        const PieceList& second, int ep, int invert);
 
 /// Number of indices, including the en passant section. A file may be shorter, since it ends with
 /// its last legal position.
-[[nodiscard]] std::uint64_t tableIndexCount(int id, int side);
+[[nodiscard]] std::uint64_t tableIndexCount(int id, unsigned side);
 
 /// A position of a table, with the first side as White.
 struct TablePosition {
@@ -37,7 +37,8 @@ struct TablePosition {
 
 /// The inverse of tableIndex() with `invert` 0, for `index` below tableIndexCount(). The position
 /// may be illegal, with the side not to move in check. False if no position belongs to the index.
-[[nodiscard]] bool tablePosition(int id, int side, std::uint64_t index, TablePosition& position);
+[[nodiscard]] bool tablePosition(int id, unsigned side, std::uint64_t index,
+                                 TablePosition& position);
 
 /// Largest single allocation of the numbering's tables.
 inline constexpr std::size_t LargestIndexArrayBytes = 1807 * sizeof(std::uint32_t);

@@ -107,7 +107,7 @@ bool placeMen(const IndexPlan& plan, std::uint64_t index, Placement& placement) 
 
 }  // namespace
 
-bool tablePosition(int id, int side, std::uint64_t index, TablePosition& position) {
+bool tablePosition(int id, unsigned side, std::uint64_t index, TablePosition& position) {
     const IndexPlan& plan = indexPlan(id, side);
     assert(index < tableIndexCount(id, side));
     Placement placement;
@@ -118,9 +118,9 @@ bool tablePosition(int id, int side, std::uint64_t index, TablePosition& positio
     PieceList& other = side == 0 ? position.second : position.first;
     mover[KingSlot] = squareIn(men, MoverKingByte);
     other[KingSlot] = squareIn(men, OtherKingByte);
-    for (std::size_t i = 0; i < plan.menCount; ++i) {
+    for (unsigned i = 0; i < plan.menCount; ++i) {
         const auto [isMovers, slot] = plan.men[i];
-        (isMovers ? mover : other)[slot] = squareIn(men, FirstManByte + static_cast<unsigned>(i));
+        (isMovers ? mover : other)[slot] = squareIn(men, FirstManByte + i);
     }
     position.ep = NoEnPassant;
     if (index < plan.plain.count) return true;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <numeric>
+#include <span>
 
 #include "egtb/block_cache.h"
 #include "egtb/material_lookup.h"
@@ -14,10 +15,13 @@ namespace brivok {
 namespace {
 
 PieceCounts countMen(const Board& board) {
+    const auto countOf = [&board](Kind kind, Side side) {
+        return static_cast<std::uint8_t>(popCount(board.pieces[pieceOf(kind, side)]));
+    };
     PieceCounts counts{};
     for (std::size_t i = 0; i < CountedKinds; ++i) {
-        counts[i] = popCount(board.pieces[pieceOf(TableKinds[i], White)]);
-        counts[CountedKinds + i] = popCount(board.pieces[pieceOf(TableKinds[i], Black)]);
+        counts[i] = countOf(TableKinds[i], White);
+        counts[CountedKinds + i] = countOf(TableKinds[i], Black);
     }
     return counts;
 }
@@ -35,13 +39,12 @@ PieceList listMen(const Board& board, Side side) {
     return list;
 }
 
-bool hasFile(const TablebaseDescriptor& table, int side) {
-    const int s = fileSide(table, side);
-    const TableSide* const files =
-        tableSides[static_cast<unsigned>(table.id)][static_cast<unsigned>(s)].get();
+bool hasFile(const TablebaseDescriptor& table, unsigned side) {
+    const unsigned s = fileSide(table, side);
+    const TableSide* const files = tableSide(table.id, s).get();
     if (files == nullptr) return false;
-    const auto end = files->parts.begin() + static_cast<std::ptrdiff_t>(partCount(table, s));
-    return std::any_of(files->parts.begin(), end,
+    const auto parts = std::span(files->parts).first(partCount(table, s));
+    return std::any_of(parts.begin(), parts.end(),
                        [](const TablePart& part) { return !part.fileName.empty(); });
 }
 
@@ -51,7 +54,7 @@ constexpr std::array<std::uint64_t, 7> FaultyKppkp = {56802428, 56811076, 568499
                                                       59592489, 67775659, 71071628};
 constexpr std::int32_t FaultyKppkpValue = -32639;
 
-bool isFaulty(int tableId, int side, std::uint64_t index) {
+bool isFaulty(int tableId, unsigned side, std::uint64_t index) {
     return tableId == KppkpId && side == 1 &&
            std::find(FaultyKppkp.begin(), FaultyKppkp.end(), index) != FaultyKppkp.end();
 }
@@ -94,8 +97,8 @@ bool TablebaseProbe(const Board& board, std::int32_t ply, std::int32_t& score) {
     const bool whiteFirstSide = id > 0;
     if (!whiteFirstSide) id = -id;
     const Side firstSide = whiteFirstSide ? White : Black;
-    const int side = board.sideToMove == firstSide ? 0 : 1;
-    if (!hasFile(tablebaseDescriptors[static_cast<unsigned>(id)], side)) return false;
+    const unsigned side = board.sideToMove == firstSide ? 0 : 1;
+    if (!hasFile(descriptorOf(id), side)) return false;
 
     // The index
     const int ep =
@@ -111,13 +114,13 @@ bool TablebaseProbe(const Board& board, std::int32_t ply, std::int32_t& score) {
     return true;
 }
 
-std::int32_t ProbeTableValue(int tableId, int side, std::uint64_t index) {
-    const TablebaseDescriptor& table = tablebaseDescriptors[static_cast<unsigned>(tableId)];
+std::int32_t ProbeTableValue(int tableId, unsigned side, std::uint64_t index) {
+    const TablebaseDescriptor& table = descriptorOf(tableId);
     // NoIndex exceeds every size. There are no entries after the last legal position.
-    if (index >= table.size[static_cast<unsigned>(side)]) return NoValue;
+    if (index >= table.size[side]) return NoValue;
     if (isFaulty(tableId, side, index)) return FaultyKppkpValue;
 
-    const int s = fileSide(table, side);
+    const unsigned s = fileSide(table, side);
     const bool wide = (table.flags & TwoByte) != 0;
     const std::uint64_t at = wide ? index * 2 : index;
     const auto chunk = static_cast<std::uint32_t>(at / ChunkBytes);

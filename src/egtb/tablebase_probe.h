@@ -27,6 +27,6 @@ inline TablebaseState tablebases;
 
 /// The value at an index of a table, on the wide scale: 0 is a draw, 32767 - n mate in n moves with
 /// n >= 1, -32766 + n being mated in n moves with n >= 0; NoValue if there is none.
-[[nodiscard]] std::int32_t ProbeTableValue(int tableId, int side, std::uint64_t index);
+[[nodiscard]] std::int32_t ProbeTableValue(int tableId, unsigned side, std::uint64_t index);
 
 }  // namespace brivok
