@@ -15,12 +15,12 @@ Measurement measureSearch(const TestPosition& position, int depth) {
 }
 
 /// Perft counts to this depth fit in 32 bits: no position has more than 218 moves.
-constexpr int PliesInCount = 4;
+constexpr std::size_t PliesInCount = 4;
 
 /// Leaves of the move tree from the position on the board.
-std::uint64_t perftLeaves(int depth) {
+std::uint64_t perftLeaves(std::size_t depth) {
     if (depth <= PliesInCount) {
-        return countPerft(theBoard, depth)[static_cast<std::size_t>(depth)];
+        return countPerft(theBoard, depth)[depth];
     }
     std::uint64_t leaves = 0;
     forEachLegalMove(theBoard, [&](Move) { leaves += perftLeaves(depth - 1); });
@@ -49,7 +49,10 @@ Run runPerft(std::span<const TestPosition> positions, int depth) {
     for (const TestPosition& position : positions) {
         settings.variant = position.variant;
         setUpPosition(theBoard, position.fen);
-        run.positions.push_back({position, measure([depth] { return perftLeaves(depth); }), {}});
+        run.positions.push_back(
+            {position,
+             measure([depth] { return perftLeaves(static_cast<std::size_t>(depth)); }),
+             {}});
     }
     return run;
 }

@@ -49,7 +49,7 @@ TEST_P(PerftFile, CountsMatch) {
         for (const auto& [d, nodes] : counts.nodes) depth = nodes <= limit ? d : depth;
         setPosition(counts.fen, variant);
         const std::string before = snapshot(board);
-        const PerftNodes nodes = countPerft(board, static_cast<int>(depth));
+        const PerftNodes nodes = countPerft(board, depth);
         for (const auto& [d, expected] : counts.nodes) {
             if (d > depth) break;
             EXPECT_EQ(nodes.at(d), expected) << "depth " << d << ": " << line;
@@ -84,7 +84,7 @@ TEST_F(Perft, SmallCases) {
     };
     for (const auto& [fen, variant, depth, nodes] : cases) {
         setPosition(fen, variant);
-        EXPECT_EQ(countPerft(board, static_cast<int>(depth))[depth], nodes) << fen;
+        EXPECT_EQ(countPerft(board, depth)[depth], nodes) << fen;
     }
 }
 

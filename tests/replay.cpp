@@ -231,7 +231,7 @@ Json replayPosition(const Json& record) {
         board.unmakeNullMove();
     }
     const std::size_t depth = record.at("perft").size();
-    const PerftNodes nodes = countPerft(board, static_cast<int>(depth));
+    const PerftNodes nodes = countPerft(board, depth);
     anew["perft"] = std::span(nodes).subspan(1, depth);
     position.check();
     return anew;

@@ -8,14 +8,14 @@ namespace brivok {
 
 namespace {
 
-void perftLevel(Board& board, int level, int depth, PerftNodes& perftNodes) {
+void perftLevel(Board& board, std::size_t level, std::size_t depth, PerftNodes& perftNodes) {
     MoveList list;
     const bool wasInCheck = generateForPosition(board, list);
     const int count = board.moveCount;
     for (int i = 0; i < count; ++i) {
         board.makeMove(list[i]);
         if (wasInCheck || !board.moverInCheck()) {
-            ++perftNodes[static_cast<unsigned>(level)];
+            ++perftNodes[level];
             if (level < depth) perftLevel(board, level + 1, depth, perftNodes);
         }
         board.unmakeMove();
@@ -24,7 +24,7 @@ void perftLevel(Board& board, int level, int depth, PerftNodes& perftNodes) {
 
 }  // namespace
 
-PerftNodes countPerft(Board& board, int depth) {
+PerftNodes countPerft(Board& board, std::size_t depth) {
     PerftNodes perftNodes{};
     perftLevel(board, 1, std::min(depth, MaxPerftDepth), perftNodes);
     return perftNodes;

@@ -1,13 +1,14 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "board/board.h"
 
 namespace brivok {
 
-inline constexpr int MaxPerftDepth = 15;  ///< plies
+inline constexpr std::size_t MaxPerftDepth = 15;  ///< plies
 
 /// Legal positions by distance from the root; entry 0 is unused.
 using PerftNodes = std::array<std::uint32_t, MaxPerftDepth + 1>;
@@ -15,6 +16,6 @@ using PerftNodes = std::array<std::uint32_t, MaxPerftDepth + 1>;
 /// Counts the legal move tree to `depth` plies (at most MaxPerftDepth) as the search walks it:
 /// evasions in check, else pseudo-legal moves tested after making them. No hashing and no bulk
 /// counting: every leaf is made and unmade.
-[[nodiscard]] PerftNodes countPerft(Board& board, int depth);
+[[nodiscard]] PerftNodes countPerft(Board& board, std::size_t depth);
 
 }  // namespace brivok

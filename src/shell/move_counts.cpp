@@ -13,21 +13,21 @@
 
 namespace brivok {
 
-void perft(Application& app, Board& board, int depth) {
-    depth = std::clamp(depth, 0, MaxPerftDepth);
+void perft(Application& app, Board& board, std::size_t depth) {
+    depth = std::min(depth, MaxPerftDepth);
     const std::uint64_t start = platform().milliseconds() / 10;
     const PerftNodes perftNodes = countPerft(board, depth);
     const std::uint64_t spent = platform().milliseconds() / 10 - start;
 
     Print(app, "\n");
-    Print(app, "Results for perft %d\n", depth);
+    Print(app, "Results for perft %zu\n", depth);
     Print(app, "Depth Nodes          Total nodes\n");
     long total = 0;
     for (unsigned d = 1; d < perftNodes.size() && perftNodes[d] != 0; ++d) {
         total += perftNodes[d];
         Print(app, " %3u  %-13u  %ld\n", d, perftNodes[d], total);
     }
-    Print(app, "telluser Nodes: %u - Time: %f\n", perftNodes[static_cast<unsigned>(depth)],
+    Print(app, "telluser Nodes: %u - Time: %f\n", perftNodes[depth],
           static_cast<double>(spent) * 0.01);
 }
 

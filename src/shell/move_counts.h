@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include "board/board.h"
 #include "shell/base/application.h"
 
@@ -7,7 +9,7 @@ namespace brivok {
 
 /// Counts the legal move tree to `depth` plies and prints one line per depth, up to the first empty
 /// depth.
-void perft(Application& app, Board& board, int depth);
+void perft(Application& app, Board& board, std::size_t depth);
 
 /// Prints the legal moves, each followed by a blank, and a newline, straight to standard output.
 void listLegalMoves(Board& board);

@@ -217,7 +217,7 @@ void WinBoardHandler::forceAndStop() {
 void WinBoardHandler::protover(const Line& line) {
     const std::string* version = line.word(1);
     if (version == nullptr) return;
-    protocolVersion = static_cast<int>(numberUpTo(*version, MostMoves));
+    protocolVersion = numberUpTo(*version, MostMoves);
     if (protocolVersion != 2) return;
     Print(app,
           "feature ping=1 setboard=1 usermove=1 draw=0 ics=1 name=1 sigint=0 sigterm=0 "
@@ -296,7 +296,7 @@ void WinBoardHandler::takeBack(int moves) {
 
 void WinBoardHandler::countMoves(const Line& line) {
     const std::string* depth = line.word(1);
-    if (depth != nullptr) perft(app, theBoard, static_cast<int>(numberUpTo(*depth, MaxPerftDepth)));
+    if (depth != nullptr) perft(app, theBoard, numberUpTo(*depth, MaxPerftDepth));
 }
 
 void WinBoardHandler::unknown(const Line& line) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -82,7 +83,7 @@ private:
     static const Command IdleCommands[];
 
     WinBoardListener listener{app};
-    int protocolVersion = 1;  ///< from the last "protover"; stored but unused
+    std::uint32_t protocolVersion = 1;  ///< from the last "protover"; stored but unused
     Side engineSide = Black;
     int resignCounter = 0;   ///< moves with a hopeless score since "new"
     bool forceMode = false;  ///< the engine makes no moves
