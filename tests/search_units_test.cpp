@@ -124,13 +124,13 @@ TEST_F(TableTest, BestMoveIsTestedOnTheBoard) {
 }
 
 TEST_F(TableTest, Fill) {
-    EXPECT_EQ(table.fillPermille(), 0);
+    EXPECT_EQ(table.fillPermille(), 0U);
     for (std::uint64_t key = 0; key < table.size() / 2; ++key) store(key | Key << 32U, 32);
-    EXPECT_EQ(table.fillPermille(), 249);
+    EXPECT_EQ(table.fillPermille(), 249U);
     for (std::uint64_t key = 0; key < table.size() / 2; ++key) store(key | Key << 33U, 16);
-    EXPECT_EQ(table.fillPermille(), 499);
+    EXPECT_EQ(table.fillPermille(), 499U);
     table.nextGeneration();
-    EXPECT_EQ(table.fillPermille(), 249) << "slots without age stay counted";
+    EXPECT_EQ(table.fillPermille(), 249U) << "slots without age stay counted";
 }
 
 TEST_F(EngineTest, RecordTables) {

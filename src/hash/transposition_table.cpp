@@ -22,14 +22,14 @@ constexpr int NullHintDepth = 48;
 /// depth in 1/16 ply (10), score (16, signed).
 constexpr std::uint32_t packInfo(Bound bound, bool mateThreat, std::uint32_t generation, int depth,
                                  int score) {
-    return bound | static_cast<std::uint32_t>(mateThreat) << 2U | generation << 3U |
+    return bound | std::uint32_t{mateThreat} << 2U | generation << 3U |
            (static_cast<std::uint32_t>(depth) & 1023U) << 6U |
            static_cast<std::uint32_t>(score) << 16U;
 }
 constexpr Bound boundOf(std::uint32_t info) { return static_cast<Bound>(info & 3U); }
 constexpr bool mateThreatOf(std::uint32_t info) { return (info & 4U) != 0; }
 constexpr std::uint32_t generationOf(std::uint32_t info) { return info >> 3U & 7U; }
-constexpr int depthOf(std::uint32_t info) { return static_cast<int>(info >> 6U & 1023U); }
+constexpr int depthOf(std::uint32_t info) { return info >> 6U & 1023U; }
 constexpr int scoreOf(std::uint32_t info) { return static_cast<std::int16_t>(info >> 16U); }
 
 }  // namespace
@@ -123,13 +123,13 @@ Move TranspositionTable::bestMove(const Board& board) const {
     return move != NoMove && board.isMoveValid(move) ? move : NoMove;
 }
 
-int TranspositionTable::fillPermille() const {
-    const double slots = static_cast<double>(bucketCount) + 1.0;
+unsigned TranspositionTable::fillPermille() const {
+    const double slots = bucketCount + 1.0;
     const auto permille = [slots](std::uint32_t used) {
-        return static_cast<int>(static_cast<double>(used) * 1000.0 / slots);
+        return static_cast<unsigned>(used * 1000.0 / slots);
     };
-    return static_cast<int>((permille(alwaysSlotsUsed) + permille(slotsOfGeneration[generation])) *
-                            0.5);
+    return static_cast<unsigned>(
+        (permille(alwaysSlotsUsed) + permille(slotsOfGeneration[generation])) * 0.5);
 }
 
 }  // namespace brivok

@@ -56,7 +56,7 @@ public:
     void nextGeneration();
 
     /// Share of slots filled by the current search, in thousandths.
-    [[nodiscard]] int fillPermille() const;
+    [[nodiscard]] unsigned fillPermille() const;
 
     [[nodiscard]] std::uint32_t size() const { return bucketCount; }
 
@@ -71,11 +71,9 @@ private:
     };
     static_assert(sizeof(Bucket) == 32);
 
-    [[nodiscard]] Bucket& bucketOf(std::uint64_t key) {
-        return buckets[static_cast<std::uint32_t>(key) & (bucketCount - 1)];
-    }
+    [[nodiscard]] Bucket& bucketOf(std::uint64_t key) { return buckets[key & (bucketCount - 1)]; }
     [[nodiscard]] const Bucket& bucketOf(std::uint64_t key) const {
-        return buckets[static_cast<std::uint32_t>(key) & (bucketCount - 1)];
+        return buckets[key & (bucketCount - 1)];
     }
 
     ZeroedArray<Bucket> buckets;

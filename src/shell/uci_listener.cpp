@@ -26,9 +26,7 @@ unsigned nodesPerSecond(const SearchProgress& progress) {
     return static_cast<unsigned>(std::min(rate, double{UINT32_MAX}));
 }
 
-unsigned hashfull(const SearchProgress& progress) {
-    return static_cast<unsigned>(progress.table.fillPermille());
-}
+unsigned hashfull(const SearchProgress& progress) { return progress.table.fillPermille(); }
 
 std::string scoreText(int score) {
     if (score > MateBound) return "mate " + std::to_string((MateScore + 1 - score) / 2) + " ";
