@@ -36,7 +36,7 @@ void Searcher::scoreMoves(Frame& frame, Move hashMove, int searchPly) {
         if (m == hashMove) {
             order += OrderPvMove;
         } else if (byRootNodes) {
-            order += static_cast<int>(rootMoveNodes[static_cast<unsigned>(i)] / 100);
+            order += static_cast<int>(rootMoveNodes[i] / 100);
         } else {
             order += b.history[b.squares[moveFrom(m)]][moveTo(m)];
             if (m == killer1) {

@@ -86,7 +86,7 @@ int Searcher::searchRoot(int alpha, int beta, int depth) {
             if (score >= beta) return score;
             tellIteration(score, SearchEvent::NewBest);
         }
-        rootMoveNodes[static_cast<unsigned>(i)] = stats.nodes - nodesBefore;
+        rootMoveNodes[i] = stats.nodes - nodesBefore;
     }
 
     // 4. The end of the game

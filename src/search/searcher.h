@@ -240,7 +240,7 @@ private:
     // --- State of the current search --------------------------------------------------------
 
     Frame root{};  ///< pseudo-legal root moves; never reordered, only the ordering scores change
-    std::array<std::uint32_t, MaxMoves> rootMoveNodes{};  ///< by position in the root list
+    std::uint32_t rootMoveNodes[MaxMoves]{};  ///< by position in the root list
     int legalRootMoveCount = 0;
     int rootMovesTotal = 0;
     int rootMovesLeft = 0;

@@ -224,7 +224,7 @@ void Searcher::beginSearch() {
     for (auto& row : b.history) std::fill(std::begin(row), std::end(row), 0);
     std::fill(std::begin(b.killer1), std::end(b.killer1), NoMove);
     std::fill(std::begin(b.killer2), std::end(b.killer2), NoMove);
-    rootMoveNodes.fill(0);
+    std::fill(std::begin(rootMoveNodes), std::end(rootMoveNodes), 0U);
     iterationScore = 0;
 }
 
