@@ -21,10 +21,11 @@ void formatTo(const char* format, std::va_list values, Sink sink) {
     std::va_list again;
     va_copy(again, values);
     const int needed = std::vsnprintf(room.data(), room.size(), format, values);
-    if (needed >= 0 && static_cast<std::size_t>(needed) < room.size()) {
-        sink(std::string_view(room.data(), static_cast<std::size_t>(needed)));
+    const auto length = static_cast<std::size_t>(needed);
+    if (needed >= 0 && length < room.size()) {
+        sink(std::string_view(room.data(), length));
     } else if (needed > 0) {
-        std::string text(static_cast<std::size_t>(needed) + 1, '\0');
+        std::string text(length + 1, '\0');
         std::vsnprintf(text.data(), text.size(), format, again);
         text.pop_back();
         sink(text);
