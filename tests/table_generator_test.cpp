@@ -153,7 +153,10 @@ TEST_F(TableGeneratorTest, TablesAgreeWithTheirSuccessors) {
     for (const int id : tablesToMake({"3men", "krrk"})) {
         TableBytes bytes = makeTable(id, store, 2, [](const std::string&) {});
         store.put(id, std::move(bytes));
-        EXPECT_EQ(contradiction(id, store, 2).value_or(""), "");
+        const bool isSmall = store.table(id)[0].size() < 100'000;
+        if (isSmall || !SlowBuild) {
+            EXPECT_EQ(contradiction(id, store, 2).value_or(""), "");
+        }
         EXPECT_EQ(contradictionInSample(id, store, 500).value_or(""), "");
     }
     const int krk = tableOf(materialOf("krk")).id;
