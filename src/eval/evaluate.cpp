@@ -45,18 +45,11 @@ template <Side S>
 
 }  // namespace
 
-int Evaluate(const Board& board, Evaluation& with, int alpha, int beta) {
+int EvaluateAnew(const Board& board, Evaluation& with, EvalHashRecord& record, int alpha,
+                 int beta) {
     SearchStats& stats = with.stats;
 
-    // 1. Evaluation hash
-    ++stats.evalHashProbes;
-    EvalHashRecord& record = with.evalHash.Find(board.hashKey);
-    if (record.key == board.hashKey) {
-        ++stats.evalHashHits;
-        return record.score;
-    }
-
-    // 2. Material, development, pawns and cheap patterns. From here on, scores are from White's
+    // 1. Material, development, pawns and cheap patterns. From here on, scores are from White's
     // view.
     const int materialBalance = board.material[White] - board.material[Black];
     int score = materialBalance + MaterialImbalance(board);
@@ -65,7 +58,7 @@ int Evaluate(const Board& board, Evaluation& with, int alpha, int beta) {
     score += pawns.score;
     score += Patterns<White>(board) - Patterns<Black>(board);
 
-    // 3. Lazy exit, if the score is far enough outside the window. Such a score is not stored.
+    // 2. Lazy exit, if the score is far enough outside the window. Such a score is not stored.
     int& lazyMargin = with.lazyMargin;
     if (with.settings.lazyEvalEnabled) {
         const int partial = FromSideToMove(board, score);
@@ -80,12 +73,12 @@ int Evaluate(const Board& board, Evaluation& with, int alpha, int beta) {
     }
     ++stats.evalFull;
 
-    // 4. Pieces and kings
+    // 3. Pieces and kings
     const bool endgame = IsEndgame(board);
     score += PiecesAndKing<White>(board, pawns, endgame);
     score -= PiecesAndKing<Black>(board, pawns, endgame);
 
-    // 5. Update the margin and store the score, truncated to 16 bits.
+    // 4. Update the margin and store the score, truncated to 16 bits.
     lazyMargin = std::max(lazyMargin, std::abs(materialBalance - score));
     const int result = FromSideToMove(board, score);
     ++stats.evalHashStores;

@@ -50,4 +50,20 @@ void Searcher::scoreMoves(Frame& frame, Move hashMove, int searchPly) {
     }
 }
 
+Move Searcher::pickMove(Frame& frame, int& index) {
+    constexpr int Picked = -1'000'000;  // overwrites the score of a picked move
+    int best = Picked;
+    int bestAt = -1;
+    for (int i = 0; i < frame.count; ++i) {
+        if (frame.orderScores[i] > best) {
+            best = frame.orderScores[i];
+            bestAt = i;
+        }
+    }
+    if (bestAt < 0) return NoMove;
+    frame.orderScores[bestAt] = Picked;
+    index = bestAt;
+    return frame.moves[bestAt];
+}
+
 }  // namespace brivok

@@ -197,21 +197,7 @@ private:
     void scoreMoves(Frame& frame, Move hashMove, int searchPly);
     /// The unpicked move with the highest ordering score, the first among equals; NoMove if none is
     /// left. Sets `index` to its place in the list.
-    static Move pickMove(Frame& frame, int& index) {
-        constexpr int Picked = -1'000'000;  // overwrites the score of a picked move
-        int best = Picked;
-        int bestAt = -1;
-        for (int i = 0; i < frame.count; ++i) {
-            if (frame.orderScores[i] > best) {
-                best = frame.orderScores[i];
-                bestAt = i;
-            }
-        }
-        if (bestAt < 0) return NoMove;
-        frame.orderScores[bestAt] = Picked;
-        index = bestAt;
-        return frame.moves[bestAt];
-    }
+    static Move pickMove(Frame& frame, int& index);
 
     // --- search_clock.cpp -------------------------------------------------------------------
 
