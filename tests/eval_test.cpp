@@ -74,9 +74,10 @@ protected:
             const std::string fen =
                 placement.find(' ') == std::string::npos ? placement + " w - -" : placement;
             pawnsOf(fen);
-            EXPECT_EQ((term.template operator()<White>(board, record)), expected) << fen;
+            EXPECT_EQ((term.template operator()<White>(board, record)), expected) << placement;
             pawnsOf(mirrored(fen));
-            EXPECT_EQ((term.template operator()<Black>(board, record)), expected) << mirrored(fen);
+            EXPECT_EQ((term.template operator()<Black>(board, record)), expected)
+                << "for Black in the mirror of " << placement;
         }
     }
 
