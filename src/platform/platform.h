@@ -26,9 +26,10 @@ enum class MadeDirectory { Success, Exists, Failure };
 /// the system, implements this and nothing else.
 class Platform {
 public:
-    /// False for a pipe or a file.
+    /// Whether standard input is a terminal, not a pipe or a file.
     [[nodiscard]] virtual bool inputIsTerminal() = 0;
 
+    /// The same for standard error.
     [[nodiscard]] virtual bool errorIsTerminal() = 0;
 
     /// Whether a read of standard input would not block: there are bytes, or the other end is
@@ -39,12 +40,14 @@ public:
     /// unless the input has been made non-blocking.
     [[nodiscard]] virtual Transfer readInput(char* buffer, std::size_t capacity) = 0;
 
+    /// Blocks until inputReady().
     virtual void waitForInput() = 0;
 
     /// Writes one or more of the first bytes of a non-empty text to standard output in one attempt,
     /// unbuffered. Blocks until there is room, unless the output has been made non-blocking.
     [[nodiscard]] virtual Transfer writeOutput(std::string_view text) = 0;
 
+    /// Blocks until there is room for output, or nobody reads it any more.
     virtual void waitForOutput() = 0;
 
     /// From now on, writing output that nobody reads does not end the process.

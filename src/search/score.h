@@ -5,7 +5,7 @@
 namespace brivok {
 
 /// Scores are in centipawns from the side to move. Being mated at search ply p scores p -
-/// MateScore; scores beyond MateBound are mates.
+/// MateScore; scores beyond MateBound (hash/transposition_table.h) are mates.
 inline constexpr int DrawScore = 0;
 inline constexpr int MateScore = 32767;  ///< of a mate at ply 0
 

@@ -15,7 +15,7 @@ inline constexpr int NoFixedDepth = 40;
 
 /// What a caller wants from one search of the position on the board.
 struct SearchRequest {
-    SearchMode mode = SearchMode::Thinking;  ///< Idle: as Thinking, for the test drivers
+    SearchMode mode = SearchMode::Thinking;  ///< Idle searches like Thinking
     /// Last iteration; any value but NoFixedDepth disables the clock.
     int maxIteration = NoFixedDepth;
     std::uint32_t nodeLimit = 0;  ///< stop after this many nodes; 0 for no limit

@@ -48,7 +48,7 @@ struct SearchParts {
 
 /// The search: iterative deepening with aspiration windows over a principal variation search
 /// (Marsland and Campbell, 1982) with null move, and a quiescence search of captures. It has one
-/// thread and reaches the outside only by polling.
+/// thread and talks to the outside only through its listener.
 class Searcher final : public NewGameListener {
 public:
     /// The parts must outlive the searcher.

@@ -5,7 +5,7 @@
 namespace brivok {
 
 /// Shows a search to a person, or to an interface that displays output as is, in thinking lines
-/// while posting is on. The Extra console uses this listener.
+/// while posting is on. Console mode uses this listener.
 class ConsoleListener : public ProtocolListener {
 public:
     using ProtocolListener::ProtocolListener;

@@ -11,7 +11,8 @@
 
 namespace brivok {
 
-/// The console in which every run starts: silent until the first line of an interface replaces it.
+/// Console mode, in which every run starts: silent until the first line of an interface replaces
+/// it. The log calls it "Extra".
 class ExtraHandler final : public ProtocolHandler {
 public:
     /// Allocates the tables by the settings.

@@ -23,7 +23,7 @@ struct Option {
 
 /// How a setting is shown and set, including the refresh of what depends on it. The file and an
 /// interface have separate rules: the file's values are trusted, an option's are checked against
-/// its range. Invalid values change nothing.
+/// its range. A value out of range leaves the setting as it is.
 struct Rule {
     /// The current value, as an option shows it.
     std::string (*show)() = nullptr;

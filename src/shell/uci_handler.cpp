@@ -193,6 +193,7 @@ void UciHandler::stop() {
 
 void UciHandler::ponderHit() {
     if (theSearcher.searchMode != SearchMode::Pondering) return;
+    // Not takePonderHit(): the clocks came with "go", and the budget is set already.
     theSearcher.searchMode = SearchMode::Thinking;
     LogOnly(app, "Search mode switched to normal\n");
 }

@@ -50,6 +50,7 @@ void printUciInfo(Application& app, const SearchProgress& progress, int score, S
         line = moveToCoordinate(progress.board.pvTable[1][1]);
         scoreField += event == SearchEvent::FailedHigh ? "lowerbound " : "upperbound ";
     }
+    // The line has hashfull twice; both are the same.
     Print(app,
           "info depth %d seldepth %d time %u hashfull %u score %snodes %u nps %u hashfull %u %spv "
           "%s\n",
