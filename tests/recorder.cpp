@@ -1,5 +1,5 @@
-// Takes the answers on record anew: all files of RecordFiles, and the number of the signature. Run
-// by tests/record.
+// Renews the recorded answers in all files of RecordFiles, and the number of the signature. Run by
+// tests/record.
 
 #include <cstdint>
 #include <cstdio>

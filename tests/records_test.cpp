@@ -1,4 +1,4 @@
-// The answers on record in tests/data against those of the engine; tests/record takes them anew.
+// Compares the answers recorded in tests/data with the engine's; tests/record renews them.
 
 #include <algorithm>
 #include <cctype>

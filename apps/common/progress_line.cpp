@@ -8,7 +8,7 @@ namespace brivok {
 
 namespace {
 
-constexpr std::uint64_t Moment = 250;  // milliseconds
+constexpr std::uint64_t UpdateInterval = 250;  // milliseconds
 
 }  // namespace
 
@@ -16,7 +16,7 @@ ProgressLine::ProgressLine()
     : active(platform().errorIsTerminal()), lastShown(platform().milliseconds()) {}
 
 bool ProgressLine::isDue() const {
-    return active && platform().milliseconds() - lastShown >= Moment;
+    return active && platform().milliseconds() - lastShown >= UpdateInterval;
 }
 
 void ProgressLine::show(const std::string& text) {
