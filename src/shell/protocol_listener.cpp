@@ -13,13 +13,15 @@ void ProtocolListener::onBudget(const TimeControl& clock) {
     Print(app, "## (Think) Left time: %d Thinking time: %d\n", clock.ownTime, clock.allocated);
 }
 
+void ProtocolListener::onStatistics(const SearchStats& stats) { printStatistics(app, stats); }
+
 void ProtocolListener::onNote(std::string_view line) {
     LogOnly(app, "%s", std::string(line).c_str());
 }
 
 bool ProtocolListener::pollInput() { return PollInput(app) != Input::Ended; }
 
-void ProtocolListener::onStatistics(const SearchStats& s) {
+void printStatistics(Application& app, const SearchStats& s) {
     // Each divisor is one larger than its counter, so that nothing is divided by zero.
     const auto percent = [](std::uint32_t part, std::uint32_t whole) {
         return static_cast<double>(static_cast<float>(part) * 100.0F /

@@ -21,4 +21,7 @@ protected:
     Application& app;
 };
 
+/// Logs the counters of a search.
+void printStatistics(Application& app, const SearchStats& stats);
+
 }  // namespace brivok
