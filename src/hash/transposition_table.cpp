@@ -29,7 +29,7 @@ constexpr std::uint32_t packInfo(Bound bound, bool mateThreat, std::uint32_t gen
 constexpr Bound boundOf(std::uint32_t info) { return static_cast<Bound>(info & 3U); }
 constexpr bool mateThreatOf(std::uint32_t info) { return (info & 4U) != 0; }
 constexpr std::uint32_t generationOf(std::uint32_t info) { return info >> 3U & 7U; }
-constexpr int depthOf(std::uint32_t info) { return info >> 6U & 1023U; }
+constexpr int depthOf(std::uint32_t info) { return static_cast<int>(info >> 6U & 1023U); }
 constexpr int scoreOf(std::uint32_t info) { return static_cast<std::int16_t>(info >> 16U); }
 
 }  // namespace
