@@ -57,7 +57,7 @@ private:
     [[nodiscard]] std::uint32_t slotOf(std::uint64_t key) const {
         __extension__ using Wide = unsigned __int128;
         const std::uint64_t fraction = reciprocal * static_cast<std::uint32_t>(key);
-        return static_cast<std::uint32_t>((Wide{fraction} * (count - 1)) >> 64U);
+        return static_cast<std::uint32_t>((static_cast<Wide>(fraction) * (count - 1)) >> 64U);
     }
 
     ZeroedArray<Record> records;
