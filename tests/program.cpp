@@ -5,6 +5,7 @@
 #include "fresh_engine.h"
 #include "shell/base/application.h"
 #include "shell/extra_handler.h"
+#include "shell/modern/modern_protocols.h"
 #include "shell/protocols.h"
 
 namespace brivok {
@@ -35,7 +36,7 @@ void Program::run() {
     Application& app = *theApplication;
     try {
         if (app.handler == nullptr) app.handler = std::make_unique<ExtraHandler>(app);
-        RunProtocols(app);
+        RunProtocols(app, handlersWanted());
     } catch (const ScriptDone&) {
     } catch (const ProcessEnded& end) {
         exitCode = end.code;

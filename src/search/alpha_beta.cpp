@@ -321,7 +321,7 @@ int Searcher::limitExtension(int extension, int searchPly) const {
 }
 
 void Searcher::tellManyNodes() {
-    if (searchMode == SearchMode::Analysing && iteration >= FirstToldIteration) {
+    if (searchMode == SearchMode::Analysing && iteration >= listener->firstToldIteration) {
         listener->onManyNodes(progress());
     }
 }

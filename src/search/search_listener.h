@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -34,6 +35,16 @@ struct SearchProgress {
     std::string_view currentMoveText;  ///< of the root move being searched
 };
 
+/// One of several best lines of a search.
+struct SearchLine {
+    int score;                    ///< centipawns from the side to move
+    int selDepth;                 ///< deepest ply reached by quiescence
+    std::span<const Move> moves;  ///< principal variation, from the move at the root
+};
+
+/// Earlier iterations are too short to report.
+inline constexpr int FirstToldIteration = 3;
+
 /// Receives what a search finds, and is asked for input. The listeners for each protocol are beside
 /// the handlers. This base class is silent.
 ///
@@ -44,7 +55,8 @@ struct SearchProgress {
 /// on or off), never by the clock.
 class SearchListener {
 public:
-    SearchListener() = default;
+    /// Iterations before `firstTold` are not reported.
+    explicit SearchListener(int firstTold = FirstToldIteration) : firstToldIteration(firstTold) {}
     SearchListener(const SearchListener&) = delete;
     SearchListener& operator=(const SearchListener&) = delete;
     virtual ~SearchListener() = default;
@@ -62,15 +74,21 @@ public:
     virtual std::string rootMoveText(Board& /*board*/, Move move) { return moveToCoordinate(move); }
 
     /// A root move has been made and is about to be searched. Called from iteration
-    /// `FirstToldIteration` on.
+    /// `firstToldIteration` on.
     virtual void onRootMove(const SearchProgress& /*progress*/, bool /*firstOfPass*/) {}
 
     /// A new best move, or an iteration that finished or left its window. `score` is in centipawns
-    /// from the side to move. Called from iteration `FirstToldIteration` on.
+    /// from the side to move. Called from iteration `firstToldIteration` on.
     virtual void onIteration(const SearchProgress& /*progress*/, int /*score*/,
                              SearchEvent /*event*/) {}
 
-    /// An analysis has searched another 2^20 nodes. Called from iteration `FirstToldIteration` on.
+    /// A search for several lines has finished an iteration, or ends within one that changed them.
+    /// The lines are in descending order of their scores, as many as there are moves or were
+    /// wanted.
+    virtual void onLines(const SearchProgress& /*progress*/,
+                         std::span<const SearchLine> /*lines*/) {}
+
+    /// An analysis has searched another 2^20 nodes. Called from iteration `firstToldIteration` on.
     virtual void onManyNodes(const SearchProgress& /*progress*/) {}
 
     /// The counters of a finished search, or the sum of several.
@@ -82,9 +100,8 @@ public:
     /// Polls the input and handles at most one line, on the search's stack. False if the input has
     /// ended.
     virtual bool pollInput() { return true; }
-};
 
-/// Earlier iterations are too short to report.
-inline constexpr int FirstToldIteration = 3;
+    const int firstToldIteration;  ///< first iteration that is reported
+};
 
 }  // namespace brivok

@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 
+#include "board/move.h"
 #include "search/time_control.h"
 
 namespace brivok {
@@ -28,6 +30,16 @@ struct SearchRequest {
     /// next time control, and makes the move it ponders on. Otherwise the caller has set up the
     /// position and the clock carries the moves to go.
     bool keepsGame = false;
+
+    // What follows goes beyond a plain search.
+    /// Root moves to choose from, all of them legal; empty for all legal moves. Must outlive the
+    /// search.
+    std::span<const Move> searchMoves{};
+    /// Number of best lines to search, from 1. With more than one, the listener hears onLines()
+    /// instead of onIteration().
+    int lines = 1;
+    int mateIn = 0;                 ///< end when a mate in this many moves is found; 0 for none
+    bool searchesOnlyMove = false;  ///< search a single legal move like any other
 };
 
 }  // namespace brivok

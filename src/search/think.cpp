@@ -153,7 +153,7 @@ int Searcher::searchAgain(SearchEvent event, int score, int alpha, int beta, int
 }
 
 void Searcher::tellIteration(int score, SearchEvent event) {
-    if (iteration >= FirstToldIteration) listener->onIteration(progress(), score, event);
+    if (iteration >= listener->firstToldIteration) listener->onIteration(progress(), score, event);
 }
 
 /// A move from the opening book if one is wanted and known; otherwise NoMove.

@@ -10,7 +10,8 @@ namespace brivok {
 class ProtocolListener : public SearchListener {
 public:
     /// The application must outlive the listener.
-    explicit ProtocolListener(Application& application) : app(application) {}
+    explicit ProtocolListener(Application& application, int firstTold = FirstToldIteration)
+        : SearchListener(firstTold), app(application) {}
 
     void onBudget(const TimeControl& clock) override;
     void onStatistics(const SearchStats& stats) override;

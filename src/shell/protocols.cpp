@@ -15,9 +15,7 @@
 
 namespace brivok {
 
-namespace {
-
-std::unique_ptr<ProtocolHandler> makeHandler(Application& app, Protocol protocol) {
+std::unique_ptr<ProtocolHandler> makePlainHandler(Application& app, Protocol protocol) {
     switch (protocol) {
         case Protocol::Extra: return std::make_unique<ExtraHandler>(app);
         case Protocol::Uci: return std::make_unique<UciHandler>(app);
@@ -27,9 +25,7 @@ std::unique_ptr<ProtocolHandler> makeHandler(Application& app, Protocol protocol
     return nullptr;
 }
 
-}  // namespace
-
-void RunProtocols(Application& app) {
+void RunProtocols(Application& app, HandlerMaker makeHandler) {
     for (;;) {
         app.handler->Run();
         if (app.requestedProtocol == Protocol::None) continue;

@@ -228,6 +228,8 @@ using S = Settings;
 
 // clang-format off
 constexpr Setting Table[] = {
+    {Switch<&S::modernInterface>,        "ModernInterface:"},
+
     {HashSize<&S::hashMB, remakeMain>,   "HashMB:",                  spin("Hash", 1, 1024)},
     {ClearHash,                          NoKey,                      button("Clear Hash")},
     {Switch<&S::bookEnabled>,            "OpeningsBook:",            check("OwnBook")},

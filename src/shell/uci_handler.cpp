@@ -1,9 +1,6 @@
 #include "shell/uci_handler.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdint>
-#include <cstdlib>
 
 #include "board/board.h"
 #include "board/coordinate.h"
@@ -15,6 +12,7 @@
 #include "shell/base/version.h"
 #include "shell/base/words.h"
 #include "shell/board_diagram.h"
+#include "shell/go_words.h"
 #include "shell/move_counts.h"
 #include "shell/protocols.h"
 #include "shell/uci_options.h"
@@ -28,95 +26,28 @@ constexpr char EngineAuthor[] = "Osmund Kelvane";
 /// Maximum length of a "position" line, far beyond any game.
 constexpr std::size_t LongestPosition = 1U << 20U;
 
-/// Largest clock value in "go", in centiseconds; sums of clocks do not overflow.
-constexpr std::uint32_t LongestTime = 0x7FFFFFFF;
-
-/// Converts a floating-point number of milliseconds to centiseconds. Negative times count as 0.
-std::uint32_t timeValue(const std::string& text) {
-    const double centis = std::strtod(text.c_str(), nullptr) * 0.1;
-    if (!(centis > 0)) return 0;
-    return centis >= LongestTime ? LongestTime : static_cast<std::uint32_t>(centis);
-}
-
-std::uint32_t countValue(const std::string& text) {
-    const std::int64_t value = parseInteger(text);
-    return static_cast<std::uint32_t>(std::clamp<std::int64_t>(value, 0, UINT32_MAX));
-}
-
-int depthValue(const std::string& text) {
-    return static_cast<int>(std::clamp(parseInteger(text), -DeepestIteration, DeepestIteration));
-}
-
 constexpr std::string_view InfiniteWord = "infinite";
 constexpr std::string_view PonderWord = "ponder";
 
-/// Builds a search request from the words of "go". Clocks are assigned by the side to move.
-class GoWords {
-public:
-    GoWords(SearchRequest& toFill, Side side) : request(toFill), us(side) {}
-
-    /// Takes a keyword with its value; false if the keyword takes none.
-    [[nodiscard]] bool take(const std::string& word, const std::string& value) {
-        return execute(keywords(), word, *this, value);
-    }
-
-    /// Moves to go make the clock a conventional one.
-    void finish() {
-        if (movesToGo == 0 || clock().kind == ClockKind::FixedTime) return;
-        clock().kind = ClockKind::Conventional;
-        clock().movesPerSession = clock().movesLeft = movesToGo;
-    }
-
-    /// The keywords that take a value.
-    [[nodiscard]] static CommandTable<GoWords, std::string> keywords();
-
-private:
-    TimeControl& clock() { return *request.clock; }
-
-    void setClock(Side side, const std::string& value) {
-        (us == side ? clock().ownTime : clock().oppTime) = timeValue(value);
-        clock().clockGiven = true;
-    }
-    void setIncrement(Side side, const std::string& value) {
-        (us == side ? clock().ownIncrement : clock().oppIncrement) = timeValue(value);
-    }
-
-    SearchRequest& request;
-    Side us;
-    std::uint32_t movesToGo = 0;
-};
-
-CommandTable<GoWords, std::string> GoWords::keywords() {
-    static constexpr Command<GoWords, std::string> Keywords[] = {
-        {"wtime", [](GoWords& self, const std::string& value) { self.setClock(White, value); }},
-        {"btime", [](GoWords& self, const std::string& value) { self.setClock(Black, value); }},
-        {"winc", [](GoWords& self, const std::string& value) { self.setIncrement(White, value); }},
-        {"binc", [](GoWords& self, const std::string& value) { self.setIncrement(Black, value); }},
-        {"movestogo",
-         [](GoWords& self, const std::string& value) {
-             self.movesToGo = std::min(countValue(value), LongestTime);
-         }},
-        {"depth", [](GoWords& self,
-                     const std::string& value) { self.request.maxIteration = depthValue(value); }},
-        {"nodes", [](GoWords& self,
-                     const std::string& value) { self.request.nodeLimit = countValue(value); }},
-        {"movetime", [](GoWords& self,
-                        const std::string& value) { self.clock().setFixedTime(timeValue(value)); }},
-    };
-    return Keywords;
-}
-
 }  // namespace
 
-UciHandler::UciHandler(Application& application) : ProtocolHandler(application) {
+UciHandler::UciHandler(Application& application) : UciHandler(application, Unannounced{}) {
+    introduce();
+    listOptions(app);
+    Print(app, "uciok\n");
+}
+
+UciHandler::UciHandler(Application& application, Unannounced /*tag*/)
+    : ProtocolHandler(application) {
     allocateTables();
     LogOnly(app, "UCI support started\n");
     logConnection(app);
+    theBoard.NewGame();
+}
+
+void UciHandler::introduce() {
     Print(app, "id name %s\n", EngineName);
     Print(app, "id author %s\n", EngineAuthor);
-    listOptions(app);
-    Print(app, "uciok\n");
-    theBoard.NewGame();
 }
 
 UciHandler::~UciHandler() { LogOnly(app, "UCI support closed\n"); }

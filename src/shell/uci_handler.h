@@ -13,7 +13,7 @@ namespace brivok {
 
 /// Serves a UCI interface, which keeps the game itself: each "position" rebuilds the board, each
 /// "go" searches it and answers with one "bestmove".
-class UciHandler final : public ProtocolHandler {
+class UciHandler : public ProtocolHandler {
 public:
     /// Allocates the tables, starts a new game and answers "uci" with the options.
     explicit UciHandler(Application& application);
@@ -25,8 +25,15 @@ public:
     [[nodiscard]] static std::vector<std::string_view> commands(bool searching);
     [[nodiscard]] static std::vector<std::string_view> goWords();
 
-private:
+protected:
     using Words = std::vector<std::string>;
+
+    /// Everything that the public constructor does except the answer to "uci".
+    struct Unannounced {};
+    UciHandler(Application& application, Unannounced tag);
+
+    /// Names the engine and its author.
+    void introduce();
 
     [[nodiscard]] static CommandTable<UciHandler, Words> table(bool searching);
 

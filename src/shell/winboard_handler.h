@@ -18,7 +18,7 @@ namespace brivok {
 ///
 /// ProcessCommand() is called from Run() when the engine is idle, and from deep inside a search
 /// that polls the input. The search mode decides which commands are understood.
-class WinBoardHandler final : public ProtocolHandler {
+class WinBoardHandler : public ProtocolHandler {
 public:
     /// Reads the settings, opens the log, allocates the tables and starts a new game.
     explicit WinBoardHandler(Application& application);
@@ -32,7 +32,7 @@ public:
     /// The commands understood in this mode. When idle or pondering, a bare move is understood too.
     [[nodiscard]] static std::vector<std::string_view> commands(SearchMode mode);
 
-private:
+protected:
     /// The line being handled: its words and its original text.
     struct Line {
         std::vector<std::string> words;

@@ -22,6 +22,9 @@ inline constexpr std::uint32_t Megabyte = 1U << 20U;  ///< bytes
 /// notified of a change, so whoever writes a value refreshes what is derived from it. Depths are in
 /// units of 1/16 ply, scores in centipawns.
 struct Settings {
+    /// Speak the protocols as modern interfaces expect them. Read once, when the program starts.
+    bool modernInterface = false;
+
     Variant variant = Variant::Normal;
 
     std::uint32_t hashMB = 1;   ///< main hash, megabytes

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "shell/uci_handler.h"
+
+namespace brivok {
+
+/// UCI as modern interfaces expect it.
+class ModernUciHandler final : public UciHandler {
+public:
+    using UciHandler::UciHandler;
+};
+
+}  // namespace brivok
