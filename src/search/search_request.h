@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -41,5 +42,10 @@ struct SearchRequest {
     int mateIn = 0;                 ///< end when a mate in this many moves is found; 0 for none
     bool searchesOnlyMove = false;  ///< search a single legal move like any other
 };
+
+/// Whether the search may choose the move: `searchMoves` is empty, or the move is among them.
+[[nodiscard]] inline bool allows(std::span<const Move> searchMoves, Move move) {
+    return searchMoves.empty() || std::ranges::find(searchMoves, move) != searchMoves.end();
+}
 
 }  // namespace brivok
