@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 #include <string>
 
 #include "board/board.h"
@@ -116,10 +117,11 @@ private:
     // --- think.cpp: from the request to the move --------------------------------------------
 
     void prepare(const SearchRequest& request);
-    Move askBook();
+    Move askBook(const SearchRequest& request);
     void makePonderMove();
-    /// Fills the root list and counts its legal moves. Returns the index of the last legal one.
-    int listRootMoves();
+    /// Fills the root list, with `searchMoves` alone if there are any, and counts its legal moves.
+    /// Returns the index of the last legal one.
+    int listRootMoves(std::span<const Move> searchMoves);
     void beginSearch();
     void allocateBudget();
     void setBudget();

@@ -32,12 +32,13 @@ Move Searcher::think(const SearchRequest& request, SearchListener& toTell) {
     prepare(request);
 
     // 1. Book and ponder move
-    if (const Move fromBook = askBook(); fromBook != NoMove) return fromBook;
+    if (const Move fromBook = askBook(request); fromBook != NoMove) return fromBook;
     makePonderMove();
 
     // 2. Root list. A single legal move is played without a search; none ends the game.
-    const int lastLegal = listRootMoves();
-    if (searchMode != SearchMode::Pondering && legalRootMoveCount == 1) {
+    const int lastLegal = listRootMoves(request.searchMoves);
+    if (searchMode != SearchMode::Pondering && legalRootMoveCount == 1 &&
+        !request.searchesOnlyMove) {
         ponderMove = NoMove;
         return root.moves[lastLegal];
     }
@@ -78,12 +79,15 @@ void Searcher::prepare(const SearchRequest& request) {
     stopSearch = false;
 }
 
-int Searcher::listRootMoves() {
+int Searcher::listRootMoves(std::span<const Move> searchMoves) {
     Board& b = *board;
     std::fill(std::begin(root.moves), std::end(root.moves), NoMove);
     const bool inCheck = generateForPosition(b, root.moves);
     b.inCheckAtPly[1] = inCheck;
-    root.count = b.moveCount;
+    const Move* const end =
+        std::remove_if(root.moves, root.moves + b.moveCount,
+                       [searchMoves](Move move) { return !allows(searchMoves, move); });
+    root.count = static_cast<int>(end - root.moves);
     int lastLegal = root.count - 1;
     legalRootMoveCount =
         inCheck ? root.count : countLegalInList(b, root.moves, root.count, lastLegal);
@@ -156,10 +160,12 @@ void Searcher::tellIteration(int score, SearchEvent event) {
     if (iteration >= listener->firstToldIteration) listener->onIteration(progress(), score, event);
 }
 
-/// A move from the opening book if one is wanted and known; otherwise NoMove.
-Move Searcher::askBook() {
+/// A move from the opening book if one is wanted and known; otherwise NoMove. The book knows
+/// nothing of a choice of moves, nor of mates.
+Move Searcher::askBook(const SearchRequest& request) {
     const bool wanted = settings.bookEnabled && searchMode != SearchMode::Analysing &&
-                        searchMode != SearchMode::Pondering && board->bookGate < OpenBookGate;
+                        searchMode != SearchMode::Pondering && board->bookGate < OpenBookGate &&
+                        request.searchMoves.empty() && request.mateIn == 0;
     if (!wanted) return NoMove;
     const Move move = OpeningBook(settings.bookFileName).SelectMove(*board);
     if (move == NoMove) return NoMove;
