@@ -15,13 +15,18 @@ enum class CastlingStyle {
     KingOntoRook  ///< the king's square and the rook's, such as e1h1
 };
 
-/// The legal move with this text, or NoMove. Understands coordinates, standard algebraic notation,
-/// castling with letters or zeros or as king onto rook, marks of check and mate, and promotion
-/// letters of either case, with or without "=".
+/// The legal move with this text, or NoMove if there is none or more than one. Understands
+/// - coordinates and all that readSan() reads, with promotion letters of either case, with or
+///   without "=";
+/// - castling with letters or zeros, as king onto rook (e1h1), and as the king's squares (e1g1);
+/// - marks of check and mate after any of these.
+///
+/// An ordinary king move comes before castling of the same text; squares between which the king
+/// steps to a neighbouring file mean castling only if its rook stands there.
 [[nodiscard]] Move readMove(Board& board, std::string_view text);
 
-/// Coordinate text of a legal move of this position. The style matters only in Fischer-random
-/// chess; in other variants castling is the king's move.
+/// Coordinate text of a legal move of this position; "0000" for NoMove. The style matters only in
+/// Fischer-random chess; in other variants castling is the king's move.
 [[nodiscard]] std::string moveText(const Board& board, Move move, CastlingStyle style);
 
 }  // namespace brivok
