@@ -8,6 +8,7 @@
 #include "hash/transposition_table.h"
 #include "search/searcher.h"
 #include "shell/base/settings.h"
+#include "shell/modern/modern_options.h"
 
 namespace brivok {
 
@@ -19,6 +20,7 @@ void makeFresh() {
     theBoard.newGameListener = &theSearcher;
 
     settings = Settings{};
+    modernSettings = ModernSettings{};
     RefreshPieceValues();
     transpositionTable = TranspositionTable{};
     transpositionTable.resize();

@@ -3,7 +3,6 @@
 #include <cstddef>
 
 #include "shell/base/console.h"
-#include "shell/settings_table.h"
 
 namespace brivok {
 
@@ -13,6 +12,16 @@ using Words = std::vector<std::string>;
 
 /// Index of an option's value among the words of its line.
 constexpr std::size_t ValueWord = 4;
+
+/// A string is the rest of the line, its words joined by single spaces; other values are one word.
+std::string valueOf(const Words& words, OptionKind kind) {
+    std::string value = words[ValueWord];
+    if (kind != OptionKind::String) return value;
+    for (std::size_t i = ValueWord + 1; i < words.size(); ++i) value += " " + words[i];
+    return value;
+}
+
+}  // namespace
 
 std::string optionLine(const Option& option, const std::string& value) {
     const std::string line = std::string("option name ") + option.name + " type ";
@@ -25,16 +34,6 @@ std::string optionLine(const Option& option, const std::string& value) {
     return line + "spin default " + value + " min " + std::to_string(option.lower) + " max " +
            std::to_string(option.upper) + "\n";
 }
-
-/// A string is the rest of the line, its words joined by single spaces; other values are one word.
-std::string valueOf(const Words& words, OptionKind kind) {
-    std::string value = words[ValueWord];
-    if (kind != OptionKind::String) return value;
-    for (std::size_t i = ValueWord + 1; i < words.size(); ++i) value += " " + words[i];
-    return value;
-}
-
-}  // namespace
 
 void listOptions(Application& app) {
     for (const auto& [rule, key, option] : settingsTable()) {
