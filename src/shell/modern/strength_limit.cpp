@@ -14,10 +14,10 @@ struct Anchor {
 };
 
 /// Ratings and the nodes that earn them, in rising order. Between two anchors each point of Elo
-/// multiplies the nodes by the same factor.
+/// multiplies the nodes by the same factor. The differences are those of tests/soak/levels.py, the
+/// level of them all is explained in docs/strength.md.
 constexpr Anchor Anchors[] = {
-    {LowestElo, 60}, {1200, 200},    {1400, 700},     {1600, 2'500},
-    {1800, 9'000},   {2000, 32'000}, {2200, 120'000}, {HighestElo, 450'000},
+    {986, 300}, {1188, 1'000}, {1448, 3'000}, {1738, 10'000}, {2009, 30'000}, {2300, 100'000},
 };
 
 }  // namespace
