@@ -172,13 +172,19 @@ TEST(TimeControl, Budgets) {
         clock.ownIncrement = increment;
         EXPECT_EQ(budget(clock), expected) << own << " against " << opponent;
     }
-    for (const auto& [own, left, expected] :
-         {std::tuple{30000U, 40U, 675U}, {10000U, 5U, 1800U}, {1000U, 5U, 153U}}) {
+    // With moves to go: none of the increment, two thirds of it, or all.
+    for (const auto& [own, left, increment, expected] : {std::tuple{30000U, 40U, 0U, 675U},
+                                                         {10000U, 5U, 0U, 1800U},
+                                                         {1000U, 5U, 0U, 153U},
+                                                         {1000U, 5U, 1200U, 153U},
+                                                         {1000U, 5U, 600U, 553U},
+                                                         {30000U, 40U, 200U, 875U}}) {
         TimeControl clock;
         clock.setConventional(40, 5);
         clock.ownTime = own;
         clock.movesLeft = left;
-        EXPECT_EQ(budget(clock), expected);
+        clock.ownIncrement = increment;
+        EXPECT_EQ(budget(clock), expected) << own << " with " << increment;
     }
     TimeControl clock;
     clock.setIncrement(2, 12);

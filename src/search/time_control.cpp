@@ -13,11 +13,21 @@ constexpr std::uint32_t CentisecondsPerMinute = 6000;
 /// A budget below this (ten seconds) is cut slightly near the end of a conventional control.
 constexpr double ShortBudget = 1000.0;
 
+/// Adds to a budget as much of the increment as the clock can bear: all, two thirds, or none.
+double withIncrement(double budget, const TimeControl& clock) {
+    const double increment = clock.ownIncrement;
+    if (clock.ownIncrement == 0) return budget;
+    const double rest = clock.ownTime - budget;
+    if (rest - increment > 500) return budget + increment;
+    if (rest - increment * 2 / 3 > 100) return budget + increment * 2 / 3;
+    return budget;
+}
+
 double conventionalBudget(const TimeControl& clock) {
     const double moves = std::max(clock.movesLeft, 1U);
     const double budget = clock.ownTime / moves * 0.9;
     const bool nearlyThere = clock.movesLeft < 0.2 * clock.movesPerSession;
-    return budget < ShortBudget && nearlyThere ? budget * 0.85 : budget;
+    return withIncrement(budget < ShortBudget && nearlyThere ? budget * 0.85 : budget, clock);
 }
 
 /// Number of moves over which to spread the remaining time: more when behind on the clock, fewer
@@ -52,13 +62,7 @@ int movesToSpread(const TimeControl& clock) {
 }
 
 double gameBudget(const TimeControl& clock) {
-    const double budget = static_cast<double>(clock.ownTime) / movesToSpread(clock);
-    const double increment = clock.ownIncrement;
-    if (clock.ownIncrement == 0) return budget;
-    const double rest = clock.ownTime - budget;
-    if (rest - increment > 500) return budget + increment;
-    if (rest - increment * 2 / 3 > 100) return budget + increment * 2 / 3;
-    return budget;
+    return withIncrement(static_cast<double>(clock.ownTime) / movesToSpread(clock), clock);
 }
 
 void setAllClocks(TimeControl& clock, std::uint32_t minutes) {
