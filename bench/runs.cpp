@@ -48,7 +48,7 @@ Run runPerft(std::span<const TestPosition> positions, int depth) {
     Run run{depth, {}, {}};
     for (const TestPosition& position : positions) {
         settings.variant = position.variant;
-        setUpPosition(theBoard, position.fen);
+        setPositionOrThrow(theBoard, position.fen);
         run.positions.push_back(
             {position,
              measure([depth] { return perftLeaves(static_cast<std::size_t>(depth)); }),

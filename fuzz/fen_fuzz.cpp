@@ -56,7 +56,7 @@ void playEveryMove(Board& board) {
 }
 
 void setUpForBook(Board& board, std::string_view line) try {
-    setUpPosition(board, line);
+    setPositionOrThrow(board, line);
 } catch (const AppError&) {
 }
 

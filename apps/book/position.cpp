@@ -23,7 +23,7 @@ void dropIdleEnPassant(Board& board) {
 
 }  // namespace
 
-void setUpPosition(Board& board, std::string_view fen) {
+void setPositionOrThrow(Board& board, std::string_view fen) {
     board.NewGame();
     const std::uint64_t startKey = board.hashKey;
     board.setPositionFromFen(fen);

@@ -7,7 +7,7 @@
 namespace brivok {
 
 /// Sets the position of a FEN or EPD line. Throws AppError if it cannot be played from.
-void setUpPosition(Board& board, std::string_view fen);
+void setPositionOrThrow(Board& board, std::string_view fen);
 
 /// Plays moves separated by blanks, in any notation that readSan() accepts; move numbers are
 /// skipped. Throws AppError at the first illegal move.

@@ -66,7 +66,7 @@ void printTable(const std::vector<ShownMove>& moves) {
 void showBook(const ShowOptions& options) {
     OpeningBook book = openBook(options.book);
     theBoard.NewGame();
-    if (!options.fen.empty()) setUpPosition(theBoard, options.fen);
+    if (!options.fen.empty()) setPositionOrThrow(theBoard, options.fen);
     playLine(theBoard, options.moves);
 
     bool thirdOccurrence = false;
@@ -86,7 +86,7 @@ void lookUpPositions(const std::string& bookName) {
     OpeningBook book = openBook(bookName);
     for (std::string line; std::getline(std::cin, line);) {
         if (line.ends_with('\r')) line.pop_back();
-        setUpPosition(theBoard, line);
+        setPositionOrThrow(theBoard, line);
         BookRecord record;
         if (!book.Find(theBoard, record)) record = {};
         const std::string glyph(AnnotationText(record.annotation));
