@@ -1,11 +1,18 @@
+#include <algorithm>
 #include <sstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "board/coordinate.h"
 #include "engine_fixture.h"
+#include "search/searcher.h"
+#include "search/time_control.h"
+#include "shell/base/words.h"
 #include "shell/modern/interface_moves.h"
+#include "shell/modern/position_text.h"
 
 namespace brivok {
 namespace {
@@ -80,6 +87,218 @@ TEST_F(ModernTextTest, WritesCastlingInTheStyleWanted) {
     EXPECT_EQ(written("O-O-O", CastlingStyle::KingOntoRook), "e8b8");
     setPosition("4k3/8/8/8/8/8/8/4K2R w K - 0 1");
     EXPECT_EQ(written("O-O", CastlingStyle::KingOntoRook), "e1g1");
+}
+
+/// What setting up the position says, in a variant.
+std::string setUp(const std::string& fen, Variant variant = Normal) {
+    settings.variant = variant;
+    return setUpPosition(theBoard, fen);
+}
+
+std::string castlingHomes(const Board& board) {
+    std::string text;
+    const CastlingHomes homes = board.castlingHomes();
+    for (const auto& [kind, rook] : {std::pair{WhiteKingSide, homes.whiteKingRook},
+                                     {WhiteQueenSide, homes.whiteQueenRook},
+                                     {BlackKingSide, homes.blackKingRook},
+                                     {BlackQueenSide, homes.blackQueenRook}}) {
+        if ((board.castling & rightOf(kind)) != 0) text += squareName(rook) + " ";
+    }
+    return text;
+}
+
+TEST_F(ModernTextTest, SetsUpCastlingRights) {
+    const struct {
+        const char* men;
+        const char* rights;
+        Variant variant;
+        const char* homes;  // of the rooks with rights
+    } cases[] = {
+        {"r3k2r/8/8/8/8/8/8/R3K2R", "KQkq", Normal, "h1 a1 h8 a8 "},
+        {"r3k2r/8/8/8/8/8/8/R3K2R", "HAha", Normal, "h1 a1 h8 a8 "},
+        {"r3k2r/8/8/8/8/8/8/R3K2R", "Qk", Normal, "a1 h8 "},
+        {"r3k2r/8/8/8/8/8/8/R3K2R", "-", Normal, ""},
+        {"r3k2r/8/8/8/8/8/8/R3K2R", "KQkq", Variant::NoCastle, ""},
+        {"rr2k1rr/8/8/8/8/8/8/RR2K1RR", "KQkq", Normal, "h1 a1 h8 a8 "},
+        // What men or variant do not support
+        {"1r2k1r1/8/8/8/8/8/8/R4K1R", "KQkq", Normal, ""},
+        {"1r2k1r1/8/8/8/8/8/8/R4K1R", "HAgb", Normal, ""},
+        {"4k3/8/8/8/8/8/8/R3K3", "KQkq", Normal, "a1 "},
+        {"r3k3/8/8/8/8/8/4K3/R6R", "KQkq", Random, "a8 "},
+        {"8/8/8/8/8/8/8/1k4KR", "EAe", Variant::NoCastle, ""},
+        // The outermost rook, or the one that is named
+        {"rr2k1rr/8/8/8/8/8/8/RR2K1RR", "KQkq", Random, "h1 a1 h8 a8 "},
+        {"rr2k1rr/8/8/8/8/8/8/RR2K1RR", "GBgb", Random, "g1 b1 g8 b8 "},
+        {"rr2k1rr/8/8/8/8/8/8/RR2K1RR", "GQkb", Random, "g1 a1 h8 b8 "},
+        {"rr2k1rr/8/8/8/8/8/8/RR2K1RR", "KHHq", Random, "h1 a8 "},
+        {"1rkr4/8/8/8/8/8/8/1RKR3R", "DBdb", Random, "d1 b1 d8 b8 "},
+    };
+    for (const auto& [men, rights, variant, homes] : cases) {
+        EXPECT_EQ(setUp(std::string(men) + " w " + rights + " - 3 40", variant), "");
+        EXPECT_EQ(castlingHomes(board), homes) << men << " " << rights;
+        EXPECT_EQ(board.gamePly(), 78U);
+        expectConsistent(board);
+    }
+    // The inner rook castles, and the outer one leaves the right alone.
+    ASSERT_EQ(setUp("4k3/8/8/8/8/8/8/4K1RR w G -", Random), "");
+    EXPECT_EQ(read("e1h1"), "none");
+    EXPECT_EQ(read("Rh5"), "h1h5");
+    ASSERT_TRUE(playMoves(board, "h1h5 e8d7"));
+    EXPECT_EQ(read("e1g1"), "O-O");
+}
+
+TEST_F(ModernTextTest, SetsUpWhatThePlainReaderDoes) {
+    for (const char* const fen :
+         {"rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1",
+          "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 7 33",
+          "4k3/8/8/2pP4/8/8/8/4K3 w - c6 0 900", "4k3/8/8/8/8/8/8/4K3 b - - 100 1023",
+          "4k3/8/8/8/8/8/8/4K3 w - -", "4k3/8/8/8/8/8/8/4K3 b", "  4k3/8/8/8/8/8/8/4K3  w -\t\n",
+          "4k3/8/8/8/8/8/8/4K3 b - - bm Kd7; id \"1 2\";", "4k3/8/8/8/8/8/8/4K3 w - - 0 0"}) {
+        setPosition(fen);
+        const std::string plain = snapshot(board);
+        board.NewGame();
+        EXPECT_EQ(setUp(fen), "") << fen;
+        EXPECT_TRUE(snapshot(board) == plain) << fen;
+        EXPECT_EQ(board.undo[0].hashKey, board.hashKey);
+        EXPECT_EQ(board.bookGate, FullBookGate);
+    }
+    EXPECT_EQ(setUp("4k3/8/8/8/8/8/8/4K3 w - - 120 90"), "");
+    EXPECT_EQ(board.fiftyCount, 100U) << "not a fresh count";
+}
+
+TEST_F(ModernTextTest, FaultsLeaveTheGameAlone) {
+    const struct {
+        const char* fen;
+        const char* fault;
+    } cases[] = {
+        {"", "the FEN is empty"},
+        {" \n", "the FEN is empty"},
+        {"4k3/8/8/8/8/8/4K3 w - - 0 1", "there are fewer than eight ranks"},
+        {"4k3/8/8/8/8/8/8/8/4K3 w - - 0 1", "there are more than eight ranks"},
+        {"4k3/8/8/8/8/8/8/4K3/ w - - 0 1", "there are more than eight ranks"},
+        {"4k3/8/8/7/8/8/8/4K3 w - - 0 1", "rank 5 does not have eight squares"},
+        {"4k3/8/8/54/8/8/8/4K3 w - - 0 1", "rank 5 does not have eight squares"},
+        {"4k3/8/8/8/8/8/8/4K2 w - - 0 1", "rank 1 does not have eight squares"},
+        {"4k3/8/8/8/8/8/8/4K2RR w - - 0 1", "rank 1 does not have eight squares"},
+        {"4k3/8/8/9/8/8/8/4K3 w - - 0 1", "the men have a letter that is no piece"},
+        {"4k3/8/8/7x/8/8/8/4K3 w - - 0 1", "the men have a letter that is no piece"},
+        {"4k3/8/8/8/8/8/8/8 w - - 0 1", "White needs one king"},
+        {"3kk3/8/8/8/8/8/8/4K3 w - - 0 1", "Black needs one king"},
+        {"4k2P/8/8/8/8/8/8/4K3 w - - 0 1", "White has a pawn on a back rank"},
+        {"4k3/8/8/8/8/8/8/p3K3 w - - 0 1", "Black has a pawn on a back rank"},
+        {"4k3/8/8/8/8/8/8/4K3 x - - 0 1", "the side to move is neither w nor b"},
+        {"4k3/8/8/8/8/8/8/4K3", "the side to move is neither w nor b"},
+        {"4k3/8/8/8/8/8/8/4K3 white - - 0 1", "the side to move is neither w nor b"},
+        {"4k3/8/8/8/8/8/8/4K3 w KX - 0 1",
+         "the castling rights are not letters of KQkq or of files"},
+        {"4k3/8/8/8/8/8/8/4K3 w K- - 0 1",
+         "the castling rights are not letters of KQkq or of files"},
+        {"4k3/8/8/8/8/8/8/4K3 w 0 - 0 1",
+         "the castling rights are not letters of KQkq or of files"},
+        {"4k3/8/8/8/8/8/8/4K2R w Hh - 0 1", "there is no rook for the castling right h"},
+        {"4k3/8/8/8/8/8/4K3/7R w H - 0 1", "there is no rook for the castling right H"},
+        {"4k3/8/8/8/8/8/8/4K1RR w HG - 0 1", "there are two castling rights on one side"},
+        {"4k3/8/8/8/8/8/8/4K3 w - e 0 1", "the en passant field is not a square"},
+        {"4k3/8/8/8/8/8/8/4K3 w - i3 0 1", "the en passant field is not a square"},
+        {"4k3/8/8/8/8/8/8/4K3 w - e6 0 1", "no pawn has just passed the en passant square"},
+        {"4k3/8/8/8/4P3/8/8/4K3 w - e3 0 1", "no pawn has just passed the en passant square"},
+        {"4k3/3p4/8/3p4/8/8/8/4K3 w - d6 0 1", "no pawn has just passed the en passant square"},
+        {"4k3/8/8/8/8/8/8/4K3 w - - x 1", "the half-move clock is not a number from 0 to 150"},
+        {"4k3/8/8/8/8/8/8/4K3 w - - -1 1", "the half-move clock is not a number from 0 to 150"},
+        {"4k3/8/8/8/8/8/8/4K3 w - - 151 1", "the half-move clock is not a number from 0 to 150"},
+        {"4k3/8/8/8/8/8/8/4K3 w - - 0 99999999999",
+         "the move number is not a number from 0 to 9999"},
+        {"4k3/8/8/8/8/8/8/4K3 w - - 0 1 x", "there is more behind the move number"},
+        {"4k3/8/8/8/8/8/8/4K2r b - - 0 1", "White is in check, but it is not to move"},
+        {"8/8/8/8/8/8/3k4/4K3 w - - 0 1", "Black is in check, but it is not to move"},
+    };
+    setPosition("4k3/8/8/8/8/8/8/R3K2R w KQ - 0 1");
+    ASSERT_TRUE(playMoves(board, "e1g1 e8e7"));
+    theSearcher.gameOutcome = GameOutcome::Repetition;
+    timeControl.ownTime = 4321;
+    const std::string before = snapshot(board);
+    ::testing::internal::CaptureStdout();
+    for (const auto& [fen, fault] : cases) EXPECT_EQ(setUp(fen), fault) << fen;
+    EXPECT_EQ(setUp("4k3/8/8/8/8/P7/PPPPPPPP/4K3 w - - 0 1"), "White has more than 8 pawns");
+    EXPECT_EQ(setUp("4k3/8/8/8/8/N7/PPPPPPPP/RNBQKBNR w - - 0 1"), "White has more than 16 men");
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+    EXPECT_TRUE(snapshot(board) == before);
+    EXPECT_EQ(theSearcher.gameOutcome, GameOutcome::Repetition);
+    EXPECT_EQ(timeControl.ownTime, 4321U);
+    board.unmakeMove();
+    board.unmakeMove();
+    EXPECT_EQ(read("O-O-O"), "e1c1");
+}
+
+/// The 960 back ranks of Fischer-random chess: bishops on squares of both colours, the king between
+/// the rooks.
+std::vector<std::string> backRanks() {
+    std::vector<std::string> ranks;
+    std::string rank = "BBKNNQRR";
+    do {
+        const auto bishop = rank.find('B');
+        const auto king = rank.find('K');
+        const bool bishopsDiffer = (rank.find('B', bishop + 1) - bishop) % 2 == 1;
+        if (bishopsDiffer && rank.find('R') < king && king < rank.rfind('R')) ranks.push_back(rank);
+    } while (std::ranges::next_permutation(rank).found);
+    return ranks;
+}
+
+TEST_F(ModernTextTest, CastlesFromEveryStartPosition) {
+    const std::vector<std::string> ranks = backRanks();
+    ASSERT_EQ(ranks.size(), 960U);
+    for (const std::string& rank : ranks) {
+        const int king = static_cast<int>(rank.find('K'));
+        const int rooks[2] = {static_cast<int>(rank.rfind('R')), static_cast<int>(rank.find('R'))};
+        const std::string letters{static_cast<char>('A' + rooks[0]),
+                                  static_cast<char>('A' + rooks[1])};
+        const std::string tail = lowerCase(rank) + "/pppppppp/8/8/8/8/PPPPPPPP/" + rank + " w ";
+        ASSERT_EQ(setUp(tail + "KQkq - 0 1", Random), "");
+        const std::string byWing = snapshot(board);
+        ASSERT_EQ(setUp(tail + letters + lowerCase(letters) + " - 0 1", Random), "");
+        ASSERT_TRUE(snapshot(board) == byWing) << rank;
+        ASSERT_EQ(board.castling, AllRights);
+
+        // Castling is legal once only king and rook stand on the files that they cross.
+        std::string cleared = rank;
+        for (const char other : {'N', 'B', 'Q', 'N', 'B'}) {
+            cleared[cleared.find(other)] = '1';
+            for (const bool black : {false, true}) {
+                const std::string back = black ? lowerCase(cleared) : cleared;
+                ASSERT_EQ(setUp(black ? back + "/pppppppp/8/8/8/8/8/4K3 b kq -"
+                                      : "4k3/8/8/8/8/8/PPPPPPPP/" + back + " w KQ -",
+                                Random),
+                          "");
+                for (const int wing : {0, 1}) {
+                    const int targets[2] = {wing == 0 ? 6 : 2, wing == 0 ? 5 : 3};
+                    const auto [low, high] =
+                        std::minmax({king, rooks[wing], targets[0], targets[1]});
+                    bool free = true;
+                    for (int file = low; file <= high; ++file) {
+                        const bool own = file == king || file == rooks[wing];
+                        free = free && (own || cleared[static_cast<std::size_t>(file)] == '1');
+                    }
+                    const int row = black ? 0 : 7;
+                    const std::string text =
+                        squareName(squareAt(king, row)) + squareName(squareAt(rooks[wing], row));
+                    const std::string name = wing == 0 ? "O-O" : "O-O-O";
+                    ASSERT_EQ(read(text), free ? name : "none") << text << " in " << back;
+                    if (!free) continue;
+                    const Move move = readMove(board, text);
+                    ASSERT_EQ(moveText(board, move, CastlingStyle::KingOntoRook), text);
+                    const std::string before = snapshot(board);
+                    board.makeMove(move);
+                    ASSERT_EQ(board.squares[squareAt(targets[0], row)],
+                              pieceOf(Kind::King, black ? Black : White));
+                    ASSERT_EQ(board.squares[squareAt(targets[1], row)],
+                              pieceOf(Kind::Rook, black ? Black : White));
+                    expectConsistent(board);
+                    board.unmakeMove();
+                    ASSERT_TRUE(snapshot(board) == before);
+                }
+            }
+        }
+    }
 }
 
 }  // namespace

@@ -128,6 +128,10 @@ struct Board {
                 blackRookStart[0], kingStart[1], blackRookStart[1]};
     }
 
+    /// Gives a position that has just been set up these home squares, and those of the rights that
+    /// castlingHomesFit() permits. A right's king and rook must stand on their homes.
+    void setCastling(const CastlingHomes& homes, std::uint32_t rights);
+
     /// Rebuilds counters, king squares, sets and rotated occupancies from `squares`.
     void recomputeDerived();
 

@@ -212,4 +212,19 @@ void Board::setPositionFromFen(std::string_view text) {
     castles.buildCastlingTables(castlingHomes());
 }
 
+void Board::setCastling(const CastlingHomes& homes, std::uint32_t rights) {
+    kingStart[0] = homes.whiteKing;
+    kingStart[1] = homes.blackKing;
+    whiteRookStart[0] = homes.whiteQueenRook;
+    whiteRookStart[1] = homes.whiteKingRook;
+    blackRookStart[0] = homes.blackQueenRook;
+    blackRookStart[1] = homes.blackKingRook;
+    castling = 0;
+    for (int kind = 0; kind < CastlingKinds; ++kind) {
+        if (castlingHomesFit(kind)) castling |= rights & rightOf(kind);
+    }
+    hashKey = undo[0].hashKey = computeHashKey();
+    castles.buildCastlingTables(homes);
+}
+
 }  // namespace brivok
