@@ -8,11 +8,15 @@
 
 #include "board/coordinate.h"
 #include "engine_fixture.h"
+#include "hash/search_stats.h"
+#include "hash/transposition_table.h"
 #include "search/searcher.h"
 #include "search/time_control.h"
 #include "shell/base/words.h"
 #include "shell/modern/interface_moves.h"
+#include "shell/modern/modern_pv.h"
 #include "shell/modern/position_text.h"
+#include "shell/principal_variation.h"
 
 namespace brivok {
 namespace {
@@ -298,6 +302,168 @@ TEST_F(ModernTextTest, CastlesFromEveryStartPosition) {
                 }
             }
         }
+    }
+}
+
+/// Holds each principal variation of a search against what the plain listener would print, and the
+/// board's records against what they were.
+class RenderingListener : public SearchListener {
+public:
+    void onIteration(const SearchProgress& progress, int, SearchEvent) override {
+        const auto moves = [&] {
+            std::string text;
+            for (const UndoRecord& record : progress.board.undo) {
+                text.append(reinterpret_cast<const char*>(&record.move), sizeof record.move);
+                text.append(reinterpret_cast<const char*>(&record.hashKey), sizeof record.hashKey);
+            }
+            return text + snapshot(progress.board);
+        };
+        const std::string before = moves();
+        const std::string line = pv.render(progress, ModernPv::Notation::Letters);
+        const std::string san = pv.render(progress, ModernPv::Notation::San);
+        EXPECT_TRUE(moves() == before);
+        const std::string plain = renderPv(progress, PvStyle::Coordinate);
+        EXPECT_TRUE(plain.starts_with(line)) << line << "\n" << plain;
+        shortened += plain != line + " ";
+        EXPECT_EQ(std::ranges::count(san, ' '), std::ranges::count(line, ' '));
+        ++lines;
+    }
+
+    int lines = 0;
+    int shortened = 0;  ///< of them, those of a finished game
+
+private:
+    ModernPv pv;
+};
+
+class ModernPvTest : public ModernTextTest {
+protected:
+    /// The line that starts with these moves and goes on in the table, in an iteration of 40.
+    std::string render(const std::vector<Move>& moves,
+                       ModernPv::Notation notation = ModernPv::Notation::Letters) {
+        const SearchStats stats{};
+        const SearchProgress progress{.board = board,
+                                      .table = transpositionTable,
+                                      .stats = stats,
+                                      .mode = SearchMode::Thinking,
+                                      .iteration = 40,
+                                      .selDepth = 0,
+                                      .iterationScore = 0,
+                                      .elapsed = 0,
+                                      .tableHits = 0,
+                                      .branchingFactor = 0,
+                                      .rootMovesLeft = 0,
+                                      .rootMovesTotal = 0,
+                                      .currentMoveText = ""};
+        std::ranges::copy(moves, board.pvTable[1] + 1);
+        board.pvLength[1] = static_cast<int>(moves.size()) + 1;
+        const std::string before = snapshot(board);
+        const std::string line = pv.render(progress, notation);
+        EXPECT_EQ(pv.render(progress, moves, notation), line);
+        EXPECT_TRUE(snapshot(board) == before);
+        return line;
+    }
+
+    /// Plays the moves, storing each in the table for the position before it.
+    std::vector<Move> store(const std::string& moves) {
+        std::vector<Move> stored;
+        std::istringstream words(moves);
+        for (std::string word; words >> word;) {
+            stored.push_back(readMove(board, word));
+            EXPECT_NE(stored.back(), NoMove) << word;
+            storeHere(stored.back());
+            board.playGameMove(stored.back());
+        }
+        return stored;
+    }
+
+    void storeHere(Move move) {
+        transpositionTable.store(board.hashKey, 1, 0, BoundExact, move, false, 16);
+    }
+
+    ModernPv pv;
+};
+
+TEST_F(ModernPvTest, RendersWhatTheSearchFinds) {
+    const struct {
+        const char* fen;
+        int depth;
+        bool endless;  // the sides can only go to and fro
+    } cases[] = {
+        {"r2q1rk1/1b2bppp/p1n1pn2/1p6/3N4/1BN1B3/PPP2PPP/R2QR1K1 w - - 2 13", 6, false},
+        {"8/2k5/8/1p1p1p2/1P1P1P2/8/3K4/8 w - - 0 1", 9, true},
+    };
+    for (const auto& [fen, depth, endless] : cases) {
+        setPosition(fen);
+        RenderingListener listener;
+        (void)theSearcher.think({.maxIteration = depth}, listener);
+        EXPECT_GE(listener.lines, depth - 2);
+        EXPECT_EQ(listener.shortened > 0, endless);
+    }
+}
+
+TEST_F(ModernPvTest, EndsWithTheGame) {
+    const std::string shuffle = "g1f3 g8f6 f3g1 f6g8";
+    store(shuffle + " " + shuffle);
+    board.NewGame();
+    EXPECT_EQ(render({}), shuffle + " " + shuffle) << "the third occurrence";
+    ASSERT_TRUE(playMoves(board, shuffle));
+    EXPECT_EQ(render({}), shuffle) << "counting those of the game";
+    ASSERT_TRUE(playMoves(board, shuffle));
+    EXPECT_EQ(render({}), "g1f3") << "the game is over, and one move is shown";
+
+    setPosition("4k3/8/8/8/8/8/8/R3K3 w - - 97 80");
+    store("a1a2 e8e7 a2a3 e7e8");
+    setPosition("4k3/8/8/8/8/8/8/R3K3 w - - 97 80");
+    EXPECT_EQ(render({}), "a1a2 e8e7 a2a3") << "fifty moves";
+
+    const std::string bare = "8/8/8/8/8/4k3/1r6/K7 w - - 0 1";
+    setPosition(bare);
+    const std::vector<Move> taking = store("a1b2 e3d4");
+    setPosition(bare);
+    EXPECT_EQ(render({taking[0]}), "a1b2") << "bare kings";
+    EXPECT_EQ(render(taking), "a1b2") << "in the principal variation itself";
+
+    // A wrong move in the table, as another position with the same key would leave it
+    const std::string mating = "6k1/5ppp/8/8/8/8/8/R3K3 w - - 0 1";
+    setPosition(mating);
+    const std::vector<Move> mate = store("a1a8");
+    storeHere(makePlainMove(squareNamed("g8"), squareNamed("f8"), BlackKing));
+    setPosition(mating);
+    EXPECT_EQ(render(mate), "a1a8");
+    EXPECT_EQ(render(mate, ModernPv::Notation::San), "Ra8#");
+    EXPECT_EQ(render({NoMove}), "");
+    setPosition("4r1k1/8/8/8/8/8/8/R3K3 w Q - 0 1", Random);
+    storeHere(makePlainMove(squareNamed("e1"), squareNamed("c1"), WhiteKing) |
+              field::Enroque.put(QueenSide));
+    EXPECT_EQ(render({}), "") << "no castling out of check";
+}
+
+TEST_F(ModernPvTest, WritesMovesInEachNotation) {
+    const std::string fen = "4k3/8/8/8/8/8/8/RK5R w KQ - 0 1";
+    setPosition(fen, Random);
+    const std::vector<Move> line = store("O-O e8e7");
+    setPosition(fen, Random);
+    EXPECT_EQ(render(line), "O-O e8e7");
+    EXPECT_EQ(render({line[0]}, ModernPv::Notation::KingOntoRook), "b1h1 e8e7");
+    EXPECT_EQ(render({line[0]}, ModernPv::Notation::San), "O-O Ke7");
+    setPosition("k7/8/8/8/1N3N2/8/1N6/K7 w - - 0 1");
+    EXPECT_EQ(render(store("b4d3"), ModernPv::Notation::San), "") << "played";
+    board.unmakeMove();
+    EXPECT_EQ(render({}, ModernPv::Notation::San), "b4d3") << "Nbd3 would be two knights";
+}
+
+/// Near the end of the undo stack a line is shorter, not wrong.
+TEST_F(ModernPvTest, StaysWithinTheUndoStack) {
+    setPosition("4k3/7p/8/8/8/8/7P/4K3 w - - 0 1");
+    const std::vector<Move> stored = store("e1e2 e8e7 h2h4 h7h5");
+    for (int i = 0; i < 4; ++i) board.unmakeMove();
+    for (const std::uint32_t room : {4U, 5U, 6U, 8U, 100U}) {
+        board.ply = UndoRecords - room;
+        const std::string line = render(stored);
+        EXPECT_EQ(line.substr(0, 4), room > 4 ? "e1e2" : "") << room;
+        EXPECT_EQ(line.size() > 10, room > 6) << line;
+        board.ply = 0;
     }
 }
 
