@@ -257,6 +257,27 @@ TEST_F(TablebaseTest, DirectoriesAndCountOfMen) {
     EXPECT_EQ(tablebases.tbMaxMen, 0);
 }
 
+TEST_F(TablebaseTest, NamesInCapitals) {
+    write("My/Tables/KQK.NBW", KqkSize[0], {{0, 1}});
+    write("My/Tables/KqK.nbb", KqkSize[1], {{0, 2}});
+    const std::string base = folder.string();
+    for (const char* path : {"/My/Tables", "/my/tables", "/MY/tables/", "/my/../my/./Tables"}) {
+        open(Megabyte, "none," + base + path);
+        EXPECT_EQ(valueAt("kqk", 0, 0), 32641) << path;
+        EXPECT_EQ(valueAt("kqk", 1, 0), 32642) << path;
+    }
+    // A name as it is written goes first, for files and for folders, if it leads to the end.
+    write("My/Tables/kqk.nbw", KqkSize[0], {{0, 3}});
+    write("my/other", 0);
+    open(Megabyte, base + "/my/tables");
+    EXPECT_EQ(valueAt("kqk", 0, 0), 32643);
+    write("my/Tables/kqk.nbw", KqkSize[0], {{0, 4}});
+    open(Megabyte, base + "/my/tables");
+    EXPECT_EQ(valueAt("kqk", 0, 0), 32644);
+    open(Megabyte, base + "/my/tables/none");
+    EXPECT_EQ(tablebases.tbMaxMen, 0);
+}
+
 class TablebaseSearchTest : public TablebaseTest {
 protected:
     int think(std::string_view fen, int depth) {

@@ -9,6 +9,7 @@
 
 #include "egtb/block_cache.h"
 #include "egtb/material_lookup.h"
+#include "egtb/table_directory.h"
 #include "egtb/table_files.h"
 #include "egtb/table_index.h"
 #include "egtb/tablebase_probe.h"
@@ -35,8 +36,9 @@ int compressedFiles = 0;
     EndAtOnce("Cannot allocate " + std::to_string(bytes) + " bytes of memory");
 }
 
-/// Null for a folder, which some systems can open, and for a pipe, which would block.
+/// Null for no path, a folder, which some systems can open, and a pipe, which would block.
 TableFile openRegularFile(const std::string& path) {
+    if (path.empty()) return nullptr;
     std::error_code error;
     return std::filesystem::is_regular_file(path, error) ? openTableFile(path) : nullptr;
 }
@@ -72,13 +74,11 @@ struct FileSlot {
     /// Without a separator.
     [[nodiscard]] std::string extension() const { return side == 0 ? "nbw" : "nbb"; }
 
-    [[nodiscard]] std::string stem(std::string_view dir) const {
+    [[nodiscard]] std::string stem() const {
         constexpr std::string_view PartLetters = "0123456789abcdefgh";
-        std::string path(dir);
-        if (!path.empty() && path.back() != '/') path += '/';
-        path += table.signature();
-        if (isSplit()) path += std::string(".") + PartLetters[part];
-        return path;
+        std::string name(table.signature());
+        if (isSplit()) name += std::string(".") + PartLetters[part];
+        return name;
     }
 };
 
@@ -126,8 +126,8 @@ std::unique_ptr<DatacompFile> readHeader(const std::string& path, const FileSlot
 }
 
 /// Opens the compressed file under the first of its names that exists; null if none does.
-TableFile openCompressed(const FileSlot& slot, std::string_view dir, std::string& path) {
-    const std::string stem = slot.stem(dir);
+TableFile openCompressed(const FileSlot& slot, const TableDirectory& dir, std::string& path) {
+    const std::string stem = slot.stem();
     const std::string extension = slot.extension();
     const std::pair<bool, std::string> names[] = {
         {true, stem + "." + extension + ".emd"},
@@ -136,19 +136,17 @@ TableFile openCompressed(const FileSlot& slot, std::string_view dir, std::string
         {slot.table.id <= LastShortName, stem + extension + ".emd"}};
     for (const auto& [allowed, name] : names) {
         if (!allowed) continue;
-        if (TableFile file = openRegularFile(name)) {
-            path = name;
-            return file;
-        }
+        path = dir.pathOf(name);
+        if (TableFile file = openRegularFile(path)) return file;
     }
     return nullptr;
 }
 
-bool RegisterFile(const FileSlot& slot, std::string_view dir) {
+bool RegisterFile(const FileSlot& slot, const TableDirectory& dir) {
     std::unique_ptr<TableSide>& files = tableSide(slot.table.id, slot.side);
     if (files != nullptr && !files->parts[slot.part].fileName.empty()) return true;
 
-    std::string path = slot.stem(dir) + "." + slot.extension();
+    std::string path = dir.pathOf(slot.stem() + "." + slot.extension());
     std::unique_ptr<DatacompFile> decoder;
     if (const TableFile plain = openRegularFile(path)) {
         checkPlainFile(path, slot, plain.get());
@@ -168,7 +166,7 @@ bool RegisterFile(const FileSlot& slot, std::string_view dir) {
     return true;
 }
 
-bool RegisterTableSide(const TablebaseDescriptor& table, unsigned side, std::string_view dir) {
+bool RegisterTableSide(const TablebaseDescriptor& table, unsigned side, const TableDirectory& dir) {
     const std::size_t parts = partCount(table, side);
     std::size_t part = 0;
     while (part < parts && RegisterFile({table, side, part}, dir)) ++part;
@@ -176,7 +174,9 @@ bool RegisterTableSide(const TablebaseDescriptor& table, unsigned side, std::str
 }
 
 /// Returns the largest id of which it found a file.
-int registerDirectory(std::string_view dir) {
+int registerDirectory(std::string_view name) {
+    const TableDirectory dir(name);
+    if (!dir.exists()) return 0;
     int largest = 0;
     for (const TablebaseDescriptor& table : tablebaseDescriptors) {
         if (table.id == 0) continue;

@@ -11,8 +11,9 @@ namespace brivok {
 /// gets no closing line. Do not call any of this during a search.
 
 /// Looks for table files in the directories of `dir`, a list separated by "," or ";", unless that
-/// list is already in use, and creates the cache if there are any. An empty list means the current
-/// directory, which is searched at every call.
+/// list is already in use, and creates the cache if there are any. Names of directories and files
+/// are compared without regard to case. An empty list means the current directory, which is
+/// searched at every call.
 void InitTablebases(const std::string& dir, std::uint32_t cacheBytes);
 
 /// Replaces the cache by an empty one, if there are tables. Ends the program with code 1 if memory

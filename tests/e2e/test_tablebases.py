@@ -81,9 +81,10 @@ def test_damaged_files_end_the_process(tmp_path, tables, name, content, words):
 
 
 def test_options(start, tmp_path):
-    """The path becomes lower case and may hold spaces. Setting it again changes nothing."""
-    (tmp_path / "my tables").mkdir()
-    table = tmp_path / "my tables/kqk.nbb"
+    """The path becomes lower case, finds names with capitals all the same, and may hold spaces.
+    Setting it again changes nothing."""
+    (tmp_path / "My tables").mkdir()
+    table = tmp_path / "My tables/KQK.nbb"
     table.write_bytes(plain("kqk.nbb", MATED_IN_8))
     (tmp_path / "brivok.ini").write_text("LogInSingleFile: true\n")
     engine = start(uci=False)
