@@ -57,6 +57,7 @@ TEST_F(ModernOptionsTest, EveryOptionTakesItsValuesAndNoOthers) {
         if (option.kind == OptionKind::Spin) {
             // Sixteenths keep half a ply
             good = {std::to_string(option.lower), std::to_string(std::min(option.upper, 50))};
+            bad = {{"", "a value is missing"}};
             const std::string range = " is not between " + std::to_string(option.lower) + " and " +
                                       std::to_string(option.upper);
             for (const std::string& value :
@@ -64,13 +65,14 @@ TEST_F(ModernOptionsTest, EveryOptionTakesItsValuesAndNoOthers) {
                   std::to_string(option.lower + 65536), std::string("99999999999999999999")}) {
                 bad.emplace_back(value, value + range);
             }
-            for (const char* value : {"", "x", "5x", "0x10", "1.5", "-", " 1"}) {
+            for (const char* value : {"x", "5x", "0x10", "1.5", "-", " 1"}) {
                 bad.emplace_back(value, std::string(value) + " is not a whole number");
             }
             if (name == "UCI_Elo") good[1] = "2000";
         } else if (option.kind == OptionKind::Check) {
+            bad = {{"", "a value is missing"}};
             good = {before == "true" ? "false" : "true", before};
-            for (const char* value : {"", "yes", "2", "true false"}) {
+            for (const char* value : {"Yes", "2", "true false"}) {
                 bad.emplace_back(value, std::string(value) + " is not true or false");
             }
         } else if (option.kind == OptionKind::Button) {

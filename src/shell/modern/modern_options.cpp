@@ -157,12 +157,15 @@ std::string adapt(std::string& value, const Option& option) {
         case OptionKind::String:
             if (value == "<empty>") value.clear();
             return "";
-        case OptionKind::Check:
-            value = lowerCase(value);
-            if (value == "1") value = "true";
-            if (value == "0") value = "false";
-            return value == "true" || value == "false" ? "" : value + " is not true or false";
-        case OptionKind::Spin: break;
+        default:
+            if (value.empty()) return "a value is missing";
+    }
+    if (option.kind == OptionKind::Check) {
+        const std::string word = lowerCase(value);
+        const bool on = word == "true" || word == "1";
+        if (!on && word != "false" && word != "0") return value + " is not true or false";
+        value = switchText(on);
+        return "";
     }
     if (!isWholeNumber(value)) return value + " is not a whole number";
     const std::int64_t number = parseInteger(value);
