@@ -16,7 +16,9 @@
 
 #include "engine_fixture.h"
 #include "search/searcher.h"
+#include "shell/base/version.h"
 #include "shell/extra_handler.h"
+#include "shell/modern/modern_options.h"
 #include "shell/settings_table.h"
 #include "shell/uci_handler.h"
 #include "shell/winboard_handler.h"
@@ -112,30 +114,62 @@ std::string rowText(const std::string& name, const std::string& kind, const std:
     return "| `" + name + "` | " + kind + " | " + initial + " | " + range + " |";
 }
 
+std::string rowOf(const Option& option, const std::string& initial) {
+    std::string range;
+    if (option.kind == OptionKind::Spin) {
+        range = std::to_string(option.lower) + " to " + std::to_string(option.upper);
+    }
+    return rowText(option.name, kindText(option.kind), initial, range);
+}
+
+/// Compares the table of options below a heading with the expected rows, in their order. Returns
+/// the meanings by name.
+std::map<std::string, std::string> expectOptions(const std::string& heading,
+                                                 const std::vector<std::string>& expected) {
+    const std::string page = "docs/protocols.md";
+    std::vector<std::string> told;
+    std::map<std::string, std::string> meanings;
+    for (const Cells& row : rowsOf(page, heading, "Option")) {
+        EXPECT_EQ(row.size(), 5U) << row[0];
+        if (row.size() != 5) continue;
+        const std::string name = codeOf(row[0]).at(0);
+        told.push_back(rowText(name, row[1], row[2], row[3]));
+        meanings[name] = row[4];
+    }
+    expectSame(page, {told.begin(), told.end()}, {expected.begin(), expected.end()});
+    EXPECT_TRUE(::testing::Test::HasFailure() || told == expected)
+        << page << " has another order than the listing";
+    return meanings;
+}
+
 TEST_F(PagesTest, Options) {
     std::vector<std::string> expected;
     std::map<std::string, std::string> acceptedNames;
     for (const auto& [rule, key, option] : settingsTable()) {
         if (option.name == nullptr) continue;
-        std::string range;
-        if (option.kind == OptionKind::Spin) {
-            range = std::to_string(option.lower) + " to " + std::to_string(option.upper);
-        }
-        expected.push_back(rowText(option.name, kindText(option.kind), rule.show(), range));
+        expected.push_back(rowOf(option, rule.show()));
         if (option.acceptedName != nullptr) acceptedNames[option.name] = option.acceptedName;
     }
-    const std::string page = "docs/protocols.md";
-    std::vector<std::string> told;
-    for (const Cells& row : rowsOf(page, "Options", "Option")) {
-        ASSERT_EQ(row.size(), 5U) << row[0];
-        const std::string name = codeOf(row[0]).at(0);
-        told.push_back(rowText(name, row[1], row[2], row[3]));
-        if (!acceptedNames.contains(name)) continue;
-        const std::vector<std::string> others = codeOf(row[4]);
-        EXPECT_EQ(std::count(others.begin(), others.end(), acceptedNames[name]), 1) << row[4];
+    std::map<std::string, std::string> meanings = expectOptions("Options", expected);
+    for (const auto& [name, accepted] : acceptedNames) {
+        const std::vector<std::string> others = codeOf(meanings[name]);
+        EXPECT_EQ(std::count(others.begin(), others.end(), accepted), 1) << meanings[name];
     }
-    expectSame(page, {told.begin(), told.end()}, {expected.begin(), expected.end()});
-    EXPECT_TRUE(HasFailure() || told == expected) << page << " has another order than the listing";
+}
+
+TEST_F(PagesTest, FurtherOptions) {
+    const auto plainOptions = std::ranges::count_if(
+        settingsTable(), [](const Setting& setting) { return setting.option.name != nullptr; });
+    std::vector<std::string> expected;
+    for (const auto& [rule, option, form] :
+         modernOptions().subspan(static_cast<std::size_t>(plainOptions))) {
+        std::string initial = rule.show();
+        if (initial.starts_with(EngineName)) {
+            initial.replace(0, std::string(EngineName).size(), "Brivok ...");
+        }
+        expected.push_back(rowOf(option, initial));
+    }
+    (void)expectOptions("Further options", expected);
 }
 
 TEST_F(PagesTest, Keys) {
@@ -168,10 +202,10 @@ TEST_F(PagesTest, Keys) {
 TEST_F(PagesTest, DictionariesOfSettings) {
     Names keys;
     Names options;
-    for (const auto& [rule, key, option] : settingsTable()) {
-        if (key != nullptr) keys.insert(std::string(key) + " ");
-        if (option.name != nullptr) options.insert(option.nameToSet());
+    for (const Setting& setting : settingsTable()) {
+        if (setting.key != nullptr) keys.insert(std::string(setting.key) + " ");
     }
+    for (const ModernOption& row : modernOptions()) options.insert(row.option.nameToSet());
     Names keysTold = entriesOf("fuzz/settings.dict");
     std::erase_if(keysTold, [](const std::string& entry) { return !entry.ends_with(": "); });
     expectSame("fuzz/settings.dict", keysTold, keys);
@@ -179,6 +213,7 @@ TEST_F(PagesTest, DictionariesOfSettings) {
     // The entries that start with a capital; moves do not
     Names optionsTold = entriesOf("fuzz/uci.dict");
     std::erase_if(optionsTold, [](const std::string& entry) {
+        if (entry.starts_with("UCI_")) return false;
         return entry.size() < 2 || std::isupper(static_cast<unsigned char>(entry[0])) == 0 ||
                std::islower(static_cast<unsigned char>(entry[1])) == 0;
     });
