@@ -1,7 +1,11 @@
 #include "shell/modern/modern_options.h"
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <string>
 #include <utility>
@@ -50,7 +54,7 @@ void expectSet(std::string_view name, const std::string& value) {
 
 TEST_F(ModernOptionsTest, EveryOptionTakesItsValuesAndNoOthers) {
     settings.logInSingleFile = true;  // there is no folder for numbered logs
-    for (const auto& [rule, option, form] : modernOptions()) {
+    for (const auto& [rule, option, form, isMemory] : modernOptions()) {
         const std::string name = option.name;
         const std::string before = rule.show();
         std::vector<std::string> good;
@@ -204,6 +208,26 @@ TEST(MemorySpread, NeverMoreThanAllowed) {
         const HashSizes sizes = spreadMemory(megabytes, Most);
         EXPECT_LE(sizes.main + sizes.evaluations + sizes.pawns, megabytes);
     }
+}
+
+/// Megabytes that the process has reserved.
+std::uint64_t reserved() {
+    std::uint64_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    return pages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE)) / Megabyte;
+}
+
+TEST_F(ModernOptionsTest, RefusedMemory) {
+    if (SlowBuild) GTEST_SKIP() << "a sanitizer needs its address space";
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_AS, &before), 0);
+    const rlimit small{(reserved() + 70) * Megabyte, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_AS, &small), 0);
+    EXPECT_EQ(setModernOption("Hash", "1024"), "option Hash: there is no room for 1024 MB");
+    EXPECT_EQ(settings.hashMB, 1U);
+    setMemory(1000);
+    EXPECT_EQ(settings.hashMB, 32U);
+    EXPECT_EQ(::setrlimit(RLIMIT_AS, &before), 0);
 }
 
 TEST_F(ModernOptionsTest, Memory) {

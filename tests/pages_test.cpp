@@ -161,13 +161,13 @@ TEST_F(PagesTest, FurtherOptions) {
     const auto plainOptions = std::ranges::count_if(
         settingsTable(), [](const Setting& setting) { return setting.option.name != nullptr; });
     std::vector<std::string> expected;
-    for (const auto& [rule, option, form] :
+    for (const ModernOption& row :
          modernOptions().subspan(static_cast<std::size_t>(plainOptions))) {
-        std::string initial = rule.show();
+        std::string initial = row.rule.show();
         if (initial.starts_with(EngineName)) {
             initial.replace(0, std::string(EngineName).size(), "Brivok ...");
         }
-        expected.push_back(rowOf(option, initial));
+        expected.push_back(rowOf(row.option, initial));
     }
     (void)expectOptions("Further options", expected);
 }

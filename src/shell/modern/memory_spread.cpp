@@ -2,6 +2,10 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstdlib>
+#include <memory>
+
+#include "shell/base/settings.h"
 
 namespace brivok {
 
@@ -15,6 +19,14 @@ HashSizes spreadMemory(std::uint32_t megabytes, const HashSizes& most) {
     left -= sizes.evaluations;
     sizes.pawns = std::min({std::bit_floor(left), sizes.main, most.pawns});
     return sizes;
+}
+
+bool isMemoryGranted(std::uint32_t megabytes) {
+    const std::unique_ptr<void, decltype(&std::free)> block(
+        std::malloc(std::size_t{megabytes} * Megabyte), &std::free);
+    // Without somebody to look at it, a compiler may leave the allocation out.
+    void* const volatile address = block.get();
+    return address != nullptr;
 }
 
 }  // namespace brivok

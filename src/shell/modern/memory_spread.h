@@ -18,4 +18,7 @@ struct HashSizes {
 /// The main table gets as much as leaves something for the others, then the one of evaluations.
 [[nodiscard]] HashSizes spreadMemory(std::uint32_t megabytes, const HashSizes& most);
 
+/// Whether the system grants this much memory, beyond what is in use.
+[[nodiscard]] bool isMemoryGranted(std::uint32_t megabytes);
+
 }  // namespace brivok

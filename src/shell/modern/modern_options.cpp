@@ -80,6 +80,11 @@ constexpr Rule About{
 
 // --- The table ---------------------------------------------------------------------------------
 
+constexpr char MainHash[] = "Hash";
+constexpr char EvalHash[] = "EvaluationHash";
+constexpr char PawnHash[] = "PawnHash";
+constexpr bool IsMemory = true;
+
 constexpr int MostLines = 64;
 constexpr int LongestOverhead = 5000;  // milliseconds
 
@@ -90,6 +95,10 @@ using enum WinBoardForm;
 // clang-format off
 /// Options of the plain table that are treated otherwise here.
 constexpr ModernOption Changed[] = {
+    {AsPlain,                     {MainHash, Spin}, ByKind, IsMemory},
+    {AsPlain,                     {EvalHash, Spin}, ByKind, IsMemory},
+    {AsPlain,                     {PawnHash, Spin}, ByKind, IsMemory},
+    {AsPlain,                     {"NalimovCache", Spin}, ByKind, IsMemory},
     {EndgameFolders,              {"NalimovPath", String}, Path},
     {AsPlain,                     {"Ponder", Check}, Hidden},
     {AsPlain,                     {"PlayFRC", Check}, Hidden},
@@ -115,6 +124,7 @@ std::vector<ModernOption> joinedTable() {
             if (std::string_view(changed.option.name) != option.name) continue;
             if (changed.rule.fromOption != nullptr) row.rule = changed.rule;
             row.form = changed.form;
+            row.isMemory = changed.isMemory;
         }
         table.push_back(row);
     }
@@ -151,7 +161,8 @@ bool isWholeNumber(std::string_view text) {
 }
 
 /// Brings the value into the form that rules expect. Returns what is wrong with it, or nothing.
-std::string adapt(std::string& value, const Option& option) {
+std::string adapt(std::string& value, const ModernOption& row) {
+    const Option& option = row.option;
     switch (option.kind) {
         case OptionKind::Button: return value.empty() ? "" : "a button takes no value";
         case OptionKind::String:
@@ -169,9 +180,12 @@ std::string adapt(std::string& value, const Option& option) {
     }
     if (!isWholeNumber(value)) return value + " is not a whole number";
     const std::int64_t number = parseInteger(value);
-    if (number >= option.lower && number <= option.upper) return "";
-    return value + " is not between " + std::to_string(option.lower) + " and " +
-           std::to_string(option.upper);
+    if (number < option.lower || number > option.upper) {
+        return value + " is not between " + std::to_string(option.lower) + " and " +
+               std::to_string(option.upper);
+    }
+    const bool isGranted = !row.isMemory || isMemoryGranted(static_cast<std::uint32_t>(number));
+    return isGranted ? "" : "there is no room for " + value + " MB";
 }
 
 // --- WinBoard ----------------------------------------------------------------------------------
@@ -198,18 +212,14 @@ std::string featureText(const ModernOption& row) {
 
 // --- Memory ------------------------------------------------------------------------------------
 
-constexpr char MainHash[] = "Hash";
-constexpr char EvalHash[] = "EvaluationHash";
-constexpr char PawnHash[] = "PawnHash";
-
 std::uint32_t mostOf(const char* name) {
     return static_cast<std::uint32_t>(findOption(name)->option.upper);
 }
 
 void resizeTo(const char* name, std::uint32_t megabytes) {
-    const auto& [rule, option, form] = *findOption(name);
+    const ModernOption& row = *findOption(name);
     const std::string size = std::to_string(megabytes);
-    if (rule.show() != size) rule.fromOption(option, size);
+    if (row.rule.show() != size) row.rule.fromOption(row.option, size);
 }
 
 }  // namespace
@@ -220,8 +230,8 @@ std::span<const ModernOption> modernOptions() {
 }
 
 void listModernOptions(Application& app) {
-    for (const auto& [rule, option, form] : modernOptions()) {
-        Print(app, "%s", optionLine(option, rule.show()).c_str());
+    for (const ModernOption& row : modernOptions()) {
+        Print(app, "%s", optionLine(row.option, row.rule.show()).c_str());
     }
 }
 
@@ -238,13 +248,14 @@ std::string setModernOption(std::string_view name, const std::string& value) {
     const ModernOption* row = findOption(name);
     if (row == nullptr) return "no option named " + std::string(name);
     std::string adapted = value;
-    const std::string fault = adapt(adapted, row->option);
+    const std::string fault = adapt(adapted, *row);
     if (!fault.empty()) return std::string("option ") + row->option.name + ": " + fault;
     row->rule.fromOption(row->option, adapted);
     return "";
 }
 
 void setMemory(std::uint32_t megabytes) {
+    while (megabytes > 0 && !isMemoryGranted(megabytes)) megabytes /= 2;
     const std::uint32_t cache = tablebases.tbMaxMen != 0 ? settings.EGTBCacheBytes / Megabyte : 0;
     const HashSizes sizes = spreadMemory(megabytes - std::min(megabytes, cache),
                                          {mostOf(MainHash), mostOf(EvalHash), mostOf(PawnHash)});

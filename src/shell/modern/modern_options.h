@@ -35,6 +35,7 @@ struct ModernOption {
     Rule rule;
     Option option;
     WinBoardForm form = WinBoardForm::ByKind;
+    bool isMemory = false;  ///< megabytes, which the system may refuse
 };
 
 /// The options of the plain handlers in their order, some with other rules, then further ones.
