@@ -11,10 +11,10 @@ bool Searcher::endsByItself() const {
     return nodeLimit != 0 || maxIteration < NoFixedDepth || isTimed();
 }
 
-/// Fixed depth, pondering and analysis ignore the clock, whatever the budget.
+/// Pondering, analysis and, unless the clock counts too, fixed depth ignore the budget.
 bool Searcher::isTimed() const {
-    return clock.allocated != 0 && maxIteration == NoFixedDepth &&
-           searchMode != SearchMode::Pondering && searchMode != SearchMode::Analysing;
+    return clock.allocated != 0 && usesClock() && searchMode != SearchMode::Pondering &&
+           searchMode != SearchMode::Analysing;
 }
 
 bool Searcher::pollInputAndClock() {

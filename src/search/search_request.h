@@ -19,7 +19,7 @@ inline constexpr int NoFixedDepth = 40;
 /// What a caller wants from one search of the position on the board.
 struct SearchRequest {
     SearchMode mode = SearchMode::Thinking;  ///< Idle searches like Thinking
-    /// Last iteration; any value but NoFixedDepth disables the clock.
+    /// Last iteration; any value but NoFixedDepth disables the clock, unless `clockCounts`.
     int maxIteration = NoFixedDepth;
     std::uint32_t nodeLimit = 0;  ///< stop after this many nodes; 0 for no limit
     /// The clocks, if they come with the request. Otherwise the clocks of the current game are
@@ -39,6 +39,7 @@ struct SearchRequest {
     /// Number of best lines to search, from 1. With more than one, the listener hears onLines()
     /// instead of onIteration().
     int lines = 1;
+    bool clockCounts = false;       ///< the clock counts beside a last iteration, too
     int mateIn = 0;                 ///< end when a mate in this many moves is found; 0 for none
     bool searchesOnlyMove = false;  ///< search a single legal move like any other
 };

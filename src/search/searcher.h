@@ -212,6 +212,8 @@ private:
     [[nodiscard]] bool mayGoOn(std::uint32_t used);
     [[nodiscard]] bool endsByItself() const;
     [[nodiscard]] bool isTimed() const;
+    /// Whether the clock has a say in a search for a move.
+    [[nodiscard]] bool usesClock() const { return clockCounts || maxIteration == NoFixedDepth; }
     [[nodiscard]] std::uint32_t elapsed() const;
 
     // --- Parts ------------------------------------------------------------------------------
@@ -224,6 +226,7 @@ private:
     const TablebaseState& tablebases;
     SearchListener* listener = nullptr;  ///< of the current search
     bool keepsGame = false;              ///< see SearchRequest
+    bool clockCounts = false;            ///< see SearchRequest
 
     // --- State of the current search --------------------------------------------------------
 

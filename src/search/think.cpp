@@ -70,6 +70,7 @@ void Searcher::prepare(const SearchRequest& request) {
     nodeLimit = request.nodeLimit;
     searchStartTime = request.startTime;
     keepsGame = request.keepsGame;
+    clockCounts = request.clockCounts;
     if (request.clock) clock = *request.clock;
 
     stats = {};
@@ -197,11 +198,12 @@ void Searcher::noteFinishedIteration() {
 
 void Searcher::allocateBudget() {
     clock.allocated = 0;
-    if (searchMode == SearchMode::Analysing || maxIteration != NoFixedDepth) return;
+    if (searchMode == SearchMode::Analysing || !usesClock()) return;
     if (clock.kind != ClockKind::Conventional) {
         clock.movesLeft = 0;
     } else if (keepsGame) {
-        clock.movesLeft = clock.movesPerSession - board->gamePly() / 2 % clock.movesPerSession;
+        const std::uint32_t movesMade = (board->gamePly() - clock.startPly) / 2;
+        clock.movesLeft = clock.movesPerSession - movesMade % clock.movesPerSession;
     }
     setBudget();
     if (!keepsGame && clock.movesLeft == 1) {

@@ -25,8 +25,11 @@ struct TimeControl {
     std::uint32_t ownIncrement = 0;     ///< added after each move
     std::uint32_t oppIncrement = 0;     ///< added after each of the opponent's moves
     std::uint32_t movesPerSession = 0;  ///< 0 unless the control is conventional
-    std::uint32_t fixedTime = 0;        ///< per move, for ClockKind::FixedTime
-    std::uint32_t oppFixedTime = 0;     ///< the same for the opponent
+    /// Half-moves of the game before the first time control; the moves to the next one are counted
+    /// from here. At most the half-moves on the board.
+    std::uint32_t startPly = 0;
+    std::uint32_t fixedTime = 0;     ///< per move, for ClockKind::FixedTime
+    std::uint32_t oppFixedTime = 0;  ///< the same for the opponent
     /// Whether a clock was given for this move. A budget of 0 then becomes the shortest budget
     /// instead of no limit.
     bool clockGiven = false;
