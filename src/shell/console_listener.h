@@ -15,7 +15,7 @@ public:
 };
 
 /// As above for WinBoard: moves are in SAN, and book moves and hints are announced.
-class WinBoardListener final : public ConsoleListener {
+class WinBoardListener : public ConsoleListener {
 public:
     using ConsoleListener::ConsoleListener;
 

@@ -77,12 +77,16 @@ SearchRequest WinBoardHandler::nextSearch() {
 /// Runs one search and acts on the result. False if it yielded neither a move nor the end of the
 /// game.
 bool WinBoardHandler::runSearch() {
-    Searcher& searcher = theSearcher;
-    const Move move = searcher.think(nextSearch(), listener);
+    const Move move = theSearcher.think(nextSearch(), searchListener());
 
     // Read now, because a ponder hit may have changed it during the call.
-    const SearchMode mode = searcher.searchMode;
-    searcher.searchMode = SearchMode::Idle;
+    const SearchMode mode = theSearcher.searchMode;
+    theSearcher.searchMode = SearchMode::Idle;
+    return useResult(mode, move);
+}
+
+bool WinBoardHandler::useResult(SearchMode mode, Move move) {
+    Searcher& searcher = theSearcher;
     if (mode == SearchMode::Pondering) {
         endPondering();
     } else if (mode == SearchMode::Analysing) {
@@ -109,13 +113,16 @@ void WinBoardHandler::playEngineMove(Move move) {
 }
 
 /// A draw by rule replaces any result left by the search.
-void WinBoardHandler::testGameEnd() {
-    GameOutcome& outcome = theSearcher.gameOutcome;
+GameOutcome WinBoardHandler::outcomeToClaim() {
     const GameOutcome draw = drawnBy<GameOutcome::Repetition, GameOutcome::FiftyMoves,
                                      GameOutcome::InsufficientMaterial>(theBoard);
-    if (draw != GameOutcome::None) {
-        outcome = draw;
-    } else if (outcome == GameOutcome::None) {
+    return draw != GameOutcome::None ? draw : theSearcher.gameOutcome;
+}
+
+void WinBoardHandler::testGameEnd() {
+    const GameOutcome outcome = outcomeToClaim();
+    theSearcher.gameOutcome = outcome;
+    if (outcome == GameOutcome::None) {
         if (resignCounter <= PatientMoves) return;
         gameOver = true;
         Print(app, engineSide == White ? "0-1 {White resigns}\n" : "1-0 {Black resigns}\n");

@@ -63,6 +63,17 @@ const std::string* WinBoardHandler::Line::word(std::size_t index) const {
     return index < words.size() && !words[index].empty() ? &words[index] : nullptr;
 }
 
+std::string WinBoardHandler::Line::rest(int skipped) const {
+    constexpr std::string_view Blanks = " \n";
+    const std::string_view all = text;
+    std::size_t at = std::min(all.find_first_not_of(Blanks), all.size());
+    for (; skipped > 0; --skipped) {
+        at = std::min(all.find_first_of(Blanks, at), all.size());
+        at = std::min(all.find_first_not_of(Blanks, at), all.size());
+    }
+    return std::string(all.substr(at, all.find_last_not_of(Blanks) + 1 - at));
+}
+
 WinBoardHandler::WinBoardHandler(Application& application) : ProtocolHandler(application) {
     Print(app, "feature done=0\n");
     ReadConfiguration();
@@ -181,7 +192,10 @@ std::vector<std::string_view> WinBoardHandler::commands(SearchMode mode) {
 void WinBoardHandler::ProcessCommand(std::string_view text) {
     const Line line{SplitWords(text), std::string(text)};
     LogOnly(app, "WB Received: %s\n", line.text.c_str());
-    if (line.words.empty()) return;
+    if (!line.words.empty()) obey(line);
+}
+
+void WinBoardHandler::obey(const Line& line) {
     const SearchMode mode = theSearcher.searchMode;
     const std::string& word = line.words[0];
     if (execute(table(mode), word, *this, line)) return;
@@ -326,10 +340,14 @@ void WinBoardHandler::takePonderedMove(const Line& line) {
         theSearcher.stopSearch = true;
         return;
     }
+    takePonderHit();
+    strMovDuranteBusqueda.clear();
+}
+
+void WinBoardHandler::takePonderHit() {
     LogOnly(app, "Search mode switched to normal\n");
     theSearcher.takePonderHit();
     LogOnly(app, "Left time: %d Thinking time: %d\n", timeControl.ownTime, timeControl.allocated);
-    strMovDuranteBusqueda.clear();
 }
 
 }  // namespace brivok

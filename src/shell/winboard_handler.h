@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "board/move.h"
+#include "search/game_end.h"
+#include "search/search_request.h"
 #include "shell/base/application.h"
 #include "shell/base/protocol_handler.h"
 #include "shell/command_table.h"
@@ -41,6 +43,9 @@ protected:
         /// The word at the index; nullptr if it is missing or empty.
         [[nodiscard]] const std::string* word(std::size_t index) const;
 
+        /// The text behind the first `skipped` words, without blanks at either end.
+        [[nodiscard]] std::string rest(int skipped) const;
+
         /// The move text in a line that contains a move.
         [[nodiscard]] const std::string& moveText() const;
     };
@@ -67,14 +72,25 @@ protected:
     void unknown(const Line& line);
     void playUserMove(const Line& line);
     void takePonderedMove(const Line& line);
+    void takePonderHit();
+
+    /// Carries out a line with at least one word.
+    virtual void obey(const Line& line);
 
     // --- Flow of the game: game_flow.cpp ----------------------------------------------------
 
-    [[nodiscard]] bool wantsSearch() const;
+    /// Whether a search is to be started before the next line is read.
+    [[nodiscard]] virtual bool wantsSearch() const;
     [[nodiscard]] bool runSearch();
-    [[nodiscard]] SearchRequest nextSearch();
+    [[nodiscard]] virtual SearchRequest nextSearch();
+    [[nodiscard]] virtual SearchListener& searchListener() { return listener; }
+    /// Acts on what a search in this mode has found. False if that is neither a move nor the end of
+    /// the game.
+    [[nodiscard]] virtual bool useResult(SearchMode mode, Move move);
     void playEngineMove(Move move);
     void testGameEnd();
+    /// What the engine claims in the position on the board: after its move, or when it has none.
+    [[nodiscard]] virtual GameOutcome outcomeToClaim();
     void endPondering();
 
     static const Command AnalysisCommands[];
