@@ -4,6 +4,7 @@
 
 #include "../common/app_error.h"
 #include "annotation.h"
+#include "other_format.h"
 
 namespace brivok {
 
@@ -30,6 +31,16 @@ RecordImage imageOf(const BookRecord& record) {
 
 }  // namespace
 
+FileHandle openBookFile(const std::string& name) {
+    FileHandle file = openForReading(name);
+    if (hasOtherBookFormat(name)) {
+        fail(name,
+             "is a book in the format of other programs, with records of 16 bytes; Brivok reads "
+             "only its own, which brivok-book build makes from games");
+    }
+    return file;
+}
+
 std::filesystem::path bookTarget(const std::string& name) {
     std::error_code unknown;
     if (!std::filesystem::exists(name, unknown)) return name;
@@ -44,7 +55,7 @@ void BookWriter::add(const BookRecord& record) {
     ++records;
 }
 
-BookReader::BookReader(const std::string& name) : fileName(name), file(openForReading(name)) {}
+BookReader::BookReader(const std::string& name) : fileName(name), file(openBookFile(name)) {}
 
 bool BookReader::next(BookRecord& record) {
     RecordImage image;

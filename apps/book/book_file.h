@@ -19,6 +19,10 @@ constexpr void addGames(std::uint32_t& count, std::uint32_t games) {
     count = games > ~count ? ~std::uint32_t{0} : count + games;
 }
 
+/// Opens a book for reading. Throws AppError as openForReading() does, and for a book in the format
+/// of other programs.
+[[nodiscard]] FileHandle openBookFile(const std::string& name);
+
 /// The file that will hold a book written to `name`: links are followed. Throws AppError if it
 /// exists and is not a plain file.
 [[nodiscard]] std::filesystem::path bookTarget(const std::string& name);
@@ -44,6 +48,7 @@ private:
 /// Reads a book file from start to end and validates it.
 class BookReader {
 public:
+    /// Opens the book as openBookFile() does.
     explicit BookReader(const std::string& name);
 
     /// Reads the next record; false at the end. Throws AppError, with the position in the file, for

@@ -27,7 +27,7 @@ struct ShownMove {
 };
 
 OpeningBook openBook(const std::string& name) {
-    (void)openForReading(name);  // for its error messages
+    (void)openBookFile(name);  // for its error messages
     OpeningBook book(name);
     if (!book.Open()) fail(name, "cannot be opened");
     return book;

@@ -170,6 +170,45 @@ def test_faulty_books(run, tmp_path):
     assert records(tmp_path / "out")[0][1] == 2**32 - 1
 
 
+def test_books_of_other_programs(run, tmp_path):
+    """They are recognised wherever a book is read; damaged books of ours are not taken for them."""
+    theirs = struct.Struct(">QHHI")  # key, move, weight, what was learnt
+    e4, g1f3, d8q = 12 << 6 | 28, 6 << 6 | 21, 4 << 12 | 51 << 6 | 59
+    rng = random.Random(7)
+    keys = sorted(rng.getrandbits(64) for _ in range(297))
+    rows = [(key, rng.choice((e4, g1f3, d8q)), rng.getrandbits(16), 0)
+            for key in [keys[0], *keys, keys[-1]]]
+
+    def save(name, layout, rows, tail=b""):
+        (tmp_path / name).write_bytes(b"".join(layout.pack(*r) for r in rows) + tail)
+
+    save("good", RECORD, [(1, 1, 0, 0, 0), (1 << 63, 0, 0, 1, 0)])
+    for count in 2, 3, 299:  # 48 bytes and multiples are whole records of both formats
+        save("theirs", theirs, rows[-count:])
+        for command in (["check", "theirs"], ["check", "--quick", "theirs"], ["show", "theirs"],
+                        ["lookup", "theirs"], ["merge", "good", "theirs", "-o", "out"]):
+            said = run(*command, fails=True)
+            assert "theirs: is a book in the format of other programs" in said, command
+            assert said.count("\n") == 1
+    assert not (tmp_path / "out").exists()
+
+    # Bytes in neither format are a damaged book of ours.
+    for name, broken in (("order", rows[::-1]), ("move", [*rows, (2**64 - 1, 5 << 12 | e4, 1, 0)]),
+                         ("stays", [*rows, (2**64 - 1, 65, 1, 0)])):
+        save(name, theirs, broken)
+        assert "record 1 (byte 0): its annotation" in run("check", name, fails=True), name
+    save("cut", theirs, rows, b"\0" * 8)
+    assert "record 1 (byte 0): its annotation" in run("check", "cut", fails=True)
+
+    # Books of ours that are in order in both formats, whole and cut to 32 bytes and to 16.
+    both = [(0x80 << 56 | 1, 1, 1, 0x80, 1), (0xFF << 56 | 0x90, 2, 0, 0x91, 0)]
+    save("both", RECORD, both)
+    assert "sound" in run("check", "both")
+    for size in 32, 16:
+        (tmp_path / "piece").write_bytes((tmp_path / "both").read_bytes()[:size])
+        assert "the file ends inside it" in run("check", "piece", fails=True)
+
+
 def test_failures_leave_nothing(run, tmp_path):
     (tmp_path / "games.pgn").write_text(GAMES)
     (tmp_path / "folder").mkdir()
