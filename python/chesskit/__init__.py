@@ -16,5 +16,5 @@ from chesskit.programs import (BENCH_TOOL, BOOK_TOOL, BRIVOK, PATH, ROOT, SLOW, 
 from chesskit.referee import Referee
 from chesskit.script import progress, run_script, script_parser
 from chesskit.standing import Standing
-from chesskit.uci import Score, UciEngine
+from chesskit.uci import Reply, Score, UciEngine
 from chesskit.winboard import RESULTS, WinBoardEngine

@@ -1,7 +1,10 @@
 """A game as the referee sees it, its clocks, and adjudication."""
 
+import copy
+
 from chesskit.board import is_dead
 from chesskit.errors import IllegalMove
+from chesskit.notation import write_san
 from chesskit.referee import Referee
 from chesskit.uci import Reply
 
@@ -19,9 +22,15 @@ class Game:
                  fifty: int = 101) -> None:
         """`fifty`: half-moves without a pawn move or a capture that make a draw. The rules say 100;
         the engine takes a game for drawn one later."""
-        self.referee, self.start, self.fischer, self.fifty = referee, start, fischer, fifty
+        self.referee, self.fischer, self.fifty = referee, fischer, fifty
+        self.restart(start)
+
+    def restart(self, start: str) -> None:
+        """Begins again, from here."""
+        self.start = start
         self.moves: list[str] = []
         self.theirs: list[str] = []  # the same in the referee's words
+        self.sans: list[str] = []  # the same as SAN, with marks of check and mate
         self.seen: list[list[str]] = []  # all positions, but for the counters
         self._look()
 
@@ -36,9 +45,26 @@ class Game:
     def push(self, move: str) -> None:
         if move not in self.legal:
             raise IllegalMove(f"illegal move {move} after {self.line()}")
+        san = write_san(move, self.legal, self.fen)
         self.theirs.append(self.legal[move])
         self.moves.append(move)
         self._look()
+        self.sans.append(san + ("" if not self.check else "+" if self.legal else "#"))
+
+    def pop(self, moves: int = 1) -> None:
+        """Takes back so many moves of those that there are."""
+        kept = len(self.moves) - moves
+        del self.moves[kept:], self.theirs[kept:], self.sans[kept:], self.seen[kept:]
+        self._look()
+
+    def branch(self, *moves: str) -> "Game":
+        """The game after further moves. This one stays as it is."""
+        twin = copy.copy(self)
+        twin.moves, twin.theirs = self.moves.copy(), self.theirs.copy()
+        twin.sans, twin.seen = self.sans.copy(), self.seen.copy()
+        for move in moves:
+            twin.push(move)
+        return twin
 
     def play(self, reply: Reply) -> None:
         """Plays the move of a search. The move to ponder on must be legal too."""

@@ -34,7 +34,9 @@ def read_san(san: str, legal: Collection[str], fen: str) -> str:
 
 
 def write_san(move: str, legal: Collection[str], fen: str) -> str:
-    """The SAN of a legal move of plain chess, without the sign of a check or a mate."""
+    """The SAN of a legal word, without the sign of a check or a mate."""
+    if move.startswith("O-O"):
+        return move
     men = squares(fen)
     start, to, promoted = move[:2], move[2:4], move[4:].upper()
     man = men[start].upper()

@@ -1,5 +1,6 @@
 """A program at the other end of a pipe."""
 
+import math
 import queue
 import subprocess
 import tempfile
@@ -27,6 +28,7 @@ class EngineError(ChessError):
 
 class Process:
     """A running program. Output lines keep the time of their arrival; all times are seconds."""
+    recorded = False  # `transcript` keeps what is said on both sides
 
     def __init__(self, command: Command, folder: Folder = None) -> None:
         self.errors = tempfile.TemporaryFile()
@@ -38,19 +40,27 @@ class Process:
         self.lines: queue.Queue[tuple[float, str | None]] = queue.Queue()
         self.stamp = 0.0  # arrival of the last line taken
         self.last_sent = b""
+        self.transcript: list[tuple[float, str, str]] = []  # when; "<" is said to the program
         self.reader = threading.Thread(target=self._read, daemon=True)
         self.reader.start()
 
     def _read(self) -> None:
         assert self.p.stdout
         for line in self.p.stdout:
-            self.lines.put((time.monotonic(), line.decode("latin-1").rstrip("\n")))
+            text = line.decode("latin-1").rstrip("\n")
+            self.lines.put((time.monotonic(), text))
+            self._record(">", text)
         self.lines.put((time.monotonic(), None))
+
+    def _record(self, mark: str, text: str) -> None:
+        if self.recorded:
+            self.transcript.append((time.monotonic(), mark, text))
 
     def raw(self, data: bytes) -> None:
         """Sends bytes as they are."""
         assert self.p.stdin
         self.last_sent = data[-200:]
+        self._record("<", data.decode("latin-1").rstrip("\n"))
         try:
             self.p.stdin.write(data)
             self.p.stdin.flush()
@@ -97,6 +107,14 @@ class Process:
         """What has arrived and has not been taken, after a pause."""
         time.sleep(seconds)
         return [line for _, line in list(self.lines.queue) if line is not None]
+
+    def waited(self) -> float:
+        """Milliseconds that its threads were ready to run but waited for a processor."""
+        tasks = Path(f"/proc/{self.p.pid}/task").glob("*/schedstat")
+        try:
+            return sum(int(task.read_text().split()[1]) for task in tasks) / 1e6
+        except (OSError, IndexError):  # the process, or one of its threads, is gone
+            return math.nan
 
     def kill(self) -> None:
         self.p.kill()

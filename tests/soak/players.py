@@ -1,7 +1,6 @@
 """The players of a match, over UCI and WinBoard, and the engines of Debian that can be
 opponents."""
 
-import math
 import re
 import time
 from collections import Counter
@@ -67,14 +66,6 @@ class Player(Process):
         self.searched |= any(re.match(r"info depth|[ \d]\d[ .] ", line) for line in lines)
         self.counts["book"] += not self.searched
         self.counts["table"] += any(re.search(r"tbhits[ :]0*[1-9]", line) for line in lines)
-
-    def waited(self) -> float:
-        """Milliseconds that its threads were ready to run but waited for a processor."""
-        tasks = Path(f"/proc/{self.p.pid}/task").glob("*/schedstat")
-        try:
-            return sum(int(task.read_text().split()[1]) for task in tasks) / 1e6
-        except (OSError, IndexError):  # the process, or one of its threads, is gone
-            return math.nan
 
 
 class UciPlayer(UciEngine, Player):
