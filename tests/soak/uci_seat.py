@@ -18,8 +18,9 @@ INFO = re.compile(
     |currmove\ {MOVE}|currmovenumber\ \d+|pv(?P<pv>(?:\ {MOVE})+)))+\ ?""", re.X)
 BESTMOVE = re.compile(rf"bestmove (0000|{MOVE})(?: ponder ({MOVE}))? ?")
 # The budget, which is no part of the protocol, and the diagram after "position".
-UCI_REST = re.compile(r"|readyok|info string .*|## \(Think\).*|   \+(?:---\+){8}| [1-8] \|.*"
-                      r"| {5}(?:[a-h#] {3}){8}")
+REST = re.compile(r"|readyok|info string book move|## \(Think\).*|   \+(?:---\+){8}| [1-8] \|.*"
+                  r"| {5}(?:[a-h#] {3}){8}")
+
 
 
 class Info(NamedTuple):
@@ -58,12 +59,11 @@ class UciSeat(UciEngine, Seat):
             self.set(name, str(value).lower())
         self.idle("ucinewgame")
 
-    def idle(self, *lines: str) -> list[str]:
-        """What is printed behind these lines. No search may be told."""
+    def idle(self, *lines: str) -> None:
+        """What is printed behind these lines, which may be neither a search nor a complaint."""
         self.send(*lines)
         said = self.ready()
-        self.require(all(UCI_REST.fullmatch(line) for line in said), f"says {said} when idle")
-        return said
+        self.require(all(REST.fullmatch(line) for line in said), f"says {said} when idle")
 
     def at(self, game: Game) -> str:
         moves = " moves " + " ".join(game.theirs) if game.theirs else ""
@@ -105,11 +105,11 @@ class UciSeat(UciEngine, Seat):
     def judge(self, reply: Reply, game: Game, among: Sequence[str] = ()) -> str | None:
         told = []
         for line in reply.lines[:-1]:
-            if line.startswith("info ") and not line.startswith("info string"):
+            if line.startswith("info ") and not REST.fullmatch(line):
                 info = self.read_info(line)
                 told += [info] if info else []
             else:
-                self.require(UCI_REST.fullmatch(line), f"says {line!r} in a search")
+                self.require(REST.fullmatch(line), f"says {line!r} in a search")
         words = BESTMOVE.fullmatch(reply.lines[-1])
         if not words:
             self.fail(f"says {reply.lines[-1]!r}")
@@ -260,8 +260,11 @@ class UciSeat(UciEngine, Seat):
             "setoption name UCI_Elo value -5")))
 
     def told_wrong(self, line: str) -> None:
-        said = self.idle(line)
-        self.require(any(x.startswith("info string") for x in said), f"takes {line!r}")
+        self.send(line)
+        said = self.ready()
+        complaints = [x for x in said if x.startswith("info string ")]
+        self.require(complaints, f"takes {line!r}")
+        self.require(all(x in complaints or REST.fullmatch(x) for x in said), f"says {said}")
 
     def change_lines(self, game: Game, _clocks: Clocks) -> None:
         before = self.terms
