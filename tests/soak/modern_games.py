@@ -38,7 +38,7 @@ from uci_seat import UciSeat  # noqa: E402
 from winboard_seat import WinBoardSeat  # noqa: E402
 
 SEATS: dict[str, type[UciSeat] | type[WinBoardSeat]] = {"uci": UciSeat, "winboard": WinBoardSeat}
-BATCH = 10  # games that the same processes play
+BATCH = 10  # most games that the same processes play
 MOST_PLIES = 300
 OFTEN = 0.12  # share of a user's turns with something else than a move
 ENDGAMES = ("8/8/8/4k3/8/8/4P3/4K3 w - - 0 1", "8/8/8/3k4/8/8/8/R3K3 b Q - 0 1",
@@ -67,11 +67,12 @@ def fischer_start(chance: random.Random) -> str:
 def plan(options: argparse.Namespace) -> list[Terms]:
     """The games. Those of a batch have the same protocol and tables."""
     protocols = list(SEATS) if options.protocol == "both" else [options.protocol]
+    size = max(1, min(BATCH, options.games // len(protocols)))
     games = []
     for number in range(options.games + options.frc_games):
         chance = random.Random(f"{options.seed} {number}")
         extra = number >= options.games
-        batch = number // BATCH
+        batch = number // size
         protocol = "uci" if extra else protocols[batch % len(protocols)]
         fischer = extra or chance.random() < 0.15
         start = "startpos"
@@ -82,9 +83,9 @@ def plan(options: argparse.Namespace) -> list[Terms]:
         user = chance.random() < 0.4
         kind = chance.random()
         games.append(Terms(
-            number, protocol, fischer, True, chance.choice((1, 1, 1, 1, 2, 3)),
+            number, batch, protocol, fischer, True, chance.choice((1, 1, 1, 1, 2, 3)),
             book=bool(options.book) and chance.random() < 0.3,
-            tables=bool(options.tables) and batch // len(protocols) % 2 == 0,
+            tables=bool(options.tables) and (batch // len(protocols)) % 2 == 0,
             base=options.time, increment=options.increment,
             session=chance.choice((10, 40)) if kind < 0.15 and not user else 0,
             move_time=chance.choice((10, 20, 50)) if kind > 0.85 else 0,
@@ -216,7 +217,7 @@ class Soak:
 
     def run(self) -> None:
         batches = [list(games) for _, games in itertools.groupby(
-            self.plan, lambda terms: (terms.protocol, terms.tables, terms.number // BATCH))]
+            self.plan, lambda terms: (terms.batch, terms.protocol))]
         with ThreadPoolExecutor(self.options.concurrency) as pool:
             list(pool.map(self.batch, batches))
 

@@ -8,13 +8,14 @@ from typing import NamedTuple
 from chesskit import PATIENCE, SLOW, Clocks, Game, Process
 
 GRACE = 2000 if SLOW else 60  # milliseconds beyond a limit that are forgiven
-ANSWER = 200  # milliseconds until a search has stopped
+ANSWER = 200  # milliseconds in which a search must have stopped
 FOLLOWED = 0.05  # share of the searches whose line of play is followed to its end
 
 
 class Terms(NamedTuple):
     """Of a game. Times are in milliseconds."""
     number: int
+    batch: int  # of games that the same processes play
     protocol: str  # "uci" or "winboard"
     fischer: bool
     ponder: bool
