@@ -30,12 +30,9 @@ void makeFresh() {
     searchStats = SearchStats{};
 
     theSearcher.searchMode = SearchMode::Idle;
-    theSearcher.maxIteration = NoFixedDepth;
-    theSearcher.nodeLimit = 0;
     theSearcher.ponderEnabled = theSearcher.postThinking = true;
     theSearcher.stopSearch = false;
-    theSearcher.ponderMove = NoMove;
-    theSearcher.iterationScore = theSearcher.iteration = theSearcher.selDepth = 0;
+    theSearcher.forgetGame();
     theSearcher.nodesAtIteration.fill(0);
     theBoard.NewGame();
 }

@@ -60,7 +60,8 @@ int Searcher::searchRoot(int alpha, int beta, int depth) {
         // Extensions, not limited
         const int extension = checkExtensionOf(RootPly) + pawnPushExtensionOf(m);
         --rootMovesLeft;
-        if (iteration >= listener->firstToldIteration) listener->onRootMove(progress(), movesDone == 0);
+        if (iteration >= listener->firstToldIteration)
+            listener->onRootMove(progress(), movesDone == 0);
         const int score =
             searchRootMove(m, alpha, beta, depth + extension - OnePly, movesDone, best);
         b.unmakeMove();

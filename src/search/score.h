@@ -9,4 +9,7 @@ namespace brivok {
 inline constexpr int DrawScore = 0;
 inline constexpr int MateScore = 32767;  ///< of a mate at ply 0
 
+/// Moves until the side to move mates, for a score above MateBound.
+[[nodiscard]] constexpr int movesToMate(int score) { return (MateScore + 1 - score) / 2; }
+
 }  // namespace brivok

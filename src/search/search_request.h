@@ -36,11 +36,11 @@ struct SearchRequest {
     /// Root moves to choose from, all of them legal; empty for all legal moves. Must outlive the
     /// search.
     std::span<const Move> searchMoves{};
-    /// Number of best lines to search, from 1. With more than one, the listener hears onLines()
-    /// instead of onIteration().
+    /// Number of best lines to search, from 1 to MaxLines. With more than one, the listener hears
+    /// onLines() instead of onIteration(), and a mate in the first line does not end the search.
     int lines = 1;
-    bool clockCounts = false;       ///< the clock counts beside a last iteration, too
-    int mateIn = 0;                 ///< end when a mate in this many moves is found; 0 for none
+    bool clockCounts = false;  ///< the clock counts beside a last iteration, too
+    int mateIn = 0;            ///< end when a mate in at most this many moves is found; 0 for none
     bool searchesOnlyMove = false;  ///< search a single legal move like any other
 };
 

@@ -28,6 +28,16 @@ void Searcher::onNewGame() {
     gameOutcome = GameOutcome::None;
 }
 
+void Searcher::forgetGame() {
+    gameOutcome = GameOutcome::None;
+    ponderMove = NoMove;
+    hashPonder = 0;
+    bookMove = false;
+    iterationScore = iteration = selDepth = 0;
+    maxIteration = NoFixedDepth;
+    nodeLimit = 0;
+}
+
 std::uint32_t Searcher::elapsed() const { return centiseconds() - searchStartTime; }
 
 SearchProgress Searcher::progress() const {

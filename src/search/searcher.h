@@ -69,6 +69,11 @@ public:
     /// Resets the clocks to their defaults and clears the result of the game.
     void onNewGame() override;
 
+    /// Forgets the results and the limits of the last search, so that the next one starts without
+    /// them: an outcome would end it at once, and limits persist. The hash tables keep what they
+    /// know.
+    void forgetGame();
+
     // --- State that callers may read and set ------------------------------------------------
 
     SearchMode searchMode = SearchMode::Idle;  ///< what the caller wants; Idle between searches
@@ -132,6 +137,10 @@ private:
     bool searchIteration(int& score, Move& bestMove);
     int searchAgain(SearchEvent event, int score, int alpha, int beta, int depth);
     void noteFinishedIteration();
+    /// Whether the score is a mate that ends the deepening: within the nominal depth, or in as few
+    /// moves as the request wants.
+    [[nodiscard]] bool isMateFound(int score) const;
+    [[nodiscard]] bool isWantedMate(int score) const;
     [[nodiscard]] bool isBudgetNearlySpent() const;
     void findPonderMove(Move bestMove);
     void note(const std::string& line) { listener->onNote(line); }
@@ -227,6 +236,7 @@ private:
     SearchListener* listener = nullptr;  ///< of the current search
     bool keepsGame = false;              ///< see SearchRequest
     bool clockCounts = false;            ///< see SearchRequest
+    int mateIn = 0;                      ///< see SearchRequest
 
     // --- State of the current search --------------------------------------------------------
 

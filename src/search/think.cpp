@@ -71,6 +71,7 @@ void Searcher::prepare(const SearchRequest& request) {
     searchStartTime = request.startTime;
     keepsGame = request.keepsGame;
     clockCounts = request.clockCounts;
+    mateIn = request.mateIn;
     if (request.clock) clock = *request.clock;
 
     stats = {};
@@ -105,7 +106,7 @@ Move Searcher::deepen() {
             bestMove = bestRootMove;
             noteFinishedIteration();
             if (!stopSearch) tellIteration(score, SearchEvent::Finished);
-            if (iterationScore > SurelyWon && MateScore - iterationScore < iteration) break;
+            if (isMateFound(iterationScore)) break;
         }
         if (stopSearch || isBudgetNearlySpent()) break;
     }
@@ -158,7 +159,8 @@ int Searcher::searchAgain(SearchEvent event, int score, int alpha, int beta, int
 }
 
 void Searcher::tellIteration(int score, SearchEvent event) {
-    if (iteration >= listener->firstToldIteration) listener->onIteration(progress(), score, event);
+    if (iteration < listener->firstToldIteration) return;
+    listener->onIteration(progress(), score, event);
 }
 
 /// A move from the opening book if one is wanted and known; otherwise NoMove. The book knows
@@ -206,16 +208,16 @@ void Searcher::allocateBudget() {
         clock.movesLeft = clock.movesPerSession - movesMade % clock.movesPerSession;
     }
     setBudget();
-    if (!keepsGame && clock.movesLeft == 1) {
-        const std::uint32_t most = clock.ownTime > ClockReserve ? clock.ownTime - ClockReserve : 1;
-        clock.allocated = std::min(clock.allocated, most);
-    }
     if (searchMode != SearchMode::Pondering) listener->onBudget(clock);
 }
 
 /// A budget of 0 would mean no limit, so with a clock the least budget is 1.
 void Searcher::setBudget() {
     clock.allocated = clock.AllocateTime();
+    if (!keepsGame && clock.movesLeft == 1) {
+        const std::uint32_t most = clock.ownTime > ClockReserve ? clock.ownTime - ClockReserve : 1;
+        clock.allocated = std::min(clock.allocated, most);
+    }
     if (clock.clockGiven) clock.allocated = std::max(clock.allocated, 1U);
 }
 
@@ -234,6 +236,14 @@ void Searcher::beginSearch() {
     std::fill(std::begin(b.killer2), std::end(b.killer2), NoMove);
     std::fill(std::begin(rootMoveNodes), std::end(rootMoveNodes), 0U);
     iterationScore = 0;
+}
+
+bool Searcher::isMateFound(int score) const {
+    return isWantedMate(score) || (score > SurelyWon && MateScore - score < iteration);
+}
+
+bool Searcher::isWantedMate(int score) const {
+    return score > MateBound && movesToMate(score) <= mateIn;
 }
 
 /// Whether two thirds of the budget are spent, so that no new iteration starts. Not with a fixed

@@ -29,7 +29,7 @@ unsigned nodesPerSecond(const SearchProgress& progress) {
 unsigned hashfull(const SearchProgress& progress) { return progress.table.fillPermille(); }
 
 std::string scoreText(int score) {
-    if (score > MateBound) return "mate " + std::to_string((MateScore + 1 - score) / 2) + " ";
+    if (score > MateBound) return "mate " + std::to_string(movesToMate(score)) + " ";
     if (score < -MateBound) {
         return "mate " + std::to_string(-((MateScore - std::abs(score)) / 2)) + " ";
     }
