@@ -5,6 +5,7 @@
 #include <fstream>
 #include <map>
 #include <random>
+#include <span>
 
 #include "engine_fixture.h"
 #include "movegen/legal_moves.h"
@@ -225,20 +226,24 @@ TEST_F(OpeningBookTest, ThinkAsksItWhenItMay) {
     writeBook();
     settings.bookFileName = path;
     settings.bookEnabled = true;
-    const auto fromBook = [&](SearchMode mode) {
+    const auto fromBook = [&](SearchRequest request) {
         SearchListener silent;
-        const Move move = theSearcher.think({.mode = mode, .maxIteration = 2}, silent);
+        request.maxIteration = 2;
+        const Move move = theSearcher.think(request, silent);
         EXPECT_EQ(theSearcher.bookMove, textOf({move}) == "a2a3");
         return theSearcher.bookMove;
     };
-    EXPECT_TRUE(fromBook(SearchMode::Thinking));
-    EXPECT_FALSE(fromBook(SearchMode::Analysing));
-    EXPECT_FALSE(fromBook(SearchMode::Pondering));
+    EXPECT_TRUE(fromBook({}));
+    EXPECT_FALSE(fromBook({.mode = SearchMode::Analysing}));
+    EXPECT_FALSE(fromBook({.mode = SearchMode::Pondering}));
+    const std::vector<Move> choice = generatedMoves(board);
+    EXPECT_FALSE(fromBook({.searchMoves = std::span(choice).last(2)}));
+    EXPECT_FALSE(fromBook({.mateIn = 2}));
     board.bookGate = OpenBookGate;
-    EXPECT_FALSE(fromBook(SearchMode::Thinking));
+    EXPECT_FALSE(fromBook({}));
     board.bookGate = OpenBookGate - 1;
     settings.bookEnabled = false;
-    EXPECT_FALSE(fromBook(SearchMode::Thinking));
+    EXPECT_FALSE(fromBook({}));
 }
 
 }  // namespace brivok

@@ -2,12 +2,6 @@
 
 namespace brivok {
 
-namespace {
-
-constexpr int RootPly = 1;
-
-}  // namespace
-
 /// If the engine keeps the game, it checks for the end of the game. A ponder search leaves the
 /// result alone.
 bool Searcher::isRootDrawn() {
@@ -60,8 +54,9 @@ int Searcher::searchRoot(int alpha, int beta, int depth) {
         // Extensions, not limited
         const int extension = checkExtensionOf(RootPly) + pawnPushExtensionOf(m);
         --rootMovesLeft;
-        if (iteration >= listener->firstToldIteration)
+        if (iteration >= listener->firstToldIteration) {
             listener->onRootMove(progress(), movesDone == 0);
+        }
         const int score =
             searchRootMove(m, alpha, beta, depth + extension - OnePly, movesDone, best);
         b.unmakeMove();

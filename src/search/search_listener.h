@@ -82,7 +82,8 @@ public:
     virtual void onIteration(const SearchProgress& /*progress*/, int /*score*/,
                              SearchEvent /*event*/) {}
 
-    /// A search for several lines has finished an iteration, or ends within one that changed them.
+    /// A search for several lines has finished an iteration, or ends within one that changed the
+    /// best move or its score.
     /// The lines are in descending order of their scores, as many as there are moves or were
     /// wanted.
     virtual void onLines(const SearchProgress& /*progress*/,

@@ -16,6 +16,9 @@ enum class SearchMode : int { Idle = 0, Thinking = 1, Pondering = 3, Analysing =
 /// Value of `maxIteration` when no fixed depth is set.
 inline constexpr int NoFixedDepth = 40;
 
+/// Most best lines that a search goes for.
+inline constexpr int MaxLines = 64;
+
 /// What a caller wants from one search of the position on the board.
 struct SearchRequest {
     SearchMode mode = SearchMode::Thinking;  ///< Idle searches like Thinking

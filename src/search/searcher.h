@@ -135,6 +135,8 @@ private:
     /// One iteration: a pass with a window around the last score, plus any re-searches. False if it
     /// ended the game.
     bool searchIteration(int& score, Move& bestMove);
+    /// The nominal depth of the iteration, in units.
+    [[nodiscard]] int iterationDepth() const { return iteration * OnePly + OnePly / 2; }
     int searchAgain(SearchEvent event, int score, int alpha, int beta, int depth);
     void noteFinishedIteration();
     /// Whether the score is a mate that ends the deepening: within the nominal depth, or in as few
@@ -147,8 +149,23 @@ private:
     void tellIteration(int score, SearchEvent event);
     void tellManyNodes();
 
+    // --- several_lines.cpp ------------------------------------------------------------------
+
+    struct Line;
+    struct BestLines;
+    /// Like deepen(), for several lines. Returns the move of the best one.
+    Move deepenLines(int wanted);
+    void searchLines(BestLines& found);
+    bool searchLine(BestLines& found);
+    void followLine(const Line& line);
+    void copyLine(Move move, Line& line) const;
+    void setAside(Move move);
+    void leaveLine(const Line& line);
+    void tellLines(BestLines& found);
+
     // --- root_search.cpp --------------------------------------------------------------------
 
+    static constexpr int RootPly = 1;
     int searchRoot(int alpha, int beta, int depth);
     int searchRootMove(Move m, int alpha, int beta, int newDepth, int movesDone, int& best);
     [[nodiscard]] bool isRootDrawn();
@@ -237,10 +254,11 @@ private:
     bool keepsGame = false;              ///< see SearchRequest
     bool clockCounts = false;            ///< see SearchRequest
     int mateIn = 0;                      ///< see SearchRequest
+    bool tellsLines = false;             ///< onLines() instead of onIteration()
 
     // --- State of the current search --------------------------------------------------------
 
-    Frame root{};  ///< pseudo-legal root moves; never reordered, only the ordering scores change
+    Frame root{};  ///< pseudo-legal root moves; a pass only changes their ordering scores
     std::uint32_t rootMoveNodes[MaxMoves]{};  ///< by position in the root list
     int legalRootMoveCount = 0;
     int rootMovesTotal = 0;

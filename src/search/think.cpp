@@ -52,7 +52,7 @@ Move Searcher::think(const SearchRequest& request, SearchListener& toTell) {
     // 3. The search
     allocateBudget();
     beginSearch();
-    const Move bestMove = deepen();
+    const Move bestMove = tellsLines ? deepenLines(request.lines) : deepen();
 
     // 4. What the caller needs
     findPonderMove(bestMove);
@@ -72,6 +72,7 @@ void Searcher::prepare(const SearchRequest& request) {
     keepsGame = request.keepsGame;
     clockCounts = request.clockCounts;
     mateIn = request.mateIn;
+    tellsLines = request.lines > 1;
     if (request.clock) clock = *request.clock;
 
     stats = {};
@@ -115,7 +116,7 @@ Move Searcher::deepen() {
 
 bool Searcher::searchIteration(int& score, Move& bestMove) {
     // 1. A window around the last score
-    const int depth = iteration * OnePly + OnePly / 2;
+    const int depth = iterationDepth();
     const int window = settings.aspirationWindow;
     const int alpha = iteration == 1 ? FullAlpha : iterationScore - window;
     const int beta = iteration == 1 ? FullBeta : iterationScore + window;
@@ -159,7 +160,7 @@ int Searcher::searchAgain(SearchEvent event, int score, int alpha, int beta, int
 }
 
 void Searcher::tellIteration(int score, SearchEvent event) {
-    if (iteration < listener->firstToldIteration) return;
+    if (tellsLines || iteration < listener->firstToldIteration) return;
     listener->onIteration(progress(), score, event);
 }
 
