@@ -1,6 +1,7 @@
 #include <utility>
 
 #include "movegen/legal_moves.h"
+#include "search/fallback_move.h"
 #include "search/searcher.h"
 #include "shell/modern/modern_options.h"
 #include "shell/modern/modern_winboard_handler.h"
@@ -20,20 +21,23 @@ SearchRequest ModernWinBoardHandler::nextSearch() {
     request.searchesOnlyMove = analysing;
     request.maxIteration = analysing ? NoFixedDepth : lastIteration;
     request.clockCounts = true;
-    const bool limited = modernSettings.limitStrength && !analysing;
-    request.nodeLimit = limited ? nodesOfElo(modernSettings.elo) : 0;
+    request.nodeLimit = 0;
     if (request.mode == SearchMode::Pondering) *beforePondering = theBoard;
     shown.begin();
     return request;
 }
 
 bool ModernWinBoardHandler::useResult(SearchMode mode, Move move) {
+    Searcher& searcher = theSearcher;
     bool mayGoOn = true;
-    if (mode == SearchMode::Analysing) analysisRests = !theSearcher.stopSearch;
-    if (mode == SearchMode::Thinking && givenUp) {
-        theSearcher.gameOutcome = GameOutcome::None;
-        theSearcher.ponderMove = NoMove;
+    if (mode == SearchMode::Analysing) analysisRests = !searcher.stopSearch;
+    if (givenUp) {
+        searcher.gameOutcome = GameOutcome::None;
+        searcher.ponderMove = NoMove;
     } else {
+        const bool owesMove = mode == SearchMode::Thinking && move == NoMove &&
+                              searcher.gameOutcome == GameOutcome::None;
+        if (owesMove) move = fallbackMove(theBoard, searcher.progress().table);
         mayGoOn = WinBoardHandler::useResult(mode, move);
     }
     givenUp = false;

@@ -4,6 +4,7 @@
 #include "shell/base/settings.h"
 #include "shell/base/words.h"
 #include "shell/modern/interface_moves.h"
+#include "shell/modern/modern_options.h"
 #include "shell/modern/modern_winboard_handler.h"
 #include "shell/modern/position_text.h"
 #include "shell/modern/time_words.h"
@@ -20,6 +21,15 @@ constexpr NamedVariant Variants[] = {{"normal", Variant::Normal},
                                      {"fischerandom", Variant::Fischerandom},
                                      {"nocastle", Variant::NoCastle}};
 
+/// A time less the reserve that the option "Move Overhead" asks for beyond its default, which
+/// budgets leave in any case.
+std::uint32_t lessOverhead(std::uint32_t time) {
+    constexpr int MillisecondsPerCentisecond = 10;
+    const int more = modernSettings.moveOverhead - ModernSettings{}.moveOverhead;
+    const auto reserve = static_cast<std::uint32_t>(std::max(more, 0) / MillisecondsPerCentisecond);
+    return time > reserve ? time - reserve : std::min(time, 1U);
+}
+
 /// Whether this many moves can be taken back.
 bool hasHistory(const Board& board, std::uint32_t moves) {
     return board.ply >= moves && board.undo[board.ply - moves].move != NoMove;
@@ -30,14 +40,23 @@ bool hasHistory(const Board& board, std::uint32_t moves) {
 // --- Clocks ---------------------------------------------------------------------------------
 
 /// Interfaces send clocks in centiseconds, and negative ones once the time has run out.
-void ModernWinBoardHandler::setClock(std::uint32_t& clock, const Line& line) {
+bool ModernWinBoardHandler::setClock(std::uint32_t& clock, const Line& line) {
     std::string word = line.rest(1);
     const bool overdrawn = word.starts_with('-');
     const auto left = readNumber(overdrawn ? word.substr(1) : word, LongestTime);
-    if (!left) return refuse(line, "not a time in hundredths of a second");
+    if (!left) {
+        refuse(line, "not a time in hundredths of a second");
+        return false;
+    }
     clock = overdrawn ? 0 : *left;
     // A kept time control comes first.
     if (!kept.empty()) keep(*this, line);
+    return true;
+}
+
+void ModernWinBoardHandler::setOwnClock(const Line& line) {
+    std::uint32_t& clock = timeControl.ownTime;
+    if (setClock(clock, line)) clock = lessOverhead(clock);
 }
 
 void ModernWinBoardHandler::setLevel(const Line& line) {
@@ -54,7 +73,7 @@ void ModernWinBoardHandler::setTimePerMove(const Line& line) {
     const auto time = readTime(line.rest(1), CentisecondsPerSecond);
     if (!time) return refuse(line, "not a time in seconds");
     TimeControl clocks;
-    clocks.setFixedTime(std::max(*time, 1U));
+    clocks.setFixedTime(std::max(lessOverhead(*time), 1U));
     beginControl(clocks);
 }
 

@@ -51,8 +51,8 @@ const ModernWinBoardHandler::Further ModernWinBoardHandler::AtOnceCommands[] = {
     {"nopost", [](Self&, const Line&) { theSearcher.postThinking = false; }},
     {"hard", [](Self&, const Line&) { theSearcher.ponderEnabled = true; }},
     {"easy", [](Self&, const Line&) { theSearcher.ponderEnabled = false; }},
-    {"time", [](Self& self, const Line& line) { self.setClock(timeControl.ownTime, line); }},
-    {"otim", [](Self& self, const Line& line) { self.setClock(timeControl.oppTime, line); }},
+    {"time", [](Self& self, const Line& line) { self.setOwnClock(line); }},
+    {"otim", [](Self& self, const Line& line) { (void)self.setClock(timeControl.oppTime, line); }},
     {".", [](Self& self, const Line&) { self.reportProgress(); }},
     {"?",
      [](Self&, const Line&) {

@@ -63,7 +63,9 @@ private:
 
     // --- Clocks and positions: modern_winboard_game.cpp -------------------------------------
 
-    void setClock(std::uint32_t& clock, const Line& line);
+    /// False if the line is refused.
+    bool setClock(std::uint32_t& clock, const Line& line);
+    void setOwnClock(const Line& line);
     void setLevel(const Line& line);
     void setTimePerMove(const Line& line);
     void setDepth(const Line& line);
