@@ -1,5 +1,6 @@
-// A libFuzzer target: whatever a FEN line says, the resulting position can be played from. The
-// first character chooses the variant: 0, 1 or 2.
+// A libFuzzer target: whatever a FEN line says, the resulting position can be played from, and the
+// strict reader refuses the line or sets up a position that a game can reach. The first character
+// chooses the variant: 0, 1 or 2.
 
 #include <algorithm>
 #include <cstddef>
@@ -18,6 +19,8 @@
 #include "search/searcher.h"
 #include "session.h"
 #include "shell/base/settings.h"
+#include "shell/modern/interface_moves.h"
+#include "shell/modern/position_text.h"
 
 namespace brivok {
 namespace {
@@ -45,14 +48,53 @@ void readBack(Board& board, Move move) {
     expect(board.hashKey == key, "the board is as before");
 }
 
-void playEveryMove(Board& board) {
-    const bool playable = isPlayable(board);
+/// The same for the texts of modern interfaces.
+void readBackAsModern(Board& board, Move move) {
+    for (const CastlingStyle style : {CastlingStyle::Letters, CastlingStyle::KingOntoRook}) {
+        const std::string text = moveText(board, move, style);
+        expect(readMove(board, text) == move, "a move is found by its text");
+        expect(readMove(board, text + "+") == move, "a move is found by its text and a mark");
+    }
+    const Move named = readMove(board, moveToSan(board, move));
+    expect(named == move || named == NoMove, "a name is no other move");
+}
+
+template <class ReadBack>
+void playEveryMove(Board& board, bool playable, ReadBack back) {
     MoveList moves;
     generateForPosition(board, moves);
     for (int i = 0, count = board.moveCount; i < count; ++i) {
         expect(!playable || board.isMoveValid(moves[i]), "a generated move is valid");
-        if (leavesKingSafe(board, moves[i]) && playable) readBack(board, moves[i]);
+        if (leavesKingSafe(board, moves[i]) && playable) back(board, moves[i]);
     }
+}
+
+/// The strict reader finds a fault and leaves the board alone, or none and the position is one that
+/// a game can reach, with rights whose kings and rooks are there.
+void setUpAsModern(Board& board, std::string_view line) {
+    board.NewGame();
+    board.playGameMove(parseMove(board, "e2e4"));
+    static Board before;
+    before = board;
+    if (const std::string fault = setUpPosition(board, line); !fault.empty()) {
+        expect(fault.find('\n') == fault.npos, "a fault is one line");
+        expect(board.hashKey == before.hashKey && board.ply == before.ply &&
+                   std::ranges::equal(board.squares, before.squares) &&
+                   board.undo[0].move == before.undo[0].move,
+               "the board is as before");
+        return;
+    }
+    expect(isPlayable(board), "a game can reach the position");
+    for (int kind = 0; kind < CastlingKinds; ++kind) {
+        if ((board.castling & rightOf(kind)) == 0) continue;
+        const Side side = kind < BlackKingSide ? White : Black;
+        const auto& rooks = side == White ? board.whiteRookStart : board.blackRookStart;
+        expect(board.castlingHomesFit(kind), "the variant permits the right");
+        expect(board.squares[rooks[kind % 2 == 0 ? 1 : 0]] == pieceOf(Kind::Rook, side) &&
+                   board.squares[board.kingStart[whiteFirst(side)]] == pieceOf(Kind::King, side),
+               "king and rook are on their homes");
+    }
+    playEveryMove(board, true, readBackAsModern);
 }
 
 void setUpForBook(Board& board, std::string_view line) try {
@@ -72,7 +114,8 @@ extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {
     Board& board = theBoard;
     board.setPositionFromFen(line);
     (void)Evaluate(board, -MateScore, MateScore);
-    playEveryMove(board);
+    playEveryMove(board, isPlayable(board), readBack);
+    setUpAsModern(board, line);
     setUpForBook(board, line);
     return 0;
 }

@@ -6,6 +6,7 @@
 
 #include "board/piece_values.h"
 #include "egtb/tablebase_probe.h"
+#include "folder.h"
 #include "fresh_engine.h"
 #include "hash/search_stats.h"
 #include "program.h"
@@ -56,6 +57,21 @@ private:
     std::uint32_t nodesAtLook = 0;
 };
 
+void runOnce(std::string_view lines) {
+    Outside outside;
+    Program program(outside);
+    // Send the log nowhere. Mark the table folder as already searched, because searching it would
+    // take longer than everything else.
+    settings.logInSingleFile = settings.createLog = true;
+    tablebases.tbDirectories = settings.egtbDir = "nowhere";
+    while (!lines.empty()) {
+        const std::size_t end = std::min(lines.find('\n'), lines.size() - 1) + 1;
+        outside.send(std::string(lines.substr(0, end)));
+        lines.remove_prefix(end);
+    }
+    program.run();
+}
+
 }  // namespace
 
 void freshBoard() {
@@ -71,18 +87,10 @@ void freshBoard() {
 }
 
 void runEngine(std::string_view lines) {
-    Outside outside;
-    Program program(outside);
-    // Send the log nowhere. Mark the table folder as already searched, because searching it would
-    // take longer than everything else.
-    settings.logInSingleFile = settings.createLog = true;
-    tablebases.tbDirectories = settings.egtbDir = "nowhere";
-    while (!lines.empty()) {
-        const std::size_t end = std::min(lines.find('\n'), lines.size() - 1) + 1;
-        outside.send(std::string(lines.substr(0, end)));
-        lines.remove_prefix(end);
+    for (const char* const settingsFile : {"", "ModernInterface: true\n"}) {
+        writeFile("brivok.ini", settingsFile);
+        runOnce(lines);
     }
-    program.run();
 }
 
 }  // namespace brivok::fuzz
