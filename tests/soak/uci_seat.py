@@ -22,7 +22,6 @@ REST = re.compile(r"|readyok|info string book move|## \(Think\).*|   \+(?:---\+)
                   r"| {5}(?:[a-h#] {3}){8}")
 
 
-
 class Info(NamedTuple):
     """An "info" line with a score."""
     depth: int
@@ -134,7 +133,8 @@ class UciSeat(UciEngine, Seat):
         if self.happens(FOLLOWED, "line of play followed"):
             after = game.branch()
             for text in last.line:
-                self.require(not after.end, f"tells {last} beyond the end of {self.at(game)}")
+                self.require(not after.end or len(after.moves) == len(game.moves),
+                             f"tells {last} beyond the end of {self.at(game)}")
                 word = self.read(text, after)
                 if word is None:
                     self.fail(f"tells {text} of {last} in {self.at(after)}")
