@@ -40,7 +40,7 @@ from winboard_seat import WinBoardSeat  # noqa: E402
 SEATS: dict[str, type[UciSeat] | type[WinBoardSeat]] = {"uci": UciSeat, "winboard": WinBoardSeat}
 BATCH = 10  # most games that the same processes play
 MOST_PLIES = 300
-OFTEN = 0.12  # share of a user's turns with something else than a move
+OFTEN = 0.2  # share of a user's turns with something else than a move
 ENDGAMES = ("8/8/8/4k3/8/8/4P3/4K3 w - - 0 1", "8/8/8/3k4/8/8/8/R3K3 b Q - 0 1",
             "4k3/8/8/8/8/8/8/R3K2R w KQ - 0 1", "8/2p5/3k4/8/8/3K4/4PP2/8 w - - 0 1",
             "r3k2r/p6p/8/8/8/8/P6P/R3K2R b KQkq - 3 20", "8/P6k/8/8/8/8/p6K/8 w - - 0 1",

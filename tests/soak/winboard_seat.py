@@ -72,7 +72,7 @@ class WinBoardSeat(WinBoardEngine, Seat):
             lines.append("force")
         variant = ["variant fischerandom"] if terms.fischer else []
         said = self.ask("new", *variant, "post", *lines)
-        self.check([x for x in said if not (self.given_up and x.startswith("move "))])
+        self.check([x for x in said if not (self.given_up and x.startswith(("move ", *RESULTS)))])
         self.given_up = False
 
     def control(self) -> str:
@@ -113,7 +113,7 @@ class WinBoardSeat(WinBoardEngine, Seat):
         self.needs_go = False
         waited, begin = self.waited(), time.monotonic()
         self.send(*lines)
-        if self.terms.user and self.chance.random() < 0.15:
+        if self.terms.user and self.chance.random() < 0.25:
             time.sleep(self.chance.random() * 0.02)
             what = self.chance.choice(self.INTERRUPTIONS)
             self.counts[f"winboard in a search: {what.__name__}"] += 1
