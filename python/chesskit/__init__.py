@@ -4,7 +4,8 @@ The tests, the scripts and the benchmarks are written with it. It needs nothing 
 referee is Debian's stockfish, and pgn-extract turns games into PGN.
 """
 
-from chesskit.board import MIDDLE, SQUARES, START, after_move, is_dead, mirror, placement, squares
+from chesskit.board import (MIDDLE, SQUARES, START, after_move, is_check, is_dead, mirror,
+                            placement, squares)
 from chesskit.brivok import (NO_MOVE, STATUS, THINKING, Brivok, WinBoard, claim, diagram, shown,
                              talk)
 from chesskit.errors import ChessError, IllegalMove
@@ -13,7 +14,7 @@ from chesskit.notation import read_san, to_pgn, write_pgn, write_san
 from chesskit.process import PATIENCE, EngineError, Process
 from chesskit.programs import (BENCH_TOOL, BOOK_TOOL, BRIVOK, PATH, ROOT, SLOW, TABLES_TOOL,
                                installed, needed, run_tool)
-from chesskit.referee import Referee
+from chesskit.referee import Look, Referee
 from chesskit.script import progress, run_script, script_parser
 from chesskit.standing import Standing
 from chesskit.uci import Reply, Score, UciEngine

@@ -1,5 +1,6 @@
 """Positions as FEN."""
 
+import itertools
 import re
 from collections.abc import Mapping
 
@@ -60,3 +61,25 @@ def mirror(fen: str) -> str:
     if passed != "-":
         passed = f"{passed[0]}{9 - int(passed[1])}"
     return " ".join((flipped, "b" if side == "w" else "w", rights, passed, *numbers))
+
+
+def is_check(fen: str) -> bool:
+    """Whether the side to move is in check."""
+    men, white = squares(fen), fen.split()[1] == "w"
+    king = next(square for square, man in men.items() if man == ("K" if white else "k"))
+    for right, up in itertools.product(range(-2, 3), repeat=2):
+        leap, straight = abs(right * up) == 2, right == 0 or up == 0
+        if not leap and max(abs(right), abs(up)) != 1:
+            continue
+        file, rank = ord(king[0]), int(king[1])
+        for distance in range(1, 2 if leap else 8):
+            man = men.get(f"{chr(file + right * distance)}{rank + up * distance}")
+            if man is None:
+                continue
+            attackers = "n" if leap else "rq" if straight else "bq"
+            if not leap and distance == 1:
+                attackers += "k" if straight or up != (1 if white else -1) else "kp"
+            if man.islower() == white and man.lower() in attackers:
+                return True
+            break
+    return False

@@ -5,7 +5,7 @@ import copy
 from chesskit.board import is_dead
 from chesskit.errors import IllegalMove
 from chesskit.notation import write_san
-from chesskit.referee import Referee
+from chesskit.referee import Rules
 from chesskit.uci import Reply
 
 DRAW = "1/2-1/2"
@@ -18,7 +18,7 @@ EVEN, EVEN_PLIES, EVEN_FROM = 10, 12, 60  # both sides, on six moves each, from 
 class Game:
     """The moves from `start`, which is "startpos" or "fen ...", and the position behind them."""
 
-    def __init__(self, referee: Referee, start: str = "startpos", fischer: bool = False,
+    def __init__(self, referee: Rules, start: str = "startpos", fischer: bool = False,
                  fifty: int = 101) -> None:
         """`fifty`: half-moves without a pawn move or a capture that make a draw. The rules say 100;
         the engine takes a game for drawn one later."""

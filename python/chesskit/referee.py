@@ -2,7 +2,7 @@
 
 import re
 from collections.abc import Sequence
-from typing import NamedTuple
+from typing import NamedTuple, Protocol
 
 from chesskit.board import squares
 from chesskit.programs import needed
@@ -14,6 +14,13 @@ class Look(NamedTuple):
     legal: dict[str, str]  # our word of each move, and Stockfish's
     fen: str
     check: bool  # the side to move is in check
+
+
+class Rules(Protocol):
+    """Whoever can say what the rules say."""
+
+    def look(self, start: str, moves: Sequence[str] = (), fischer: bool = False) -> Look:
+        """The position after the moves from `start`: "startpos" or "fen ..."."""
 
 
 class Referee(UciEngine):

@@ -98,6 +98,7 @@ def user_move(game: Game, terms: Terms, chance: random.Random) -> str:
     time.sleep(chance.choice((0, 0, 0.005, 0.02)))
     if chance.random() < 0.15:
         return chance.choice(sorted(game.legal))
+    assert isinstance(game.referee, Referee)
     theirs, _ = game.referee.judge(f"position {game.start} moves {' '.join(game.theirs)}",
                                    terms.opponent)
     return next(ours for ours, word in game.legal.items() if word == theirs)
