@@ -18,7 +18,10 @@
 #include "search/searcher.h"
 #include "shell/base/version.h"
 #include "shell/extra_handler.h"
+#include "shell/modern/go_order.h"
 #include "shell/modern/modern_options.h"
+#include "shell/modern/modern_uci_handler.h"
+#include "shell/modern/modern_winboard_handler.h"
 #include "shell/settings_table.h"
 #include "shell/uci_handler.h"
 #include "shell/winboard_handler.h"
@@ -253,6 +256,17 @@ TEST_F(PagesTest, Commands) {
     expectSame("docs/protocols.md, UCI,", commandsTold("UCI"), uciWords());
 }
 
+/// What only modern handlers understand is told; some rows are about plain commands.
+TEST_F(PagesTest, ModernCommands) {
+    Names words;
+    add(ModernUciHandler::commands(true), words);
+    add(ModernUciHandler::commands(false), words);
+    add(modernGoWords(), words);
+    for (const std::string& word : uciWords()) words.erase(word);
+    words.insert("go");
+    expectSame("docs/protocols.md, Modern UCI,", commandsTold("Modern UCI"), words);
+}
+
 constexpr std::pair<SearchMode, const char*> Modes[] = {{SearchMode::Idle, "idle"},
                                                         {SearchMode::Thinking, "thinking"},
                                                         {SearchMode::Pondering, "pondering"},
@@ -277,6 +291,19 @@ TEST_F(PagesTest, WhenCommandsAreUnderstood) {
         told.erase(name);
     }
     EXPECT_TRUE(told.empty()) << "no such mode: " << told.begin()->first;
+}
+
+TEST_F(PagesTest, ModernWinBoardCommands) {
+    Names words;
+    for (const auto& [mode, name] : Modes) {
+        add(ModernWinBoardHandler::furtherCommands(mode), words);
+    }
+    words.insert({"force", "protover"});
+    Names told;
+    for (const Cells& row : rowsOf("docs/protocols.md", "Modern WinBoard", "Command")) {
+        for (const std::string& line : codeOf(row[0])) told.insert(line.substr(0, line.find(' ')));
+    }
+    expectSame("docs/protocols.md, Modern WinBoard,", told, words);
 }
 
 TEST_F(PagesTest, DictionariesOfCommands) {

@@ -3,7 +3,8 @@
 The ```sh blocks of a page run in their order in a scratch copy of the repository, whose
 build/release is the build under test. A block after a line <!-- not run: why --> does not run. In a
 ```uci or ```winboard block each line goes to the engine, except that "< text" is an answer that
-must come; "..." in it stands for any text, and other answers may come before it."""
+must come; "..." in it stands for any text, and other answers may come before it. In a ```uci modern
+block the engine runs with ModernInterface."""
 
 import os
 import re
@@ -17,7 +18,7 @@ from chesskit import BRIVOK, PATIENCE, ROOT, SLOW, Process
 
 PAGES = [ROOT / "README.md", ROOT / "CONTRIBUTING.md", ROOT / "data/README.md",
          *sorted((ROOT / "docs").glob("*.md"))]
-BLOCK = re.compile(r"^(<!-- not run: .+ -->\n)?```(\w+)\n(.*?)^```$", re.M | re.S)
+BLOCK = re.compile(r"^(<!-- not run: .+ -->\n)?```(\w+(?: modern)?)\n(.*?)^```$", re.M | re.S)
 FOLDERS = "apps|bench|data|docs|fuzz|python|scripts|src|tests"
 PATHS = re.compile(rf"(?<![\w./-])(?:{FOLDERS})/[\w./*-]*\w")
 EACH_PAGE = pytest.mark.parametrize("page", PAGES, ids=lambda page: str(page.relative_to(ROOT)))
@@ -58,8 +59,13 @@ def test_commands(page, scratch):
 
 @EACH_PAGE
 def test_sessions(page, tmp_path):
-    for block in blocks(page, "uci", "winboard"):
-        engine = Process([BRIVOK], tmp_path)
+    (tmp_path / "modern").mkdir()
+    (tmp_path / "modern/brivok.ini").write_text("ModernInterface: true\n")
+    sessions = [(block, tmp_path) for block in blocks(page, "uci", "winboard")]
+    sessions += [(block, tmp_path / "modern")
+                 for block in blocks(page, "uci modern", "winboard modern")]
+    for block, folder in sessions:
+        engine = Process([BRIVOK], folder)
         for line in block.splitlines():
             if not line.startswith("< "):
                 engine.send(line)
