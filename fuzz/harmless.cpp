@@ -12,13 +12,15 @@ namespace {
 std::string harmlessLine(std::string line) {
     const std::vector<std::string> words = SplitWords(line);
     if (!words.empty() && words[0] == "perft") return "perft 1";
-    if (line.find("Hash") != line.npos || (!words.empty() && words[0] == "memory")) {
+    // Some readers take names in any case.
+    const std::string lower = lowerCase(line);
+    if (lower.find("hash") != lower.npos || lower.find("memory") != lower.npos) {
         const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
         const auto both = [&](char a, char b) { return isDigit(a) && isDigit(b); };
         line.erase(std::unique(line.begin(), line.end(), both), line.end());
     }
-    for (const char* const key : {"NalimovPath", "egtpath", "Folder", "File", "Dir"}) {
-        if (line.find(key) == line.npos) continue;
+    for (const char* const key : {"nalimovpath", "egtpath", "folder", "file", "dir"}) {
+        if (lower.find(key) == lower.npos) continue;
         for (const char c : {'/', ',', ';'}) std::replace(line.begin(), line.end(), c, '_');
     }
     return line;

@@ -138,8 +138,9 @@ void ModernUciListener::onManyNodes(const SearchProgress& progress) {
 void ModernUciListener::onStatistics(const SearchStats& /*stats*/) {}
 
 void ModernUciListener::tell(const SearchProgress& progress, const Told& line) {
-    const std::size_t end = line.moves.find_last_not_of(' ') + 1;
-    const std::string moves = end == 0 ? "" : " pv " + line.moves.substr(0, end);
+    std::string moves = line.moves;
+    while (moves.ends_with(' ')) moves.pop_back();
+    if (!moves.empty()) moves = " pv " + moves;
     Print(app, "info depth %d seldepth %d%s score %s time %u%s%s\n", line.depth, line.selDepth,
           line.number.c_str(), line.score.c_str(), millisecondsOf(progress),
           counters(progress).c_str(), moves.c_str());
