@@ -83,9 +83,10 @@ public:
                              SearchEvent /*event*/) {}
 
     /// A search for several lines has finished an iteration, or ends within one that changed the
-    /// best move or its score.
-    /// The lines are in descending order of their scores, as many as there are moves or were
-    /// wanted.
+    /// best move or its score. The lines are in descending order of their scores, as many as there
+    /// are moves or were wanted. Lines that the last iteration did not reach are those of the one
+    /// before, with scores no better than the new ones. Called from iteration `firstToldIteration`
+    /// on.
     virtual void onLines(const SearchProgress& /*progress*/,
                          std::span<const SearchLine> /*lines*/) {}
 
