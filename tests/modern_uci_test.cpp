@@ -379,7 +379,7 @@ TEST_F(ModernUciTest, BudgetsAPonderHitFromTheStartOfPondering) {
     // The budget of 60 s alone is over a second and less than five.
     for (const auto& [pondered, answersAtOnce] : {std::pair{100, false}, {5000, true}}) {
         ask("position fen " + std::string(Middle));
-        outside->stepOfPoll = 10;
+        outside->stepOfPoll = 50;
         type("go ponder wtime 60000 btime 60000");
         const std::uint64_t hit = outside->clock + static_cast<std::uint64_t>(pondered);
         type("ponderhit", at(hit));
@@ -427,6 +427,8 @@ TEST_F(ModernUciTest, KeepsTheMoveOverheadInReserve) {
         const std::string output = askAt(Middle, go);
         EXPECT_TRUE(has(output, left)) << go << "\n" << linesOf(output, "## ")[0];
     }
+    // A clock counts beside other limits.
+    EXPECT_NE(bestMove(ask("go movetime 500 depth 39")), "");
 }
 
 TEST_F(ModernUciTest, TellsSeveralLinesInOrder) {

@@ -62,10 +62,11 @@ bool isHeldBack(SearchMode mode) {
 
 ModernUciHandler::ModernUciHandler(Application& application)
     : UciHandler(application, Unannounced{}) {
+    theSearcher.forgetGame();
     introduceAll();
 }
 
-ModernUciHandler::~ModernUciHandler() = default;
+ModernUciHandler::~ModernUciHandler() { theSearcher.forgetGame(); }
 
 CommandTable<ModernUciHandler, ModernUciHandler::Input> ModernUciHandler::ownTable(bool searching) {
     using Entry = Command<ModernUciHandler, Input>;
@@ -190,8 +191,7 @@ void ModernUciHandler::go(const Words& words) {
     order.request.searchMoves = order.searchMoves;
     applyOptions(order.request);
 
-    searcher.gameOutcome = GameOutcome::None;
-    searcher.ponderMove = NoMove;
+    searcher.forgetGame();
     reporter.begin(searcher.progress());
     Move best = searcher.think(order.request, reporter);
     if (best == NoMove) best = fallbackMove(theBoard, transpositionTable, order.searchMoves);
@@ -207,6 +207,7 @@ void ModernUciHandler::applyOptions(SearchRequest& request) {
     request.searchesOnlyMove = analyses || request.mateIn != 0 || !request.searchMoves.empty();
 
     TimeControl& clock = *request.clock;
+    request.clockCounts = clock.clockGiven;
     if (clock.clockGiven) {
         const int overhead = (modernSettings.moveOverhead + ClockResolution - 1) / ClockResolution;
         takeFrom(clock.kind == ClockKind::FixedTime ? clock.fixedTime : clock.ownTime,
