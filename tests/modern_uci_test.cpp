@@ -290,9 +290,18 @@ TEST_F(ModernUciTest, TellsWhichWordsOfGoItDoesNotUnderstand) {
 }
 
 TEST_F(ModernUciTest, FindsMates) {
+    // The key move threatens nothing: Black is in zugzwang.
     const std::string output = askAt(MateInTwo, "go mate 2");
     EXPECT_EQ(bestMove(output), "a1a6");
     EXPECT_TRUE(has(scored(output).back(), "score mate 2 ")) << output;
+    EXPECT_EQ(complaints(output), "");
+    // Without one, the search ends where it would have been found.
+    const std::string none = ask("go mate 1");
+    EXPECT_TRUE(has(complaints(none), "no mate in 1"));
+    EXPECT_EQ(behind(scored(none).back(), "depth"), "2");
+    EXPECT_EQ(bestMove(none).size(), 4U);
+    EXPECT_EQ(bestMove(ask("go mate 1 depth 3")).size(), 4U);
+    EXPECT_EQ(theSearcher.maxIteration, 3);
 }
 
 // --- A legal move -------------------------------------------------------------------------------

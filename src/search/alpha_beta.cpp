@@ -79,7 +79,8 @@ void Searcher::storeInTable(int searchPly, int score, Bound bound, Move move, bo
 }
 
 bool Searcher::mayTryNullMove(const Node& node, bool allowNull) const {
-    return settings.useNullMove && allowNull && !node.inCheck && !node.mateThreat &&
+    // A null move hides mates by zugzwang.
+    return settings.useNullMove && mateIn == 0 && allowNull && !node.inCheck && !node.mateThreat &&
            (board->phaseCount[board->sideToMove] > BarePhase || node.depth < BareNullDepth);
 }
 

@@ -43,7 +43,9 @@ struct SearchRequest {
     /// onLines() instead of onIteration(), and a mate in the first line does not end the search.
     int lines = 1;
     bool clockCounts = false;  ///< the clock counts beside a last iteration, too
-    int mateIn = 0;            ///< end when a mate in at most this many moves is found; 0 for none
+    /// End when a mate in at most this many moves is found, and look for it without null moves; 0
+    /// for none.
+    int mateIn = 0;
     bool searchesOnlyMove = false;  ///< search a single legal move like any other
 };
 

@@ -49,6 +49,7 @@ public:
     GoOrder read() {
         while (at < words.size()) takeWord(words[at++]);
         limits.finish();
+        limitMateSearch();
         return std::move(order);
     }
 
@@ -97,6 +98,14 @@ private:
             order.request.mateIn = static_cast<int>(moves);
         } else {
             (void)limits.take(word, value);
+        }
+    }
+
+    /// Without another depth, a mate is looked for as deep as it can lie.
+    void limitMateSearch() {
+        SearchRequest& request = order.request;
+        if (request.mateIn != 0 && request.maxIteration == NoFixedDepth) {
+            request.maxIteration = 2 * request.mateIn;
         }
     }
 

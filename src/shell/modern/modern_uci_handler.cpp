@@ -196,6 +196,7 @@ void ModernUciHandler::go(const Words& words) {
     Move best = searcher.think(order.request, reporter);
     if (best == NoMove) best = fallbackMove(theBoard, transpositionTable, order.searchMoves);
     reporter.finish(searcher.progress(), best, searcher.gameOutcome);
+    tellMissingMate(order.request.mateIn);
     awaitPermission();
     searcher.searchMode = SearchMode::Idle;
     answer(best);
@@ -217,6 +218,12 @@ void ModernUciHandler::applyOptions(SearchRequest& request) {
     if (!modernSettings.limitStrength || analyses) return;
     const std::uint32_t nodes = nodesOfElo(modernSettings.elo);
     request.nodeLimit = request.nodeLimit == 0 ? nodes : std::min(request.nodeLimit, nodes);
+}
+
+void ModernUciHandler::tellMissingMate(int moves) {
+    const int score = theSearcher.iterationScore;
+    if (moves == 0 || (score > MateBound && movesToMate(score) <= moves)) return;
+    complain("no mate in " + std::to_string(moves) + " found");
 }
 
 void ModernUciHandler::awaitPermission() {

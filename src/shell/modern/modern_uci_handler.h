@@ -42,6 +42,8 @@ private:
     void go(const Words& words);
     /// Completes a request by what the options say.
     static void applyOptions(SearchRequest& request);
+    /// Says so if a search for a mate in so many moves has ended without it; 0 for no such search.
+    void tellMissingMate(int moves);
     /// Handles lines until the interface permits the answer to an analysis or to pondering.
     void awaitPermission();
     void answer(Move best);
