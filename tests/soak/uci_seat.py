@@ -233,7 +233,7 @@ class UciSeat(UciEngine, Seat):
         self.search(game, *self.chance.choice((
             ("go infinite", "stop"), (f"go {limit}", "stop"), (f"go ponder {limit}", "stop"),
             (f"go ponder {limit}", "ponderhit"), ("go depth 0",), ("go nodes 1",),
-            ("go movetime 1",), ("go mate 1",), (f"go {limit} mate 2",),
+            ("go movetime 1",), ("go mate 1", "stop"), ("go mate 2 depth 4",),
             ("go ponder infinite", "ponderhit", "stop"), ("go wtime 1 btime 1",))))
 
     def choose_moves(self, game: Game, _clocks: Clocks) -> None:
