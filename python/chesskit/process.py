@@ -18,6 +18,16 @@ Folder = str | Path | None  # that a program runs in; None is the current one
 PATIENCE = 120 if SLOW else 30  # seconds until an engine counts as hanging
 
 
+def waited(process: int | str = "self") -> float:
+    """Milliseconds that the threads of a process were ready to run but waited for a processor; not
+    a number if it is gone. Without a number of a process: of this program."""
+    tasks = Path(f"/proc/{process}/task").glob("*/schedstat")
+    try:
+        return sum(int(task.read_text().split()[1]) for task in tasks) / 1e6
+    except (OSError, IndexError):  # the process, or one of its threads, is gone
+        return math.nan
+
+
 class EngineError(ChessError):
     """An engine has crashed, hangs, or says what it must not say."""
 
@@ -110,11 +120,7 @@ class Process:
 
     def waited(self) -> float:
         """Milliseconds that its threads were ready to run but waited for a processor."""
-        tasks = Path(f"/proc/{self.p.pid}/task").glob("*/schedstat")
-        try:
-            return sum(int(task.read_text().split()[1]) for task in tasks) / 1e6
-        except (OSError, IndexError):  # the process, or one of its threads, is gone
-            return math.nan
+        return waited(self.p.pid)
 
     def kill(self) -> None:
         self.p.kill()

@@ -6,8 +6,9 @@ from collections import Counter
 from typing import NamedTuple
 
 from chesskit import PATIENCE, SLOW, Clocks, Game, Process
+from chesskit.process import waited
 
-GRACE = 2000 if SLOW else 60  # milliseconds beyond a limit that are forgiven
+GRACE = 2000 if SLOW else 80  # milliseconds beyond a limit that are forgiven
 ANSWER = 200  # milliseconds in which a search must have stopped
 FOLLOWED = 0.05  # share of the searches whose line of play is followed to its end
 
@@ -93,6 +94,10 @@ class Seat(Process):
             return False
         self.counts[f"{self.protocol} {what}"] += 1
         return True
+
+    def waited(self) -> float:
+        """The waits of this program count as well."""
+        return super().waited() + waited()
 
     def in_time(self, seconds: float, limit: float, waited: float) -> None:
         """`limit` in milliseconds; `waited()` before tells what time of it was the machine's."""
