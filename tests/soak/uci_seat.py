@@ -97,9 +97,13 @@ class UciSeat(UciEngine, Seat):
     def best_of(self, game: Game, among: Sequence[str] = ()) -> str | None:
         """The answer to the search of this position, checked: the word of a move (one of `among`,
         if given), or None where the rules allow none."""
-        if self.happens(0.02, "isready in a search"):
+        asked = self.happens(0.02, "isready in a search")
+        if asked:
             self.send("isready")
-        return self.judge(self.best(), game, among)
+        reply = self.best()
+        if asked and "readyok" not in reply.lines:  # the search has ended before
+            self.wait("readyok")
+        return self.judge(reply, game, among)
 
     def judge(self, reply: Reply, game: Game, among: Sequence[str] = ()) -> str | None:
         told = []
