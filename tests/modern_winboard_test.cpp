@@ -365,6 +365,9 @@ TEST_F(ModernWinBoardTest, LinesDuringThinking) {
         EXPECT_EQ(count("\n" + said, "\nmove "), moves ? 1 : 0) << line << ": " << said;
         EXPECT_TRUE(has(said, answer)) << line << ": " << said;
         EXPECT_TRUE(has(said, "pong 9\n")) << line << ": " << said;
+        if (moves) {
+            EXPECT_LT(said.find("move "), said.find("pong ")) << line;
+        }
     }
     // A put-off control takes effect after the move, and a later clock after it.
     const std::string position = Middle;

@@ -89,6 +89,8 @@ const ModernWinBoardHandler::Further ModernWinBoardHandler::FurtherThinkCommands
     {"option", keep},
     {"egtpath", keep},
     {"bk", keep},
+    // A "pong" says that all is done that came before, the move included.
+    {"ping", keep},
     {"go", ignore},
     {"usermove", refuseTurn},
     {"hint", [](Self& self, const Line&) { self.giveHint(self.shown.bestMove()); }},
