@@ -30,7 +30,7 @@ SearchRequest ModernWinBoardHandler::nextSearch() {
 bool ModernWinBoardHandler::useResult(SearchMode mode, Move move) {
     Searcher& searcher = theSearcher;
     bool mayGoOn = true;
-    if (mode == SearchMode::Analysing) analysisRests = !searcher.stopSearch;
+    if (mode == SearchMode::Analysing) analysisRests = kept.empty();
     if (givenUp) {
         searcher.gameOutcome = GameOutcome::None;
         searcher.ponderMove = NoMove;
