@@ -14,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include "board/piece_values.h"
 #include "book/opening_book.h"
 #include "hash/search_stats.h"
 #include "program.h"
@@ -517,13 +518,21 @@ TEST_F(ModernUciTest, TellsTheScoreOfAMoveWithoutASearch) {
 
 // --- What remains -------------------------------------------------------------------------------
 
-TEST_F(ModernUciTest, LeavesNoLimitsToTheNextProtocol) {
+TEST_F(ModernUciTest, LeavesNothingToTheNextProtocol) {
+    ask("setoption name PlayFRC value true\nsetoption name QueenValue value 500");
+    ask("setoption name Ponder value false\nsetoption name MultiPV value 3");
     askAt(Middle, "go nodes 100");
     askAt(Middle, "go depth 1");
     ask("xboard");
     EXPECT_EQ(theSearcher.nodeLimit, 0U);
     EXPECT_EQ(theSearcher.maxIteration, NoFixedDepth);
     EXPECT_EQ(theSearcher.ponderMove, NoMove);
+    EXPECT_TRUE(theSearcher.ponderEnabled);
+    Settings fromFile;
+    fromFile.modernInterface = true;
+    EXPECT_EQ(settings, fromFile);
+    EXPECT_EQ(modernSettings, ModernSettings{});
+    EXPECT_EQ(pieceValue[WhiteQueen], Settings{}.QueenValue);
 }
 
 TEST_F(ModernUciTest, CountsTheNodesOfThePlainHandler) {

@@ -87,7 +87,7 @@ constexpr bool isFile(char c) { return c >= 'a' && c <= 'h'; }
 constexpr bool isRank(char c) { return c >= '1' && c <= '8'; }
 
 /// Signs after a move that say nothing about it.
-constexpr std::string_view Trailing = "+#=-/:@.";
+constexpr std::string_view Trailing = "+#=-/:@.!?";
 
 std::string_view withoutTail(std::string_view text) {
     for (const std::string_view tail : {"e.p.", "e.p", "ep"}) {
