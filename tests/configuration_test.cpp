@@ -122,13 +122,16 @@ TEST_F(ConfigurationTest, EachKeySetsSomethingOfItsOwn) {
     EXPECT_FALSE(setKey("HashMB", "7"));
 }
 
-TEST_F(ConfigurationTest, ShippedFileHoldsTheDefaults) {
+TEST_F(ConfigurationTest, ShippedFileHoldsTheDefaultsAndTurnsTheModernInterfaceOn) {
     read(AllKeys);
     settings.egtbDir.clear();  // no line can express this
     fs::copy_file(dataPath("../../data/brivok.ini"), "brivok.ini",
                   fs::copy_options::overwrite_existing);
     ReadConfiguration();
-    EXPECT_TRUE(settings == Settings{});
+    Settings expected;
+    expected.modernInterface = true;
+    EXPECT_TRUE(settings == expected);
+    EXPECT_TRUE(wantsModernInterface());
 }
 
 TEST_F(ConfigurationTest, Rules) {
