@@ -15,7 +15,7 @@ PATIENCE = 2.0  # seconds until an analysis has told a line of play
 # Depth, score, centiseconds, nodes, further figures before a tab, and moves.
 THOUGHT = re.compile(rf" *\d+ +-?\d+ +\d+ +\d+(?:(?: +\d+)*\t| +)(?P<pv>{SAN}(?: {SAN})*)"
                      r"(?: ?(?:\?|!|--|\+\+))?")
-BOOK_MOVE = rf"0 1 0 0 {SAN} \(Book move\)"
+BOOK_MOVE = rf"0 1 0 0 {SAN}"
 REST = re.compile(rf"|pong \d+|#.*|stat01: \d+ \d+ \d+ \d+ \d+ ?(?:{SAN})?|Hint: \S+|{BOOK_MOVE}"
                   r"| [^ \d-].*")
 

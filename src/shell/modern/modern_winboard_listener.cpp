@@ -28,6 +28,11 @@ void ModernWinBoardListener::begin() {
     last.clear();
 }
 
+void ModernWinBoardListener::onBookMove(Board& board, Move move) {
+    const std::string text = moveToSan(board, move);
+    if (theSearcher.postThinking) Print(app, "0 1 0 0 %s\n", text.c_str());
+}
+
 void ModernWinBoardListener::onBudget(const TimeControl& clock) {
     if (showsNotes) WinBoardListener::onBudget(clock);
 }

@@ -16,6 +16,7 @@ class ModernWinBoardListener final : public WinBoardListener {
 public:
     using WinBoardListener::WinBoardListener;
 
+    void onBookMove(Board& board, Move move) override;
     void onBudget(const TimeControl& clock) override;
     void onIteration(const SearchProgress& progress, int score, SearchEvent event) override;
     void onLines(const SearchProgress& progress, std::span<const SearchLine> lines) override;
