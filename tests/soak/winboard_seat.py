@@ -133,10 +133,13 @@ class WinBoardSeat(WinBoardEngine, Seat):
         return word, seconds
 
     def follow(self, game: Game, word: str, said: Sequence[str]) -> None:
-        """Now and then the last line of play, if it begins with the move, is played to its end. An
-        earlier one may be of another position, which the engine has pondered on."""
-        thoughts = [m["pv"].split() for m in map(THOUGHT.fullmatch, said) if m]
-        if not thoughts or not self.happens(FOLLOWED, "lines of play followed"):
+        """Now and then the last line of play is followed to its end, if it begins with the move. A
+        ponder hit goes on with a search; a new one tells its budget. A single move needs none."""
+        budgets = [number for number, line in enumerate(said) if line.startswith("##")]
+        thoughts = [m["pv"].split()
+                    for m in map(THOUGHT.fullmatch, said[max(budgets, default=0):]) if m]
+        if (len(game.legal) == 1 or not thoughts
+                or not self.happens(FOLLOWED, "lines of play followed")):
             return
         after = game.branch()
         try:
