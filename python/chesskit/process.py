@@ -8,7 +8,7 @@ import threading
 import time
 from collections.abc import Sequence
 from pathlib import Path
-from typing import NoReturn
+from typing import NamedTuple, NoReturn
 
 from chesskit.errors import ChessError
 from chesskit.programs import SLOW
@@ -18,14 +18,20 @@ Folder = str | Path | None  # that a program runs in; None is the current one
 PATIENCE = 120 if SLOW else 30  # seconds until an engine counts as hanging
 
 
-def waited(process: int | str = "self") -> float:
-    """Milliseconds that the threads of a process were ready to run but waited for a processor; not
-    a number if it is gone. Without a number of a process: of this program."""
-    tasks = Path(f"/proc/{process}/task").glob("*/schedstat")
+class Usage(NamedTuple):
+    """Milliseconds of all threads of a process so far; not a number if it is gone."""
+    running: float
+    waiting: float  # for a processor, ready to run
+
+
+def usage(process: int | str = "self") -> Usage:
+    """Of the process with this number, or of this program."""
     try:
-        return sum(int(task.read_text().split()[1]) for task in tasks) / 1e6
+        told = [task.read_text().split()
+                for task in Path(f"/proc/{process}/task").glob("*/schedstat")]
+        return Usage(*(sum(int(words[n]) for words in told) / 1e6 for n in (0, 1)))
     except (OSError, IndexError):  # the process, or one of its threads, is gone
-        return math.nan
+        return Usage(math.nan, math.nan)
 
 
 class EngineError(ChessError):
@@ -120,7 +126,7 @@ class Process:
 
     def waited(self) -> float:
         """Milliseconds that its threads were ready to run but waited for a processor."""
-        return waited(self.p.pid)
+        return usage(self.p.pid).waiting
 
     def kill(self) -> None:
         self.p.kill()

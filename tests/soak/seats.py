@@ -2,13 +2,15 @@
 
 import random
 import subprocess
+import time
 from collections import Counter
 from typing import NamedTuple
 
 from chesskit import PATIENCE, SLOW, Clocks, Game, Process
-from chesskit.process import waited
+from chesskit.process import Usage, usage
 
 GRACE = 2000 if SLOW else 80  # milliseconds beyond a limit that are forgiven
+STANDSTILL = 1000  # milliseconds that a busy machine may stand still
 ANSWER = 200  # milliseconds in which a search must have stopped
 FOLLOWED = 0.05  # share of the searches whose line of play is followed to its end
 
@@ -40,6 +42,8 @@ class Seat(Process):
     counts: Counter[str]  # of what has been done
     terms: Terms
     takes_over = False  # a user has told it to play the other side from now on
+    began_at = 0.0
+    before: tuple[Usage, Usage]  # of the engine and of this program
     given_up = False  # a user has no more interest in the game
 
     def begin(self, game: Game, terms: Terms, side: int) -> None:
@@ -95,11 +99,20 @@ class Seat(Process):
         self.counts[f"{self.protocol} {what}"] += 1
         return True
 
-    def waited(self) -> float:
-        """The waits of this program count as well."""
-        return super().waited() + waited()
+    def start_watch(self) -> None:
+        """A time begins that in_time() looks at."""
+        self.began_at, self.before = time.monotonic(), (usage(self.p.pid), usage())
 
-    def in_time(self, seconds: float, limit: float, waited: float) -> None:
-        """`limit` in milliseconds; `waited()` before tells what time of it was the machine's."""
-        over = seconds * 1000 - limit - (self.waited() - waited)
-        self.require(not over > GRACE, f"is late by {over:.0f} ms after {seconds * 1000:.0f} ms")
+    def in_time(self, limit: float) -> float:
+        """The seconds from start_watch() to the last line taken. More than `limit` milliseconds are
+        a fault, unless a busy machine accounts for them: one that lets the programs wait, or stands
+        still for a moment."""
+        seconds = self.stamp - self.began_at
+        now = usage(self.p.pid), usage()
+        waited = sum(now[n].waiting - self.before[n].waiting for n in (0, 1))
+        running = now[0].running - self.before[0].running
+        over = seconds * 1000 - limit - waited
+        self.require(not over > GRACE or running < limit and over < STANDSTILL,
+                     f"is late by {over:.0f} ms after {seconds * 1000:.0f} ms, "
+                     f"{running:.0f} of them running")
+        return seconds

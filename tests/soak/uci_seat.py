@@ -18,8 +18,8 @@ INFO = re.compile(
     |currmove\ {MOVE}|currmovenumber\ \d+|pv(?P<pv>(?:\ {MOVE})+)))+\ ?""", re.X)
 BESTMOVE = re.compile(rf"bestmove (0000|{MOVE})(?: ponder ({MOVE}))? ?")
 # The budget, which is no part of the protocol, and the diagram after "position".
-REST = re.compile(r"|readyok|info string book move|## \(Think\).*|   \+(?:---\+){8}| [1-8] \|.*"
-                  r"| {5}(?:[a-h#] {3}){8}")
+REST = re.compile(r"|readyok|info string (?:book move|no mate in \d+ found)|## \(Think\).*"
+                  r"|   \+(?:---\+){8}| [1-8] \|.*| {5}(?:[a-h#] {3}){8}")
 
 
 class Info(NamedTuple):
@@ -164,17 +164,18 @@ class UciSeat(UciEngine, Seat):
     def stop(self, game: Game) -> None:
         """Ends a search that would not end by itself."""
         self.silent()
-        waited, begin = self.waited(), time.monotonic()
+        self.start_watch()
         self.send("stop")
-        self.best_of(game)
-        self.in_time(self.stamp - begin, ANSWER, waited)
+        reply = self.best()
+        self.in_time(ANSWER)
+        self.judge(reply, game)
 
     def move(self, game: Game, clocks: Clocks) -> tuple[str | None, float]:
         limit = self.terms.move_time or clocks.left[game.side]
         if self.root and self.root.moves == game.moves:
             self.silent()
             self.counts["uci ponder hits"] += 1
-            waited, begin = self.waited(), time.monotonic()
+            self.start_watch()
             self.send("ponderhit")
         else:
             if self.root:
@@ -185,12 +186,11 @@ class UciSeat(UciEngine, Seat):
                 text = "depth 3"
             elif self.happens(0.03, "go nodes"):
                 text = "nodes 2000"
-            waited, begin = self.waited(), time.monotonic()
+            self.start_watch()
             self.start(f"{self.at(game)}\ngo {text}")
         self.root = None
         reply = self.best()
-        seconds = self.stamp - begin
-        self.in_time(seconds, limit, waited)
+        seconds = self.in_time(limit)
         return self.judge(reply, game), seconds
 
     def leave(self, game: Game, clocks: Clocks) -> None:
@@ -237,7 +237,7 @@ class UciSeat(UciEngine, Seat):
         self.search(game, *self.chance.choice((
             ("go infinite", "stop"), (f"go {limit}", "stop"), (f"go ponder {limit}", "stop"),
             (f"go ponder {limit}", "ponderhit"), ("go depth 0",), ("go nodes 1",),
-            ("go movetime 1",), ("go mate 1", "stop"), ("go mate 2 depth 4",),
+            ("go movetime 1",), ("go mate 1",), ("go mate 2 depth 4",), ("go mate 3", "stop"),
             ("go ponder infinite", "ponderhit", "stop"), ("go wtime 1 btime 1",))))
 
     def choose_moves(self, game: Game, _clocks: Clocks) -> None:

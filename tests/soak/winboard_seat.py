@@ -111,7 +111,7 @@ class WinBoardSeat(WinBoardEngine, Seat):
         lines = [f"time {left[game.side]}", f"otim {left[1 - game.side]}", *self.untold(game),
                  *(["go"] if self.needs_go else [])]
         self.needs_go = False
-        waited, begin = self.waited(), time.monotonic()
+        self.start_watch()
         self.send(*lines)
         if self.terms.user and self.chance.random() < 0.25:
             time.sleep(self.chance.random() * 0.02)
@@ -120,14 +120,13 @@ class WinBoardSeat(WinBoardEngine, Seat):
             if not what(self, game):
                 return None, 0
             if what == WinBoardSeat.move_now:
-                limit = min(limit, (time.monotonic() - begin) * 1000 + ANSWER)
+                limit = min(limit, (time.monotonic() - self.began_at) * 1000 + ANSWER)
         said = self.wait(self.ENDS)
-        seconds = self.stamp - begin
+        seconds = self.in_time(limit)
         self.check(said[:-1])
         word = said[-1].removeprefix("move ")
         if word not in game.legal:
             self.fail(f"says {said[-1]!r} in {game.line()}")
-        self.in_time(seconds, limit, waited)
         self.follow(game, word, said)
         self.told += 1
         return word, seconds
@@ -151,8 +150,8 @@ class WinBoardSeat(WinBoardEngine, Seat):
         except IllegalMove as error:
             self.fail(f"tells {thoughts[-1]} in {game.line()}: {error}")
 
-    # While it thinks. Each of these tells whether a move is still due, and otherwise leaves the game
-    # as it is on the board of the engine.
+    # While it thinks. Each of these tells whether a move is still due, and otherwise leaves the
+    # game as it is on the board of the engine.
 
     def move_now(self, _game: Game) -> bool:
         self.send("?")
