@@ -111,6 +111,9 @@ class WinBoardSeat(WinBoardEngine, Seat):
         lines = [f"time {left[game.side]}", f"otim {left[1 - game.side]}", *self.untold(game),
                  *(["go"] if self.needs_go else [])]
         self.needs_go = False
+        if self.terms.user and self.happens(0.03, "go and ? in a packet"):
+            lines.append("?")
+            limit = ANSWER
         self.start_watch()
         self.send(*lines)
         if self.terms.user and self.chance.random() < 0.25:
