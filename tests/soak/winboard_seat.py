@@ -6,12 +6,12 @@ import time
 from collections.abc import Sequence
 from pathlib import Path
 
-from chesskit import (BRIVOK, RESULTS, Clocks, Game, IllegalMove, WinBoardEngine, claim, diagram,
-                      is_dead, read_san, shown, squares)
+from chesskit import (BRIVOK, RESULTS, SLOW, Clocks, Game, IllegalMove, WinBoardEngine, claim,
+                      diagram, is_dead, read_san, shown, squares)
 from chesskit.notation import SAN
 from seats import ANSWER, FOLLOWED, Seat, Terms
 
-PATIENCE = 2.0  # seconds until an analysis has told a line of play
+PATIENCE = 6.0 if SLOW else 2.0  # seconds until an analysis has told a line of play
 # Depth, score, centiseconds, nodes, further figures before a tab, and moves.
 THOUGHT = re.compile(rf" *\d+ +-?\d+ +\d+ +\d+(?:(?: +\d+)*\t| +)(?P<pv>{SAN}(?: {SAN})*)"
                      r"(?: ?(?:\?|!|--|\+\+))?")
@@ -92,10 +92,10 @@ class WinBoardSeat(WinBoardEngine, Seat):
     def text(self, game: Game, number: int) -> str:
         """A move of the game as one of all interfaces writes it."""
         word, theirs, san = game.moves[number], game.theirs[number], game.sans[number]
-        plain, onto_rook = san.rstrip("+#"), word.startswith("O-O")
+        plain = san.rstrip("+#")
         forms = [san, plain, theirs]
-        if onto_rook:
-            forms += [san.replace("O", "0"), plain]
+        if word.startswith("O-O"):
+            forms.append(san.replace("O", "0"))
         elif len(word) == 5:
             forms += [word[:4] + word[4].upper(), san.replace("=", ""), san.lower()]
         return "usermove " + self.chance.choice(forms)
