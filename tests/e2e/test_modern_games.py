@@ -36,12 +36,14 @@ def soak(folder, *arguments, engine=None):
 
 def test_games(tmp_path):
     each, fischer = (1, 0) if SLOW else (2, 1)
-    code, text = soak(tmp_path, "--games", 2 * each, "--frc-games", fischer, "--seed", "8")
+    code, text = soak(tmp_path, "--games", 2 * each, "--frc-games", fischer, "--seed", 15)
     assert code == 0, text + "".join(x.read_text("latin-1")
                                      for x in (tmp_path / "faults").glob("*"))
-    games = json.loads((tmp_path / "games.json").read_text())["games"]
-    assert [(x["protocol"], x["fault"]) for x in games] == [
+    told = json.loads((tmp_path / "games.json").read_text())
+    assert [(x["protocol"], x["fault"]) for x in told["games"]] == [
         *[("uci", "")] * each, *[("winboard", "")] * each, *[("uci", "")] * fischer]
+    for what in ("uci ponder hits", "uci ponder misses", "uci lines of play checked"):
+        assert told["counts"][what] > 0, told["counts"]
 
 
 @pytest.mark.parametrize("answer, fault", [
