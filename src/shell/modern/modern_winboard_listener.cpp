@@ -10,6 +10,9 @@ namespace brivok {
 
 namespace {
 
+/// What moveToSan() says of an illegal move.
+constexpr std::string_view NoSan = "xxxx";
+
 constexpr int MateBase = 100'000;
 
 /// A score as the protocol has it: mates beyond MateBase, counted in moves.
@@ -35,6 +38,13 @@ void ModernWinBoardListener::onBookMove(Board& board, Move move) {
 
 void ModernWinBoardListener::onBudget(const TimeControl& clock) {
     if (showsNotes) WinBoardListener::onBudget(clock);
+}
+
+/// Empty for a pseudo-legal move that turns out to be illegal, which a report of the progress may
+/// meet.
+std::string ModernWinBoardListener::rootMoveText(Board& board, Move move) {
+    std::string text = WinBoardListener::rootMoveText(board, move);
+    return text == NoSan ? std::string() : text;
 }
 
 void ModernWinBoardListener::onIteration(const SearchProgress& progress, int score,

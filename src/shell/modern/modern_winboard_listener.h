@@ -18,6 +18,7 @@ public:
 
     void onBookMove(Board& board, Move move) override;
     void onBudget(const TimeControl& clock) override;
+    std::string rootMoveText(Board& board, Move move) override;
     void onIteration(const SearchProgress& progress, int score, SearchEvent event) override;
     void onLines(const SearchProgress& progress, std::span<const SearchLine> lines) override;
 
