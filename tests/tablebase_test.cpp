@@ -274,8 +274,10 @@ TEST_F(TablebaseTest, NamesInCapitals) {
     write("my/Tables/kqk.nbw", KqkSize[0], {{0, 4}});
     open(Megabyte, base + "/my/tables");
     EXPECT_EQ(valueAt("kqk", 0, 0), 32644);
-    open(Megabyte, base + "/my/tables/none");
-    EXPECT_EQ(tablebases.tbMaxMen, 0);
+    for (const char* path : {"/my/tables/none", "/none/../my/tables"}) {
+        open(Megabyte, base + path);
+        EXPECT_EQ(tablebases.tbMaxMen, 0) << path;
+    }
 }
 
 class TablebaseSearchTest : public TablebaseTest {

@@ -54,13 +54,23 @@ fs::path follow(const fs::path& start, fs::path::const_iterator next,
     return {};
 }
 
+/// The existing directory of this name in any case, or an empty path. As in any path, a name that
+/// ".." takes back must exist, too.
+fs::path findInAnyCase(const std::string& name) {
+    fs::path way;
+    for (const fs::path& part : fs::path(name)) {
+        if (part == ".." && !way.empty() && follow({}, way.begin(), way.end()).empty()) return {};
+        way = (way / part).lexically_normal();
+    }
+    return follow({}, way.begin(), way.end());
+}
+
 }  // namespace
 
 TableDirectory::TableDirectory(std::string_view name) : prefix(name) {
     found = isDirectory(prefix);
     if (!found) {
-        const fs::path path = fs::path(prefix).lexically_normal();
-        prefix = follow({}, path.begin(), path.end()).string();
+        prefix = findInAnyCase(prefix).string();
         found = !prefix.empty();
     }
     if (!found) return;
