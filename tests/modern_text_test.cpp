@@ -345,6 +345,7 @@ protected:
         const SearchProgress progress{.board = board,
                                       .table = transpositionTable,
                                       .stats = stats,
+                                      .nodes = 0,
                                       .mode = SearchMode::Thinking,
                                       .iteration = 40,
                                       .selDepth = 0,

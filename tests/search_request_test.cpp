@@ -238,6 +238,34 @@ TEST_F(RequestTest, NothingReachesTheNextSearch) {
     EXPECT_EQ(theSearcher.standingRequest().nodeLimit, 0U);
 }
 
+/// Stands for a search of hours: each poll finds three billion nodes more.
+class ManyNodes : public SearchListener {
+public:
+    static constexpr std::uint32_t More = 3'000'000'000;
+    static constexpr int Polls = 4;
+
+    bool pollInput() override {
+        searchStats.nodes += More;
+        searchStats.nextPoll += More;
+        theSearcher.stopSearch = ++polls == Polls;
+        return true;
+    }
+
+private:
+    int polls = 0;
+};
+
+TEST_F(RequestTest, CountsNodesBeyondTheEndOfTheCounter) {
+    setPosition(Middle);
+    ManyNodes listener;
+    (void)theSearcher.think({.maxIteration = 30}, listener);
+    theSearcher.searchMode = SearchMode::Idle;
+    const std::uint64_t added = std::uint64_t{ManyNodes::More} * ManyNodes::Polls;
+    EXPECT_GE(theSearcher.progress().nodes, added);
+    EXPECT_LT(theSearcher.progress().nodes, added + ManyNodes::More);
+    EXPECT_EQ(static_cast<std::uint32_t>(theSearcher.progress().nodes), searchStats.nodes);
+}
+
 /// Turns a ponder search into one for a move, then stops it.
 class PonderHit : public SearchListener {
 public:

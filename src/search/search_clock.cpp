@@ -18,6 +18,7 @@ bool Searcher::isTimed() const {
 }
 
 bool Searcher::pollInputAndClock() {
+    nodesAtPoll = allNodes();
     // While the search unwinds, read nothing more: an idle handler would act on it.
     if (stopSearch) return true;
     if (!listener->pollInput() && !endsByItself()) stopSearch = true;

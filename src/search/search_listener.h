@@ -23,6 +23,7 @@ struct SearchProgress {
     Board& board;
     const TranspositionTable& table;
     const SearchStats& stats;
+    std::uint64_t nodes;  ///< those of `stats`, which start again at 2^32
     SearchMode mode;
     int iteration;                     ///< current iteration, from 1
     int selDepth;                      ///< deepest ply reached by quiescence in this pass

@@ -40,10 +40,16 @@ void Searcher::forgetGame() {
 
 std::uint32_t Searcher::elapsed() const { return centiseconds() - searchStartTime; }
 
+std::uint64_t Searcher::allNodes() const {
+    const auto counterAtPoll = static_cast<std::uint32_t>(nodesAtPoll);
+    return nodesAtPoll + (stats.nodes - counterAtPoll);
+}
+
 SearchProgress Searcher::progress() const {
     return {.board = *board,
             .table = transpositionTable,
             .stats = stats,
+            .nodes = allNodes(),
             .mode = searchMode,
             .iteration = iteration,
             .selDepth = selDepth,

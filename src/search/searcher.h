@@ -241,6 +241,8 @@ private:
     /// Whether the clock has a say in a search for a move.
     [[nodiscard]] bool usesClock() const { return clockCounts || maxIteration == NoFixedDepth; }
     [[nodiscard]] std::uint32_t elapsed() const;
+    /// The nodes so far, from a counter that has at most once passed its end since the last poll.
+    [[nodiscard]] std::uint64_t allNodes() const;
 
     // --- Parts ------------------------------------------------------------------------------
 
@@ -260,6 +262,7 @@ private:
 
     Frame root{};  ///< pseudo-legal root moves; a pass only changes their ordering scores
     std::uint32_t rootMoveNodes[MaxMoves]{};  ///< by position in the root list
+    std::uint64_t nodesAtPoll = 0;            ///< at the last poll
     int legalRootMoveCount = 0;
     int rootMovesTotal = 0;
     int rootMovesLeft = 0;

@@ -76,6 +76,7 @@ void Searcher::prepare(const SearchRequest& request) {
     if (request.clock) clock = *request.clock;
 
     stats = {};
+    nodesAtPoll = 0;
     bookMove = false;
     evaluation.lazyMargin = 0;
     mayExtendTime = true;

@@ -27,7 +27,7 @@ std::uint32_t millisecondsOf(const SearchProgress& progress) {
 
 std::uint64_t nodesPerSecond(const SearchProgress& progress) {
     const std::uint32_t milliseconds = std::max(millisecondsOf(progress), ClockResolution);
-    return std::uint64_t{progress.stats.nodes} * 1000 / milliseconds;
+    return progress.nodes * 1000 / milliseconds;
 }
 
 std::string scoreText(int score) {
@@ -148,7 +148,7 @@ void ModernUciListener::tell(const SearchProgress& progress, const Told& line) {
 }
 
 std::string ModernUciListener::counters(const SearchProgress& progress) const {
-    std::string text = " nodes " + std::to_string(progress.stats.nodes) + " nps " +
+    std::string text = " nodes " + std::to_string(progress.nodes) + " nps " +
                        std::to_string(nodesPerSecond(progress)) + " hashfull " +
                        std::to_string(progress.table.fillPermille());
     const std::uint32_t hits = progress.tableHits - hitsBefore;

@@ -79,8 +79,8 @@ void ModernWinBoardListener::print(const SearchProgress& progress, int score,
         std::to_string(progress.iteration) + " " + std::to_string(shown) + " " + line;
     if (told == last) return;
     last = std::move(told);
-    Print(app, "%d %d %u %u %s\n", progress.iteration, shown, progress.elapsed,
-          progress.stats.nodes, line.c_str());
+    Print(app, "%d %d %u %s %s\n", progress.iteration, shown, progress.elapsed,
+          std::to_string(progress.nodes).c_str(), line.c_str());
 }
 
 }  // namespace brivok
