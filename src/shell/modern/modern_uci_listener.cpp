@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdlib>
 
 #include "eval/evaluate.h"
 #include "search/score.h"
@@ -31,7 +30,7 @@ std::uint64_t nodesPerSecond(const SearchProgress& progress) {
 }
 
 std::string scoreText(int score) {
-    if (score > MateBound) return "mate " + std::to_string((MateScore + 1 - score) / 2);
+    if (score > MateBound) return "mate " + std::to_string(movesToMate(score));
     if (score < -MateBound) return "mate " + std::to_string(-((MateScore + score) / 2));
     return "cp " + std::to_string(score);
 }

@@ -17,7 +17,7 @@ constexpr int MateBase = 100'000;
 
 /// A score as the protocol has it: mates beyond MateBase, counted in moves.
 int publishedScore(int score) {
-    if (score > MateBound) return MateBase + (MateScore + 1 - score) / 2;
+    if (score > MateBound) return MateBase + movesToMate(score);
     if (score < -MateBound) return -MateBase - (MateScore + score) / 2;
     return score;
 }
