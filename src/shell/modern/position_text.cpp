@@ -210,7 +210,8 @@ private:
         const bool plausible = rowOf(passed) == (side == White ? 2 : 5) && men[passed] == Empty &&
                                men[passed - forward] == Empty &&
                                men[passed + forward] == pieceOf(Kind::Pawn, opposite(side));
-        return plausible ? "" : "no pawn has just passed the en passant square";
+        if (!plausible) passed = NoSquare;
+        return "";
     }
 
     std::string readClocks() {

@@ -13,7 +13,7 @@ namespace brivok {
 ///
 /// The line must have eight ranks of eight squares, one king, at most 16 men and at most 8 pawns a
 /// side, no pawn on a back rank, and the side to move, which cannot take the king. The other
-/// fields may be missing; an en passant square must be one that a pawn has just passed.
+/// fields may be missing; an en passant square that no pawn has just passed counts as none.
 ///
 /// Castling rights are KQkq, or the files of the rooks (HAha). In Fischer-random chess, K and Q
 /// mean the outermost rook on that side of the king; in normal chess, king and rook must stand on
