@@ -88,7 +88,7 @@ void setUpAsModern(Board& board, std::string_view line) {
     for (int kind = 0; kind < CastlingKinds; ++kind) {
         if ((board.castling & rightOf(kind)) == 0) continue;
         const Side side = kind < BlackKingSide ? White : Black;
-        const auto& rooks = side == White ? board.whiteRookStart : board.blackRookStart;
+        const auto* const rooks = side == White ? board.whiteRookStart : board.blackRookStart;
         expect(board.castlingHomesFit(kind), "the variant permits the right");
         expect(board.squares[rooks[kind % 2 == 0 ? 1 : 0]] == pieceOf(Kind::Rook, side) &&
                    board.squares[board.kingStart[whiteFirst(side)]] == pieceOf(Kind::King, side),
