@@ -182,6 +182,11 @@ TEST_F(ModernWinBoardTest, AnAnalysisThatEndsStaysOne) {
     const std::string said = play({{"result *"}, {"analyze"}, {"exit", Depth4}});
     EXPECT_TRUE(has(said, " Kg2")) << said;
     EXPECT_EQ(withoutThinking(said), "");
+    // Nor does one that has nobody left to listen begin again.
+    program->type("new\nanalyze");
+    program->outside.closeInput(after(Depth4));
+    program->run();
+    EXPECT_EQ(program->exitCode, 0);
 }
 
 // --- Pondering ---------------------------------------------------------------------------------
@@ -431,6 +436,15 @@ TEST_F(ModernWinBoardTest, AFinishedGameIsReopened) {
     EXPECT_EQ(answer("new\nforce\nundo\nremove\nusermove e2e5\nusermove\ne2e5"),
               "Error (no move to take back): undo\nError (no move to take back): remove\n"
               "Illegal move: e2e5\nIllegal move: usermove\nIllegal move: e2e5\n");
+}
+
+TEST_F(ModernWinBoardTest, AResignationTakenBackIsNotRepeatedAtOnce) {
+    begin("ModernInterface: true\nResignValue: 9000\n");
+    (void)ask(std::string("sd 6\n") + Middle);
+    for (const int resignations : {0, 0, 0, 0, 0, 1}) {
+        EXPECT_EQ(count(answer("go"), "resigns"), resignations);
+    }
+    EXPECT_EQ(count(answer("force\nundo\ngo"), "resigns"), 0);
 }
 
 TEST_F(ModernWinBoardTest, BrokenPositionsLeaveEverything) {

@@ -167,8 +167,9 @@ void ModernWinBoardHandler::positionChanged() {
     analysisRests = false;
 }
 
-/// The game goes on, whatever was claimed.
+/// The game goes on, whatever was claimed. A resignation taken back is not repeated at once.
 void ModernWinBoardHandler::reopenGame() {
+    if (gameOver) resignCounter = 0;
     gameOver = false;
     positionChanged();
 }
