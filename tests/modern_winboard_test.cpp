@@ -461,6 +461,15 @@ TEST_F(ModernWinBoardTest, BrokenPositionsLeaveEverything) {
               "Error (the king could be taken): black\n");
 }
 
+TEST_F(ModernWinBoardTest, TakingBackAlsoTakesBackWhoseMoveItIs) {
+    (void)ask("force\nusermove e2e4\nwhite\nundo");
+    EXPECT_EQ(theBoard.sideToMove, White);
+    EXPECT_TRUE(isOnBoard(""));
+    (void)ask("usermove e2e4\nusermove e7e5\nblack\nusermove d7d6\nremove");
+    EXPECT_EQ(theBoard.sideToMove, Black);
+    EXPECT_TRUE(isOnBoard("e2e4"));
+}
+
 TEST_F(ModernWinBoardTest, Variants) {
     const std::string array = "setboard 1rk1r3/pppppppp/8/8/8/8/PPPPPPPP/1RK1R3 w KQkq - 0 1";
     (void)ask("force\nusermove e2e4\nlevel 0 4 0\nvariant fischerandom");

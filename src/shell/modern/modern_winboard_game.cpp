@@ -130,7 +130,9 @@ void ModernWinBoardHandler::setUpBoard(const Line& line) {
 
 void ModernWinBoardHandler::takeBackMoves(const Line& line, std::uint32_t moves) {
     if (!hasHistory(theBoard, moves)) return refuse(line, "no move to take back");
+    const Side mover = sideOf(movePiece(theBoard.undo[theBoard.ply - moves].move));
     takeBack(static_cast<int>(moves));
+    theBoard.giveMoveTo(mover);  // "white" or "black" may have changed the side since
     reopenGame();
 }
 
