@@ -42,17 +42,16 @@ DEPTH = 6  # that an analysis reaches before a person goes on
 class Pipe(SubProcess):
     """To an engine and from it, with a record of what goes through."""
     transcript: list[str] = []  # of all engines of a table, each line behind a process number
+    piece = ""  # of a line on its way to the engine
 
     async def start(self) -> None:
         await super().start()
         self.connect("line", lambda _, line: self.transcript.append(f"{self.pid} < {line}"))
 
     def write(self, text: str) -> None:
-        """PyChess writes "usermove ", a move and the end of the line one by one."""
-        if self.transcript and self.transcript[-1] == f"{self.pid} > usermove ":
-            self.transcript[-1] += text
-        elif text != "\n":
-            self.transcript.append(f"{self.pid} > {text}")
+        """PyChess writes a line in pieces."""
+        *lines, self.piece = (self.piece + text).split("\n")
+        self.transcript += [f"{self.pid} > {line}" for line in lines]
         super().write(text)
 
 
