@@ -50,7 +50,10 @@ class EngineRules:
         words, check, men = self.engine.ready()[-1].split(), is_check(fen), squares(fen)
         if check:  # the list may hold castling out of check
             words = [w for w in words if men[w[:2]] not in "Kk" or abs(ord(w[0]) - ord(w[2])) < 2]
-        return Look({word: word for word in words}, fen, check)
+        fields = fen.split()
+        if not any(w[2:4] == fields[3] and men[w[:2]] in "Pp" for w in words):
+            fields[3] = "-"  # with nothing to capture, the position can be one seen before
+        return Look({word: word for word in words}, " ".join(fields), check)
 
 
 def score_text(score: Score, white: bool) -> str:
