@@ -148,6 +148,7 @@ class Soak:
 
     def __init__(self, options: argparse.Namespace) -> None:
         self.options, self.lock = options, threading.Lock()
+        self.stopping = threading.Event()
         self.records: list[Record] = []
         self.counts: Counter[str] = Counter()
         self.begin = time.monotonic()
@@ -169,6 +170,8 @@ class Soak:
             self.furnish(folder, games[0].tables)
             referee = Referee()
             for terms in games:
+                if self.stopping.is_set():
+                    break
                 chance = random.Random(f"{self.options.seed} {terms.number} moves")
                 game = Game(referee, terms.start, terms.fischer, fifty=100)
                 begin, fault = time.monotonic(), ""
@@ -220,7 +223,12 @@ class Soak:
         batches = [list(games) for _, games in itertools.groupby(
             self.plan, lambda terms: (terms.batch, terms.protocol))]
         with ThreadPoolExecutor(self.options.concurrency) as pool:
-            list(pool.map(self.batch, batches))
+            try:
+                list(pool.map(self.batch, batches))
+            except BaseException:  # the games that have begun are played to their end
+                self.stopping.set()
+                pool.shutdown(cancel_futures=True)
+                raise
 
 
 def arguments() -> argparse.Namespace:

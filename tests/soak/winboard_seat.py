@@ -15,9 +15,7 @@ PATIENCE = 6.0 if SLOW else 2.0  # seconds until an analysis has told a line of 
 # Depth, score, centiseconds, nodes, further figures before a tab, and moves.
 THOUGHT = re.compile(rf" *\d+ +-?\d+ +\d+ +\d+(?:(?: +\d+)*\t| +)(?P<pv>{SAN}(?: {SAN})*)"
                      r"(?: ?(?:\?|!|--|\+\+))?")
-BOOK_MOVE = rf"0 1 0 0 {SAN}"
-REST = re.compile(rf"|pong \d+|#.*|stat01: \d+ \d+ \d+ \d+ \d+ ?(?:{SAN})?|Hint: \S+|{BOOK_MOVE}"
-                  r"| [^ \d-].*")
+REST = re.compile(rf"|pong \d+|#.*|stat01: \d+ \d+ \d+ \d+ \d+ ?(?:{SAN})?|Hint: {SAN}| [^ \d-].*")
 
 
 def true_claims(game: Game) -> set[str]:
