@@ -540,15 +540,15 @@ TEST_F(ModernUciTest, CountsTheNodesOfThePlainHandler) {
     // searches; some begin with the records that the search before has left.
     const char* const Script[] = {
         "position startpos",
-        "go depth 7",
+        "go depth 6",
         "position startpos moves e2e4 e7e5",
-        "go depth 7",
+        "go depth 6",
         "position startpos moves e2e4 e7e5 g1f3 b8c6",
         "go depth 6",
-        "go depth 7",
+        "go depth 6",
         "position fen r3r1k1/1pp1qppp/p1np1n2/2b1p1B1/2B1P1b1/P1NP1N2/1PP1QPPP/R4RK1 w - - 0 10",
         "go depth 2",
-        "go depth 7",
+        "go depth 6",
         "go nodes 30000",
         "setoption name Clear Hash",
         "go depth 6",
@@ -558,13 +558,13 @@ TEST_F(ModernUciTest, CountsTheNodesOfThePlainHandler) {
         "go depth 6",
         "setoption name Hash value 2",
         "position fen 8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1",
-        "go depth 9",
+        "go depth 8",
         "position fen 8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1 moves b4b1",
-        "go depth 9",
+        "go depth 8",
         "ucinewgame",
         "position fen r1bq1rk1/pp2ppbp/2np1np1/8/3NP3/2N1BP2/PPPQ2PP/R3KB1R w KQ - 0 9",
         "go depth 6",
-        "go depth 7",
+        "go depth 6",
     };
     const auto play = [&](const std::string& file) {
         begin(file);

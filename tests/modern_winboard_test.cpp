@@ -547,7 +547,9 @@ TEST_F(ModernWinBoardTest, ThinkingLines) {
 TEST_F(ModernWinBoardTest, NodesAreThoseOfThePlainHandler) {
     const std::vector<std::string> positions = {
         Middle, "setboard 2r3k1/pbr1q2p/1p2pnp1/3p4/3P1P2/1P1BR3/PB1Q2PP/5RK1 w - - 0 1",
-        "setboard 6k1/5ppp/8/8/2b5/8/r4PPP/1R4K1 w - - 0 1"};
+        "setboard 6k1/5ppp/8/8/2b5/8/r4PPP/1R4K1 w - - 0 1",
+        "setboard 8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1",
+        "setboard r1bq1rk1/pp2ppbp/2np1np1/8/3NP3/2N1BP2/PPPQ2PP/R3KB1R w KQ - 0 9"};
     for (const char* posting : {"post", "nopost"}) {
         std::vector<std::uint32_t> nodes[2];
         std::string said[2];
@@ -556,7 +558,7 @@ TEST_F(ModernWinBoardTest, NodesAreThoseOfThePlainHandler) {
             settings.aspirationWindow = 2;  // for passes that leave it
             (void)ask(posting);
             for (const std::string& position : positions) {
-                said[modern] += ask(position + "\nsd 7\ngo");
+                said[modern] += ask("new\n" + position + "\nsd 6\ngo");
                 nodes[modern].push_back(searchStats.nodes);
             }
         }
