@@ -9,6 +9,7 @@
 #include "search/searcher.h"
 #include "shell/base/console.h"
 #include "shell/board_diagram.h"
+#include "shell/modern/fields.h"
 #include "shell/modern/go_order.h"
 #include "shell/modern/interface_moves.h"
 #include "shell/modern/modern_options.h"
@@ -22,16 +23,6 @@ constexpr char Blanks[] = " \t\r\n";
 
 /// Milliseconds of a centisecond.
 constexpr int ClockResolution = 10;
-
-std::vector<std::string> splitAtBlanks(std::string_view line) {
-    std::vector<std::string> words;
-    for (std::size_t at = line.find_first_not_of(Blanks); at != line.npos;) {
-        const std::size_t end = std::min(line.find_first_of(Blanks, at), line.size());
-        words.emplace_back(line.substr(at, end - at));
-        at = line.find_first_not_of(Blanks, end);
-    }
-    return words;
-}
 
 std::string joined(std::span<const std::string> words) {
     std::string text;
@@ -113,7 +104,8 @@ void ModernUciHandler::ProcessCommand(std::string_view line) {
     const bool searching = theSearcher.searchMode != SearchMode::Idle;
     if (!searching && collectLongPosition(line)) return;
 
-    const Input input{std::string(line), splitAtBlanks(line)};
+    const auto fields = fieldsOf(line);
+    const Input input{std::string(line), {fields.begin(), fields.end()}};
     longPosition.clear();
     if (input.words.empty()) return;
     const std::string& command = input.words[0];

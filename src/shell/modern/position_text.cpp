@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "board/coordinate.h"
+#include "shell/modern/fields.h"
 
 namespace brivok {
 
@@ -20,17 +21,6 @@ constexpr int LastHalfMove = 150;
 /// Higher clocks mean the same to the engine.
 constexpr int HalfMoveCut = 100;
 constexpr int LastFullMove = 9999;
-
-std::vector<std::string_view> fieldsOf(std::string_view line) {
-    constexpr std::string_view Blanks = " \t\r\n";
-    std::vector<std::string_view> fields;
-    for (;;) {
-        line.remove_prefix(std::min(line.find_first_not_of(Blanks), line.size()));
-        if (line.empty()) return fields;
-        fields.push_back(line.substr(0, line.find_first_of(Blanks)));
-        line.remove_prefix(fields.back().size());
-    }
-}
 
 /// A whole number of at most `last`.
 std::optional<int> numberIn(std::string_view field, int last) {
