@@ -139,8 +139,8 @@ TEST_F(EngineTest, RecordTables) {
         std::uint64_t evalRecords, pawnRecords;
     } sizes[] = {{1, 65536, 8192}, {2, 131072, 16384}, {3, 131072, 32768}, {64, 4194304, 524288}};
     for (const auto& [megabytes, evalRecords, pawnRecords] : sizes) {
-        EXPECT_EQ(recordCountFor(megabytes, sizeof(EvalHashRecord)), evalRecords);
-        EXPECT_EQ(recordCountFor(megabytes, sizeof(PawnHashRecord)), pawnRecords);
+        EXPECT_EQ(recordCountFor(megabytes, EvalHashRecord::CountedBytes), evalRecords);
+        EXPECT_EQ(recordCountFor(megabytes, PawnHashRecord::CountedBytes), pawnRecords);
     }
     const EvalHashRecord* const first = &evalHashTable.Find(0);
     for (std::uint64_t key :

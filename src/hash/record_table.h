@@ -7,8 +7,9 @@
 
 namespace brivok {
 
-/// Number of records in a table of `megabytes`: the smallest power of two, at least 2, whose bytes
-/// exceed half the setting; 1 if not even one record fits into that half.
+/// Number of records in a table of `megabytes` if each counts for `recordSize` bytes: the smallest
+/// power of two, at least 2, whose bytes exceed half the setting; 1 if not even one record fits
+/// into that half.
 [[nodiscard]] constexpr std::uint64_t recordCountFor(std::uint32_t megabytes,
                                                      std::uint32_t recordSize) {
     const std::uint64_t limit = std::uint64_t{megabytes} << 19U;
@@ -22,7 +23,9 @@ namespace brivok {
 }
 
 /// A table with one record per slot; a new record always replaces the old one. A key's slot is its
-/// low 32 bits modulo one less than the number of records.
+/// low 32 bits modulo one less than the number of records, so that number decides which keys share
+/// a slot, and with it the tree of a search. A record therefore declares as `CountedBytes` what it
+/// counts for when a table is sized and reported, whatever its layout occupies.
 template <class Record>
 class RecordTable {
 public:
@@ -40,13 +43,13 @@ protected:
     /// Replaces the array by an empty one for `megabytes`. Ends the program with code 1 if memory
     /// is refused.
     void reallocate(std::uint32_t megabytes, const TableNames& names) {
-        const std::uint64_t newCount = recordCountFor(megabytes, sizeof(Record));
+        const std::uint64_t newCount = recordCountFor(megabytes, Record::CountedBytes);
         if (newCount < 2 || newCount > MaxRecords || !records.allocate(newCount)) {
             endForRefusedMemory(names);
         }
         count = static_cast<std::uint32_t>(newCount);
         reciprocal = ~std::uint64_t{0} / (count - 1) + 1;
-        reportAllocation(names, count, newCount * sizeof(Record));
+        reportAllocation(names, count, newCount * Record::CountedBytes);
     }
 
 private:
