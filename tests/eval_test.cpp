@@ -44,6 +44,17 @@ std::string mirrored(const std::string& fen) {
            " " + passed;
 }
 
+/// What the squares of the men of a kind are worth to S.
+template <Side S>
+int placed(const Board& board, Kind kind) {
+    const Piece piece = pieceOf(kind, S);
+    int sum = 0;
+    for (Bitboard men = board.pieces[piece]; men != 0;) {
+        sum += placeValue[piece][takeNext<S>(men)];
+    }
+    return S == White ? sum : -sum;
+}
+
 class EvalTest : public EngineTest {
 protected:
     /// Evaluates with fresh tables.
@@ -234,23 +245,33 @@ TEST_F(EvalTest, PawnScore) {
 
 TEST_F(EvalTest, PawnRecord) {
     const PawnHashRecord& none = pawnsOf("4k3/8/8/8/8/8/8/4K3 w - -");
-    for (int file = 0; file < 10; ++file) {
-        EXPECT_EQ(none.whiteRearRow[file], 1);
-        EXPECT_EQ(none.blackRearRow[file], 6);
-        EXPECT_EQ(none.whitePawnsOnFile[file] + none.blackPawnsOnFile[file], 0);
-    }
-    EXPECT_EQ(none.whitePawnCover | none.blackPawnCover, 0U);
+    EXPECT_EQ(none.cover[0] | none.cover[1] | none.reach[0] | none.reach[1], 0U);
+    EXPECT_EQ(none.files[0] | none.files[1], 0);
+    EXPECT_EQ(none.rowOfNone[0], 1);
+    EXPECT_EQ(none.rowOfNone[1], 6);
 
     const PawnHashRecord& some = pawnsOf("4k3/7p/8/P6p/8/P7/8/4K3 w - -");
     EXPECT_EQ(some.key, board.pawnKey);
-    EXPECT_EQ(some.whitePawnsOnFile[1], 2);
-    EXPECT_EQ(some.blackPawnsOnFile[8], 2);
-    EXPECT_EQ(some.whiteRearRow[1], 5);
-    EXPECT_EQ(some.blackRearRow[8], 1);
-    EXPECT_EQ(some.whiteRearRow[0], 1);
-    EXPECT_EQ(some.blackRearRow[9], 6);
-    EXPECT_EQ(some.whitePawnCover, bit[squareNamed("b6")] | bit[squareNamed("b4")]);
-    EXPECT_EQ(some.blackPawnCover, bit[squareNamed("g6")] | bit[squareNamed("g4")]);
+    EXPECT_EQ(some.files[0], 1);
+    EXPECT_EQ(some.files[1], 128);
+    EXPECT_EQ(some.onDark[0] + 16 * some.onLight[0], 2);
+    EXPECT_EQ(some.onDark[1] + 16 * some.onLight[1], 2 * 16);
+    EXPECT_EQ(some.cover[0], bit[squareNamed("b6")] | bit[squareNamed("b4")]);
+    EXPECT_EQ(some.cover[1], bit[squareNamed("g6")] | bit[squareNamed("g4")]);
+    EXPECT_EQ(some.reach[0], fileMask[1] & ~(rowMask[5] | rowMask[6] | rowMask[7]));
+    EXPECT_EQ(some.reach[1], fileMask[6] & ~(rowMask[0] | rowMask[1]));
+}
+
+TEST_F(EvalTest, ShelterIsKeptForTheLastPairOfKings) {
+    const std::string pawns = "/pppppppp/8/8/8/8/PPPPPP1P/RNBQ1";
+    const int safe = evaluate("rnbq1rk1" + pawns + "RK1 w - -");
+    EXPECT_EQ(Evaluate(board, -Infinite, Infinite), safe);
+    for (const char* kings : {"RK1 w - -", "R1K w - -", "RK1 w - -"}) {
+        setPosition("rnbq1rk1" + pawns + kings);
+        evalHashTable.Clear();
+        const int kept = Evaluate(board, -Infinite, Infinite);
+        EXPECT_EQ(kept, evaluate("rnbq1rk1" + pawns + kings)) << kings;
+    }
 }
 
 TEST_F(EvalTest, PatternsOfPieces) {
@@ -277,8 +298,8 @@ TEST_F(EvalTest, PatternsOfPieces) {
                             {"1B2k1B1/B1p2p1B/1p4p1/8/8/8/8/4K3", -180},  // counted once
                             {"4k3/B1P5/1P6/8/8/8/8/4K3", 0},
                         });
-    const auto bishops = []<Side S>(const Board& b, const PawnHashRecord&) {
-        return BishopPairOrBadBishop<S>(b);
+    const auto bishops = []<Side S>(const Board& b, const PawnHashRecord& pawns) {
+        return BishopPairOrBadBishop<S>(b, pawns);
     };
     expectTerm(bishops, {
                             {"4k3/8/8/8/8/8/8/2B1KB2", 60},
@@ -292,12 +313,14 @@ TEST_F(EvalTest, PatternsOfPieces) {
                             {"2b1kb2/8/8/8/8/8/PPPP4/4K3", 0},
                         });
     // Dark squares come first for both sides.
-    setPosition("b1b1kb2/8/1p6/8/8/8/8/4K3 w - -");
-    EXPECT_EQ(BishopPairOrBadBishop<Black>(board), -4);
+    const PawnHashRecord& pawns = pawnsOf("b1b1kb2/8/1p6/8/8/8/8/4K3 w - -");
+    EXPECT_EQ(BishopPairOrBadBishop<Black>(board, pawns), -4);
 }
 
 TEST_F(EvalTest, PiecesAndMobility) {
-    const auto rooks = []<Side S>(const Board& b, const PawnHashRecord&) { return Rooks<S>(b); };
+    const auto rooks = []<Side S>(const Board& b, const PawnHashRecord& pawns) {
+        return Rooks<S>(b, pawns) + placed<S>(b, Kind::Rook);
+    };
     expectTerm(rooks, {
                           // Two blocked squares count as attacked.
                           {"4k3/8/8/8/8/8/P7/RN2K3", -5},
@@ -306,16 +329,16 @@ TEST_F(EvalTest, PiecesAndMobility) {
                           {"k7/8/8/8/8/4P2K/8/4R3", 6 + 6},
                       });
     const auto bishops = []<Side S>(const Board& b, const PawnHashRecord& pawns) {
-        return Bishops<S>(b, pawns);
+        return Bishops<S>(b, pawns) + Outposts<S>(b, pawns) + placed<S>(b, Kind::Bishop);
     };
     expectTerm(bishops, {
                             {"4k3/8/8/8/3p4/2p5/8/B3K3", -2},       // all squares attacked by pawns
                             {"4k3/8/8/8/3n4/8/8/B3K3", 3 * 3 - 2},  // a capture counts
-                            {"4k3/8/8/8/3N4/8/8/B3K3", 2 * 3 - 2},  // an own man does not count
+                            {"4k3/8/8/8/3R4/8/8/B3K3", 2 * 3 - 2},  // an own man does not count
                             {"4k3/8/8/4B3/3P4/8/8/6K1", 2 * 5 + 4 + 9 * 3},
                         });
     const auto knights = []<Side S>(const Board& b, const PawnHashRecord& pawns) {
-        return Knights<S>(b, pawns);
+        return Outposts<S>(b, pawns) + placed<S>(b, Kind::Knight);
     };
     expectTerm(knights, {
                             {"4k3/8/8/4N3/3P4/8/8/4K3", 16 + 10},
@@ -328,10 +351,7 @@ TEST_F(EvalTest, PiecesAndMobility) {
 
 TEST_F(EvalTest, KingSafety) {
     const auto safety = []<Side S>(const Board& b, const PawnHashRecord& pawns) {
-        return KingSafety<S>(b, pawns, false);
-    };
-    const auto inEndgame = []<Side S>(const Board& b, const PawnHashRecord& pawns) {
-        return KingSafety<S>(b, pawns, true);
+        return CastlingState<S>(b, pawns) + KingShelter<S>(b, pawns);
     };
     // The FEN parser treats a king as being on its start square.
     expectTerm(safety, {
@@ -346,30 +366,29 @@ TEST_F(EvalTest, KingSafety) {
                            {"2k5/8/8/8/8/8/5PPP/6K1", 3 * (18 - 3) + 8 + 6 + 6},
                            {"k7/8/8/8/8/8/PP3PPP/6K1", 3 * (18 - 1 - 6 - 6) + 6},
                        });
-    expectTerm(inEndgame, {{"2k5/8/8/8/6P1/8/5P1P/6K1", 0}});
 
     // Castling counts as long as it is the last move.
     for (const Side side : {White, Black}) {
         const auto play = [&](const char* white, const char* black) {
             ASSERT_TRUE(playMoves(board, side == White ? white : black));
         };
-        const auto score = [&](bool endgame) {
+        const auto score = [&] {
             EvaluatePawns(board, record);
-            return side == White ? KingSafety<White>(board, record, endgame)
-                                 : KingSafety<Black>(board, record, endgame);
+            return side == White ? CastlingState<White>(board, record)
+                                 : CastlingState<Black>(board, record);
         };
         const std::string fen = "2kr1bnr/ppppp1p1/8/8/8/8/PPPPPPPP/R3K2R w KQ -";
         setPosition(side == White ? fen : mirrored(fen));
         play("e1g1", "e8g8");
-        EXPECT_EQ(score(false), 24);
+        EXPECT_EQ(score(), 24);
         play("c8b8", "c1b1");
-        EXPECT_EQ(score(false), -7);
+        EXPECT_EQ(score(), -7);
 
         setPosition(side == White ? fen : mirrored(fen));
         play("e1c1 c8b8", "e8c8 c1b1");
-        EXPECT_EQ(score(true), -7);
+        EXPECT_EQ(score(), -7);
         play("c2c4 d7d5 c4d5 b8a8", "c7c5 d2d4 c5d4 b1a1");
-        EXPECT_EQ(score(true), -15);
+        EXPECT_EQ(score(), -15);
     }
 }
 

@@ -66,15 +66,16 @@ inline constexpr Bitboard darkSquares = 0x55AA55AA55AA55AA;  ///< a1 is dark
     return (63 - __builtin_clzll(std::rotl(set, 32))) ^ 32;
 }
 
-/// The number of squares in the set. Sets are small, so without a POPCNT instruction clearing the
-/// lowest bit in a loop beats a table.
-[[nodiscard]] inline int popCount(Bitboard set) {
+/// The number of squares in the set. Without a POPCNT instruction, sums of neighbouring bits, pairs
+/// and nibbles take the same dozen steps for every set, with nothing to mispredict.
+[[nodiscard]] constexpr int popCount(Bitboard set) {
 #ifdef __POPCNT__
     return std::popcount(set);
 #else
-    int count = 0;
-    for (; set != 0; set &= set - 1) ++count;
-    return count;
+    set -= set >> 1U & 0x5555555555555555;
+    set = (set & 0x3333333333333333) + (set >> 2U & 0x3333333333333333);
+    set = (set + (set >> 4U)) & 0x0F0F0F0F0F0F0F0F;
+    return static_cast<int>(set * 0x0101010101010101 >> 56U);
 #endif
 }
 
@@ -92,6 +93,23 @@ template <Side S>
         set ^= bit[sq];
         return sq;
     }
+}
+
+/// Squares that pawns attack towards the a-file.
+template <Side S>
+[[nodiscard]] constexpr Bitboard attackedWest(Bitboard pawns) {
+    return S == White ? (pawns & ~FileA) >> 9U : (pawns & ~FileA) << 7U;
+}
+/// Squares that pawns attack towards the h-file.
+template <Side S>
+[[nodiscard]] constexpr Bitboard attackedEast(Bitboard pawns) {
+    return S == White ? (pawns & ~FileH) >> 7U : (pawns & ~FileH) << 9U;
+}
+
+/// All squares that pawns attack.
+template <Side S>
+[[nodiscard]] constexpr Bitboard pawnCover(Bitboard pawns) {
+    return attackedWest<S>(pawns) | attackedEast<S>(pawns);
 }
 
 }  // namespace brivok

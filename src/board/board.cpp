@@ -5,6 +5,7 @@
 
 #include "board/piece_values.h"
 #include "board/random_keys.h"
+#include "board/square_values.h"
 
 namespace brivok {
 
@@ -85,6 +86,7 @@ void Board::recomputeDerived() {
         colourOcc[i] = 0;
     }
     std::fill(std::begin(pieces), std::end(pieces), Bitboard{0});
+    placement = minorSurplus = majorSurplus = 0;
     for (Square sq = 0; sq < Squares; ++sq) {
         const Piece piece = squares[sq];
         if (piece == Empty) continue;
@@ -100,6 +102,10 @@ void Board::recomputeDerived() {
         ++(isPawn(piece) ? pawnCount : pieceCount)[i];
         material[side] += pieceValue[piece];
         phaseCount[side] += phaseWeight[piece];
+        placement += placeValue[piece][sq];
+        const int sign = side == White ? 1 : -1;
+        minorSurplus = static_cast<std::int16_t>(minorSurplus + sign * minorWeight[piece]);
+        majorSurplus = static_cast<std::int16_t>(majorSurplus + sign * majorWeight[piece]);
     }
     occRot90 = rotate90(occupied());
     occDiagNE = rotateDiagNE(occupied());

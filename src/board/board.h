@@ -22,18 +22,31 @@ inline constexpr std::uint32_t OpenBookGate = 60;
 /// Value of `bookGate` that keeps the book closed.
 inline constexpr std::uint32_t FullBookGate = 70;
 
-/// The state before a half-move that its Move alone cannot restore.
-struct alignas(64) UndoRecord {
-    Move move = NoMove;            ///< the move that was made
-    Square epSquare = 0;           ///< see Board::epSquare
-    std::uint32_t castling = 0;    ///< see Board::castling
-    std::uint32_t fiftyCount = 0;  ///< see Board::fiftyCount
-    std::uint64_t hashKey = 0;     ///< see Board::hashKey
-    std::uint64_t pawnKey = 0;     ///< see Board::pawnKey
-    Bitboard occRot90 = 0;         ///< see Board::occRot90
-    Bitboard occDiagSE = 0;        ///< see Board::occDiagSE
-    Bitboard occDiagNE = 0;        ///< see Board::occDiagNE
+/// The part of a position that a half-move changes and its Move alone cannot restore. Making a move
+/// saves it whole, unmaking puts it back whole.
+struct KeptState {
+    std::uint64_t hashKey = 0;  ///< Zobrist key of the position
+    std::uint64_t pawnKey = 0;  ///< Zobrist key of the pawns alone
+    Bitboard occRot90 = 0;      ///< all men, with the squares of a file adjacent
+    /// All men, with the squares of a north-east diagonal adjacent.
+    Bitboard occDiagNE = 0;
+    /// All men, with the squares of a south-east diagonal adjacent.
+    Bitboard occDiagSE = 0;
+    /// Square passed over by the double push just made, if an enemy pawn stands ready to capture
+    /// there; otherwise NoSquare.
+    Square epSquare = NoSquare;
+    std::uint32_t castling = 0;     ///< see CastlingBits
+    std::uint32_t fiftyCount = 0;   ///< half-moves since the last capture or pawn move
+    int placement = 0;              ///< sum of placeValue over all men, White's less Black's
+    std::int16_t minorSurplus = 0;  ///< White's knights and bishops less Black's
+    std::int16_t majorSurplus = 0;  ///< the same for rooks, and for queens, which count as two
 };
+
+/// A half-move and the state before it, which fill one cache line.
+struct alignas(64) UndoRecord : KeptState {
+    Move move = NoMove;  ///< the move that was made
+};
+static_assert(sizeof(UndoRecord) == 64);
 
 /// Notified when a position is set up from scratch, before its first move, so that state above the
 /// board (clocks, result of the game) can be reset.
@@ -52,18 +65,13 @@ public:
 /// application for game playing", 1970.
 ///
 /// Plain data: the evaluation and the generators read the fields; make and unmake write them.
-struct Board {
+struct Board : KeptState {
     Side sideToMove = White;
     Piece squares[64]{};  ///< a8 first
-    /// Square passed over by the double push just made, if an enemy pawn stands ready to capture
-    /// there; otherwise NoSquare.
-    Square epSquare = NoSquare;
-    std::uint32_t castling = 0;    ///< see CastlingBits
-    std::uint32_t fiftyCount = 0;  ///< half-moves since the last capture or pawn move
-    int material[2]{};             ///< centipawns without the kings; [Black], [White]
-    int pawnCount[2]{};            ///< [0] White, [1] Black
-    int pieceCount[2]{};           ///< non-pawns, including the king; [0] White, [1] Black
-    int phaseCount[2]{};           ///< sum of phaseWeight; [Black], [White]
+    int material[2]{};    ///< centipawns without the kings; [Black], [White]
+    int pawnCount[2]{};   ///< [0] White, [1] Black
+    int pieceCount[2]{};  ///< non-pawns, including the king; [0] White, [1] Black
+    int phaseCount[2]{};  ///< sum of phaseWeight; [Black], [White]
     /// Home squares, from which `castles` is built; [0] White, [1] Black.
     Square kingStart[2]{};
     Square whiteRookStart[2]{};  ///< [0] queen side, [1] king side
@@ -79,18 +87,11 @@ struct Board {
     Move pvTable[MaxSearchPly][MaxSearchPly]{};  ///< triangular table of principal variations
     int pvLength[MaxSearchPly]{};                ///< end index of each row of `pvTable`
 
-    std::uint64_t hashKey = 0;          ///< Zobrist key of the position
-    std::uint64_t pawnKey = 0;          ///< Zobrist key of the pawns alone
     std::uint64_t pieceKeys[13][64]{};  ///< random keys by piece code and square
     std::uint64_t epKeys[65]{};         ///< random keys by `epSquare`; 0 for NoSquare
     std::uint64_t castleKeys[16]{};     ///< random keys by the four rights, `castling >> 4`
     /// By code; the entries of the two kings are not maintained.
     Bitboard pieces[PieceCodes]{};
-    Bitboard occRot90 = 0;  ///< all men, with the squares of a file adjacent
-    /// All men, with the squares of a north-east diagonal adjacent.
-    Bitboard occDiagNE = 0;
-    /// All men, with the squares of a south-east diagonal adjacent.
-    Bitboard occDiagSE = 0;
     Bitboard colourOcc[2]{};       ///< [0] White, [1] Black
     UndoRecord undo[UndoRecords];  ///< by `ply`
     /// The last quiet move to cause a cutoff at this search ply.
@@ -289,6 +290,8 @@ private:
     std::uint64_t castleFor(Move move);
     template <Side S>
     std::uint64_t takeFor(Piece taken, Square to);
+    template <Side S>
+    void countTrade(Piece piece, int change);
     template <Side S>
     std::uint64_t movePawnFor(Piece pawn, Move move);
 

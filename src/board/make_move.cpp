@@ -1,5 +1,6 @@
 #include "board/board.h"
 #include "board/piece_values.h"
+#include "board/square_values.h"
 
 namespace brivok {
 
@@ -64,15 +65,8 @@ void Board::unmakeMove() {
 
 void Board::keepForUnmake(Move move) {
     UndoRecord& record = undo[ply];
+    static_cast<KeptState&>(record) = *this;
     record.move = move;
-    record.epSquare = epSquare;
-    record.castling = castling;
-    record.fiftyCount = fiftyCount;
-    record.hashKey = hashKey;
-    record.pawnKey = pawnKey;
-    record.occRot90 = occRot90;
-    record.occDiagSE = occDiagSE;
-    record.occDiagNE = occDiagNE;
     ++ply;
 }
 
@@ -121,6 +115,7 @@ void Board::makeFor(Move move) {
     } else {
         squares[to] = p;
         key ^= pieceKeys[p][from] ^ pieceKeys[p][to];
+        placement += placeValue[p][to] - placeValue[p][from];
         if (isKing(p)) {
             kingSquare[us] = to;
         } else {
@@ -143,6 +138,7 @@ std::uint64_t Board::castleFor(Move move) {
     squares[kingFrom] = Empty;
     squares[rookTo] = rook;
     squares[kingTo] = king;
+    placement += placeValue[rook][rookTo] - placeValue[rook][rookFrom];
     pieces[rook] ^= bit[rookFrom] ^ bit[rookTo];
     colourOcc[us] ^= castles.castleXor[kind];
     occRot90 ^= castles.castleXorRot90[kind];
@@ -150,6 +146,14 @@ std::uint64_t Board::castleFor(Move move) {
     occDiagSE ^= castles.castleXorDiagSE[kind];
     return pieceKeys[rook][rookFrom] ^ pieceKeys[rook][rookTo] ^ pieceKeys[king][kingFrom] ^
            pieceKeys[king][kingTo];
+}
+
+/// A man of side S joins (1) or leaves (-1) the counts of minor and major pieces.
+template <Side S>
+void Board::countTrade(Piece piece, int change) {
+    const int forWhite = S == White ? change : -change;
+    minorSurplus = static_cast<std::int16_t>(minorSurplus + forWhite * minorWeight[piece]);
+    majorSurplus = static_cast<std::int16_t>(majorSurplus + forWhite * majorWeight[piece]);
 }
 
 template <Side S>
@@ -160,6 +164,8 @@ std::uint64_t Board::takeFor(Piece taken, Square to) {
     pieces[taken] ^= bit[to];
     material[Them] -= pieceValue[taken];
     phaseCount[Them] -= phaseWeight[taken];
+    countTrade<Them>(taken, -1);
+    placement -= placeValue[taken][to];
     const std::uint64_t key = pieceKeys[taken][to];
     if (isPawn(taken)) {
         --pawnCount[them];
@@ -189,6 +195,8 @@ std::uint64_t Board::movePawnFor(Piece pawn, Move move) {
         pieces[promo] |= bit[to];
         material[S] += pieceValue[promo] - pieceValue[pawn];
         phaseCount[S] += phaseWeight[promo];
+        countTrade<S>(promo, 1);
+        placement += placeValue[promo][to];
         ++pieceCount[us];
         --pawnCount[us];
         return key ^ pieceKeys[promo][to];
@@ -227,15 +235,7 @@ void Board::unmakeFor(Move move) {
 
     --ply;
     sideToMove = opposite(sideToMove);
-    const UndoRecord& record = undo[ply];
-    epSquare = record.epSquare;
-    castling = record.castling;
-    fiftyCount = record.fiftyCount;
-    hashKey = record.hashKey;
-    pawnKey = record.pawnKey;
-    occRot90 = record.occRot90;
-    occDiagNE = record.occDiagNE;
-    occDiagSE = record.occDiagSE;
+    static_cast<KeptState&>(*this) = undo[ply];
 
     if (moveCastle(move) != NoCastling) {
         const auto [kind, rookFrom, rookTo, kingFrom, kingTo] = castlingSquares<S>(*this, move);

@@ -40,6 +40,8 @@ void Board::verify() const {
     require(same(material, full.material), "material");
     require(same(pawnCount, full.pawnCount) && same(pieceCount, full.pieceCount), "counts of men");
     require(same(phaseCount, full.phaseCount), "phaseCount");
+    require(placement == full.placement, "placement");
+    require(minorSurplus == full.minorSurplus && majorSurplus == full.majorSurplus, "surpluses");
     require(same(kingSquare, full.kingSquare), "kingSquare");
     require(same(colourOcc, full.colourOcc), "colourOcc");
     for (const Piece piece : AllMen) {

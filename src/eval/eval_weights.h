@@ -2,13 +2,11 @@
 
 #include <cstdint>
 
-/// All numbers of the evaluation, in centipawns. Penalties are positive numbers that are
-/// subtracted.
-namespace brivok::weights {
+#include "board/square_values.h"
 
-/// A value per square, laid out as White sees the board: the first line is rank 8, files a to h.
-/// For Black the rows are reversed.
-using SquareTable = std::int16_t[64];
+/// The numbers of the evaluation, in centipawns, but for the tables of the pieces by square, which
+/// are in board/square_values.h. Penalties are positive numbers that are subtracted.
+namespace brivok::weights {
 
 // --- Material and development ---------------------------------------------------------------
 
@@ -82,40 +80,12 @@ inline constexpr int PawnOnBishopColour = 4;  ///< penalty per pawn
 /// By the number of squares attacked on rank and file.
 inline constexpr std::int16_t rookMobilityTable[15]{-15, -10, -5, 0, 1, 2, 3, 4,
                                                     6,   6,   7,  7, 8, 8, 9};
-/// By file.
-inline constexpr std::int16_t rookFileTable[8]{0, 0, 4, 6, 6, 4, 0, 0};
 inline constexpr int RookOnHalfOpenFile = 8;  ///< no own pawn on the file
 inline constexpr int RookOnOpenFile = 3;      ///< no pawn at all on the file
 /// On top of RookOnOpenFile, for one of the two rooks.
 inline constexpr int RookDoubledOnOpenFile = 10;
 
 inline constexpr int BishopMobilitySquare = 3;  ///< per square
-
-inline constexpr SquareTable bishopTable{
-    // clang-format off
-    -2, -2, -2, -2, -2, -2, -2, -2,
-    -2,  8,  5,  5,  5,  5,  8, -2,
-    -2,  3,  3,  5,  5,  3,  3, -2,
-    -2,  2,  5,  4,  4,  5,  2, -2,
-    -2,  2,  5,  4,  4,  5,  2, -2,
-    -2,  3,  3,  5,  5,  3,  3, -2,
-    -2,  8,  5,  5,  5,  5,  8, -2,
-    -2, -2, -2, -2, -2, -2, -2, -2,
-    // clang-format on
-};
-
-inline constexpr SquareTable knightTable{
-    // clang-format off
-    -20, -12, -10, -10, -10, -10, -12, -20,
-    -14,  -8,   0,   3,   3,   0,  -8, -14,
-    -13,  -2,   5,   5,   5,   5,  -2, -13,
-    -12,  -2,   5,  10,  10,   5,  -2, -12,
-    -12,  -2,   5,  10,  10,   5,  -2, -12,
-    -13,  -2,   5,   5,   5,   5,  -2, -13,
-    -14,  -8,   0,   3,   3,   0,  -8, -14,
-    -20, -12, -10, -10, -10, -10, -12, -20,
-    // clang-format on
-};
 
 /// Outposts of knights and bishops; 0 where there is none. The value doubles if a pawn guards the
 /// square.
@@ -132,19 +102,6 @@ inline constexpr SquareTable outpostTable{
     // clang-format on
 };
 inline constexpr int KnightOutpost = 3;  ///< added to the table value for a knight
-
-inline constexpr SquareTable queenTable{
-    // clang-format off
-    -10, -8, -4,  0,  0, -4, -8, -10,
-    -12, -2,  4,  5,  5,  4, -2, -12,
-     -2,  2,  4,  8,  8,  4,  2,  -2,
-     -2,  2,  6, 10, 10,  6,  2,  -2,
-    -10,  2,  6, 10, 10,  6,  2, -10,
-    -10, -6,  4,  8,  8,  4, -6, -10,
-    -10,  2,  8,  8,  8,  8,  2, -10,
-    -10, -8, -4,  0,  0, -4, -8, -10,
-    // clang-format on
-};
 
 // --- Kings ----------------------------------------------------------------------------------
 

@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <bit>
 #include <cstdlib>
 
 #include "eval/terms.h"
@@ -6,36 +8,38 @@ namespace brivok {
 
 namespace {
 
-/// Scores castling if it was the last move, else the king's position relative to its start square.
+/// The own pawns of a file; none beside the board.
+[[nodiscard]] Bitboard OnFile(Bitboard pawns, int file) {
+    return file >= 0 && file < 8 ? pawns & fileMask[file] : 0;
+}
+
+/// Row of the rearmost of some pawns of S, as S counts rows. A pawn on the last row counts as if it
+/// stood on the one before. Undefined on an empty set.
 template <Side S>
-[[nodiscard]] int CastlingState(const Board& board, const PawnHashRecord& pawns, Square king) {
-    constexpr std::uint32_t KingSide = S == White ? WhiteCastledKingSide : BlackCastledKingSide;
-    constexpr std::uint32_t QueenSide = S == White ? WhiteCastledQueenSide : BlackCastledQueenSide;
-    if ((board.castling & KingSide) != 0) return weights::JustCastledKingSide;
-    if ((board.castling & QueenSide) != 0) return weights::JustCastledQueenSide;
-    if (king == board.kingStart[whiteFirst(S)]) return 0;
-    const bool pawnOnFile = PawnsOnFile<S>(pawns)[fileOf(king) + 1] != 0;
-    return pawnOnFile ? -weights::KingMoved : -weights::KingMovedToOpenFile;
+[[nodiscard]] int RearRow(Bitboard pawns) {
+    const Square sq = S == White ? 63 - std::countl_zero(pawns) : firstBit(pawns);
+    return std::max(SeenRow<S>(rowOf(sq)), 1);
 }
 
 /// Shelter by the rearmost own pawn of a file in front of the king on `kingRow`, with rows as S
 /// counts them: the further away, the worse. A pawn level with the king or behind it does not
 /// count.
 template <Side S>
-[[nodiscard]] int ShelterOnFile(const PawnHashRecord& pawns, int file, int kingRow, int perRow) {
-    const int distance = kingRow - SeenRow<S>(RearRow<S>(pawns)[file]);
-    if (PawnsOnFile<S>(pawns)[file] == 0 || distance <= 0) return -weights::ShelterMissing;
-    return perRow * (1 - distance);
+[[nodiscard]] int ShelterOnFile(Bitboard pawnsOfFile, int kingRow, int perRow) {
+    if (pawnsOfFile == 0) return -weights::ShelterMissing;
+    const int distance = kingRow - RearRow<S>(pawnsOfFile);
+    return distance <= 0 ? -weights::ShelterMissing : perRow * (1 - distance);
 }
 
 /// Own pawns on the three files around the enemy king; an empty file counts as a far advanced pawn.
 template <Side S>
-[[nodiscard]] int Storm(const PawnHashRecord& pawns, int enemyKingFile) {
+[[nodiscard]] int Storm(Bitboard own, int rowOfNone, int enemyKingFile) {
     int rows = weights::StormStartRows;
     int score = 0;
     for (int file = enemyKingFile - 1; file <= enemyKingFile + 1; ++file) {
-        rows -= SeenRow<S>(RearRow<S>(pawns)[file]);
-        if (PawnsOnFile<S>(pawns)[file] == 0) {
+        const Bitboard pawns = OnFile(own, file);
+        rows -= pawns != 0 ? RearRow<S>(pawns) : SeenRow<S>(rowOfNone);
+        if (pawns == 0) {
             score +=
                 file == enemyKingFile ? weights::StormOpenKingFile : weights::StormOpenNextFile;
         }
@@ -52,28 +56,42 @@ int KingPlace(const Board& board, bool endgame) {
 }
 
 template <Side S>
-int KingSafety(const Board& board, const PawnHashRecord& pawns, bool endgame) {
+int CastlingState(const Board& board, const PawnHashRecord& pawns) {
+    constexpr std::uint32_t KingSide = S == White ? WhiteCastledKingSide : BlackCastledKingSide;
+    constexpr std::uint32_t QueenSide = S == White ? WhiteCastledQueenSide : BlackCastledQueenSide;
+    if ((board.castling & (KingSide | QueenSide)) != 0) {
+        return (board.castling & KingSide) != 0 ? weights::JustCastledKingSide
+                                                : weights::JustCastledQueenSide;
+    }
+    constexpr unsigned us = whiteFirst(S);
+    const Square king = board.kingSquare[us];
+    if (king == board.kingStart[us]) return 0;
+    const bool pawnOnFile = (pawns.files[us] >> static_cast<unsigned>(fileOf(king)) & 1U) != 0;
+    return pawnOnFile ? -weights::KingMoved : -weights::KingMovedToOpenFile;
+}
+
+template <Side S>
+int KingShelter(const Board& board, const PawnHashRecord& pawns) {
+    const Bitboard own = board.pieces[pieceOf(Kind::Pawn, S)];
     const Square king = board.kingSquare[whiteFirst(S)];
-    int score = CastlingState<S>(board, pawns, king);
-    if (endgame) return score;
-
-    // Files as in the pawn record, counted from 1.
-    const int file = fileOf(king) + 1;
+    const int file = fileOf(king);
     const int row = SeenRow<S>(rowOf(king));
-    score += ShelterOnFile<S>(pawns, file, row, weights::ShelterKingFile);
-    score += ShelterOnFile<S>(pawns, file + 1, row, weights::ShelterNextFile);
-    score += ShelterOnFile<S>(pawns, file - 1, row, weights::ShelterNextFile);
+    int score = ShelterOnFile<S>(OnFile(own, file), row, weights::ShelterKingFile) +
+                ShelterOnFile<S>(OnFile(own, file + 1), row, weights::ShelterNextFile) +
+                ShelterOnFile<S>(OnFile(own, file - 1), row, weights::ShelterNextFile);
 
-    const int enemyFile = fileOf(board.kingSquare[whiteFirst(opposite(S))]) + 1;
+    const int enemyFile = fileOf(board.kingSquare[whiteFirst(opposite(S))]);
     if (std::abs(file - enemyFile) >= weights::StormKingDistance) {
-        score += Storm<S>(pawns, enemyFile);
+        score += Storm<S>(own, pawns.rowOfNone[whiteFirst(S)], enemyFile);
     }
     return score;
 }
 
 template int KingPlace<White>(const Board&, bool);
 template int KingPlace<Black>(const Board&, bool);
-template int KingSafety<White>(const Board&, const PawnHashRecord&, bool);
-template int KingSafety<Black>(const Board&, const PawnHashRecord&, bool);
+template int CastlingState<White>(const Board&, const PawnHashRecord&);
+template int CastlingState<Black>(const Board&, const PawnHashRecord&);
+template int KingShelter<White>(const Board&, const PawnHashRecord&);
+template int KingShelter<Black>(const Board&, const PawnHashRecord&);
 
 }  // namespace brivok

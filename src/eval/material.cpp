@@ -9,17 +9,6 @@ namespace brivok {
 
 namespace {
 
-[[nodiscard]] int CountMinors(const Board& board, Side side) {
-    return popCount(board.pieces[pieceOf(Kind::Knight, side)] |
-                    board.pieces[pieceOf(Kind::Bishop, side)]);
-}
-
-/// A queen counts as two.
-[[nodiscard]] int CountMajors(const Board& board, Side side) {
-    return popCount(board.pieces[pieceOf(Kind::Rook, side)]) +
-           2 * popCount(board.pieces[pieceOf(Kind::Queen, side)]);
-}
-
 [[nodiscard]] constexpr int signOf(int number) { return (number > 0) - (number < 0); }
 
 /// Whether the king-side castling right remains or a minor piece is still on the first rank.
@@ -45,9 +34,8 @@ int MaterialImbalance(const Board& board) {
         board.phaseCount[Black] <= weights::BareTradePhase) {
         return 0;
     }
-    // White's surplus of each
-    const int minors = CountMinors(board, White) - CountMinors(board, Black);
-    const int majors = CountMajors(board, White) - CountMajors(board, Black);
+    const int minors = board.minorSurplus;
+    const int majors = board.majorSurplus;
     if (minors == 0) {
         if (majors != 0) return weights::ImbalanceMajor * signOf(majors);
         const int whiteQueen = board.pieces[WhiteQueen] != 0 ? 1 : 0;
@@ -72,19 +60,16 @@ int MaterialImbalance(const Board& board) {
 template <Side S>
 int Development(const Board& board) {
     if (board.rules->variant != Variant::Normal || !DevelopmentIsOpen<S>(board)) return 0;
-    constexpr Piece OwnPawn = pieceOf(Kind::Pawn, S);
-    const auto at = [&board](Square sq) { return board.squares[Seen<S>(sq)]; };
+    const auto square = [](const char(&name)[3]) { return bit[Seen<S>(squareNamed(name))]; };
+    const Bitboard pawns = board.pieces[pieceOf(Kind::Pawn, S)];
 
-    int score = 0;
-    if (at(squareNamed("d2")) == OwnPawn && at(squareNamed("d3")) != Empty) {
-        score -= weights::BlockedCentrePawn;
-    }
-    if (at(squareNamed("e2")) == OwnPawn && at(squareNamed("e3")) != Empty) {
-        score -= weights::BlockedCentrePawn;
-    }
-    if (at(squareNamed("c2")) == OwnPawn && at(squareNamed("c3")) == pieceOf(Kind::Knight, S) &&
-        at(squareNamed("d4")) == OwnPawn &&
-        at(squareNamed("d5")) == pieceOf(Kind::Pawn, opposite(S))) {
+    const Bitboard centre = pawns & (square("d2") | square("e2"));
+    const Bitboard blocked = (S == White ? centre >> 8U : centre << 8U) & board.occupied();
+    int score = -weights::BlockedCentrePawn * popCount(blocked);
+    const Bitboard gambit = square("c2") | square("d4");
+    if ((pawns & gambit) == gambit &&
+        (board.pieces[pieceOf(Kind::Knight, S)] & square("c3")) != 0 &&
+        (board.pieces[pieceOf(Kind::Pawn, opposite(S))] & square("d5")) != 0) {
         score -= weights::BlockedQueensGambit;
     }
     const Bitboard queens = board.pieces[pieceOf(Kind::Queen, S)];

@@ -1,6 +1,3 @@
-#include <algorithm>
-#include <iterator>
-
 #include "eval/evaluate.h"
 #include "eval/terms.h"
 
@@ -8,71 +5,90 @@ namespace brivok {
 
 namespace {
 
-/// Rows that stand in for the rearmost pawn of a file without one: as if it had run to the end.
-constexpr std::uint8_t NoWhitePawnRow = 1;
-constexpr std::uint8_t NoBlackPawnRow = 6;
+/// Rows that stand in for the rearmost pawn of a file without one, by side, White first.
+constexpr std::uint8_t RowOfNone[2] = {1, 6};
 
-template <Side S>
-void CollectFiles(Bitboard pawns, PawnHashRecord& record) {
-    while (pawns != 0) {
-        const Square sq = takeNext<S>(pawns);
-        const int file = fileOf(sq) + 1;
-        ++PawnsOnFile<S>(record)[file];
-        PawnCover<S>(record) |= pawnAttacks<S>(sq);
-        std::uint8_t& rear = RearRow<S>(record)[file];
-        if (SeenRow<S>(rowOf(sq)) > SeenRow<S>(rear)) rear = static_cast<std::uint8_t>(rowOf(sq));
+/// The squares on the neighbouring files of a file.
+constexpr BitboardTable<8> Neighbours = [] {
+    BitboardTable<8> table{};
+    for (int file = 0; file < 8; ++file) {
+        if (file > 0) table.sets[file] |= fileMask[file - 1];
+        if (file < 7) table.sets[file] |= fileMask[file + 1];
     }
+    return table;
+}();
+
+/// The rows from `row` back to the first rank of S, with rows as S counts them.
+template <Side S>
+[[nodiscard]] constexpr Bitboard RowsFrom(int row) {
+    const Bitboard rows = ~Bitboard{0} << (8 * static_cast<unsigned>(row));
+    return S == White ? rows : __builtin_bswap64(rows);
+}
+
+/// The set and everything in front of it on its files, as S sees the board.
+template <Side S>
+[[nodiscard]] constexpr Bitboard FilledAhead(Bitboard set) {
+    for (const unsigned rows : {8U, 16U, 32U}) set |= S == White ? set >> rows : set << rows;
+    return set;
+}
+
+/// A bit per file that the set touches.
+[[nodiscard]] constexpr std::uint8_t FilesOf(Bitboard set) {
+    for (const unsigned rows : {32U, 16U, 8U}) set |= set >> rows;
+    return static_cast<std::uint8_t>(set);
 }
 
 template <Side S>
-[[nodiscard]] int ScorePawn(const PawnHashRecord& record, Square sq) {
-    const auto& own = PawnsOnFile<S>(record);
-    const int file = fileOf(sq) + 1;
+[[nodiscard]] int ScorePawn(Bitboard own, Bitboard enemy, Square sq) {
+    const int file = fileOf(sq);
     const int row = SeenRow<S>(rowOf(sq));
     const int placed = weights::pawnTable[Seen<S>(sq)];
-    const bool openFile = PawnsOnFile<opposite(S)>(record)[file] == 0;
+    const Bitboard beside = own & Neighbours[file];
+    const bool openFile = (enemy & fileMask[file]) == 0;
     int score = placed;
 
-    // Backward: behind all own pawns of the neighbouring files; isolated if there are none. A pawn
-    // on the seventh rank is level with the row of an empty file, so it is neither.
-    const auto ownRear = [&record](int f) { return SeenRow<S>(RearRow<S>(record)[f]); };
-    const bool backward = ownRear(file - 1) < row && ownRear(file + 1) < row;
-    const bool isolated = backward && own[file - 1] == 0 && own[file + 1] == 0;
+    // Backward: behind all own pawns of the neighbouring files; isolated if there are none. A file
+    // without a pawn counts as if one stood on the seventh rank, so a pawn there is neither.
+    const bool backward = row > 1 && (beside & RowsFrom<S>(row)) == 0;
+    const bool isolated = backward && beside == 0;
     if (backward) score -= weights::BackwardPawn + (openFile ? weights::BackwardOnOpenFile : 0);
     if (isolated) score -= weights::IsolatedPawn + (openFile ? weights::IsolatedOnOpenFile : 0);
 
-    score -= weights::DoubledPawn * (own[file] - 1);
+    score -= weights::DoubledPawn * (popCount(own & fileMask[file]) - 1);
 
     // Enemy pawns level with a passed pawn do not stop it.
-    const auto enemyRear = [&record](int f) { return SeenRow<S>(RearRow<opposite(S)>(record)[f]); };
-    if (openFile && row <= enemyRear(file - 1) && row <= enemyRear(file + 1)) {
+    if (openFile && row < 7 && (enemy & outpostGuardMask[S][sq]) == 0) {
         score += weights::PassedTableFactor * placed;
         if (!isolated) score += weights::PassedNotIsolated;
     }
     return score;
 }
 
+/// Fills the fields of one side. Returns its score.
 template <Side S>
-[[nodiscard]] int ScorePawns(Bitboard pawns, const PawnHashRecord& record) {
+[[nodiscard]] int FillSide(Bitboard own, Bitboard enemy, PawnHashRecord& record) {
+    constexpr unsigned us = whiteFirst(S);
+    const Bitboard cover = pawnCover<S>(own);
+    record.cover[us] = cover;
+    record.reach[us] = FilledAhead<S>(cover);
+    record.files[us] = FilesOf(own);
+    record.onDark[us] = static_cast<std::uint8_t>(popCount(own & darkSquares));
+    record.onLight[us] = static_cast<std::uint8_t>(popCount(own & lightSquares));
+    record.rowOfNone[us] = RowOfNone[us];
     int score = 0;
-    while (pawns != 0) score += ScorePawn<S>(record, takeNext<S>(pawns));
+    for (Bitboard pawns = own; pawns != 0;) score += ScorePawn<S>(own, enemy, takeNext<S>(pawns));
     return score;
 }
 
 }  // namespace
 
 void EvaluatePawns(const Board& board, PawnHashRecord& record) {
-    record = PawnHashRecord{};
+    const Bitboard white = board.pieces[WhitePawn];
+    const Bitboard black = board.pieces[BlackPawn];
+    const int score = FillSide<White>(white, black, record) - FillSide<Black>(black, white, record);
     record.key = board.pawnKey;
-    std::fill(std::begin(record.whiteRearRow), std::end(record.whiteRearRow), NoWhitePawnRow);
-    std::fill(std::begin(record.blackRearRow), std::end(record.blackRearRow), NoBlackPawnRow);
-
-    const Bitboard whitePawns = board.pieces[WhitePawn];
-    const Bitboard blackPawns = board.pieces[BlackPawn];
-    CollectFiles<White>(whitePawns, record);
-    CollectFiles<Black>(blackPawns, record);
-    record.score = static_cast<std::int16_t>(ScorePawns<White>(whitePawns, record) -
-                                             ScorePawns<Black>(blackPawns, record));
+    record.score = static_cast<std::int16_t>(score);
+    record.kings = 0;
 }
 
 }  // namespace brivok

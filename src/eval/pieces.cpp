@@ -25,27 +25,6 @@ constexpr Bitboard TrapSquares = [] {
 
 [[nodiscard]] constexpr Bitboard withoutFirst(Bitboard set) { return set & (set - 1); }
 
-/// Value of the square as an outpost; 0 if it is none or if an enemy pawn can still attack it.
-/// `extra` is added before a guarding pawn doubles the value.
-template <Side S>
-[[nodiscard]] int Outpost(const Board& board, const PawnHashRecord& pawns, Square sq, int extra) {
-    const int value = weights::outpostTable[Seen<S>(sq)];
-    if (value == 0 ||
-        (outpostGuardMask[S][sq] & board.pieces[pieceOf(Kind::Pawn, opposite(S))]) != 0) {
-        return 0;
-    }
-    const bool guarded = (PawnCover<S>(pawns) & bit[sq]) != 0;
-    return guarded ? 2 * (value + extra) : value + extra;
-}
-
-/// Sums a term over the men of a set.
-template <Side S, class Term>
-[[nodiscard]] int SumOver(Bitboard men, Term term) {
-    int score = 0;
-    while (men != 0) score += term(takeNext<S>(men));
-    return score;
-}
-
 }  // namespace
 
 template <Side S>
@@ -73,7 +52,8 @@ int TrappedBishop(const Board& board) {
 }
 
 template <Side S>
-int BishopPairOrBadBishop(const Board& board) {
+int BishopPairOrBadBishop(const Board& board, const PawnHashRecord& pawns) {
+    constexpr unsigned us = whiteFirst(S);
     const Bitboard bishops = board.pieces[pieceOf(Kind::Bishop, S)];
     if (bishops == 0) return 0;
     const Bitboard second = withoutFirst(bishops);
@@ -81,67 +61,69 @@ int BishopPairOrBadBishop(const Board& board) {
         constexpr int Last = static_cast<int>(std::size(weights::bishopPairTable)) - 1;
         return weights::bishopPairTable[std::min(board.pawnCount[0] + board.pawnCount[1], Last)];
     }
-    const Bitboard colour = (bishops & darkSquares) != 0 ? darkSquares : lightSquares;
-    return -weights::PawnOnBishopColour * popCount(board.pieces[pieceOf(Kind::Pawn, S)] & colour);
+    const bool dark = (bishops & darkSquares) != 0;
+    return -weights::PawnOnBishopColour * (dark ? pawns.onDark[us] : pawns.onLight[us]);
 }
 
 template <Side S>
-int Rooks(const Board& board) {
-    const Bitboard ownPawns = board.pieces[pieceOf(Kind::Pawn, S)];
-    const Bitboard enemyPawns = board.pieces[pieceOf(Kind::Pawn, opposite(S))];
+int Rooks(const Board& board, const PawnHashRecord& pawns) {
+    const unsigned ownFiles = pawns.files[whiteFirst(S)];
+    const unsigned enemyFiles = pawns.files[whiteFirst(opposite(S))];
     int score = 0;
     for (Bitboard rooks = board.pieces[pieceOf(Kind::Rook, S)]; rooks != 0;) {
-        const Square sq = takeNext<S>(rooks);
-        const Bitboard file = fileMask[fileOf(sq)];
+        const Square sq = takeNext<White>(rooks);
+        const unsigned file = 1U << static_cast<unsigned>(fileOf(sq));
         score += weights::rookMobilityTable[RookMobilityCount(board, sq)];
-        score += weights::rookFileTable[fileOf(sq)];
-        if ((ownPawns & file) != 0) continue;
-        if ((enemyPawns & file) != 0) {
+        if ((ownFiles & file) != 0) continue;
+        if ((enemyFiles & file) != 0) {
             score += weights::RookOnHalfOpenFile;
         } else {
             score += weights::RookOnOpenFile;
             // `rooks` holds those still to come, so doubled rooks count once.
-            if ((rooks & file) != 0) score += weights::RookDoubledOnOpenFile;
+            if ((rooks & fileMask[fileOf(sq)]) != 0) score += weights::RookDoubledOnOpenFile;
         }
     }
     return score;
 }
 
+/// The squares that a bishop attacks count, except those of its own men and those attacked by enemy
+/// pawns.
 template <Side S>
 int Bishops(const Board& board, const PawnHashRecord& pawns) {
-    return SumOver<S>(board.pieces[pieceOf(Kind::Bishop, S)], [&](Square sq) {
-        return Outpost<S>(board, pawns, sq, 0) + weights::bishopTable[Seen<S>(sq)] +
-               BishopMobility<S>(board, pawns, sq);
-    });
+    const Bitboard counted = ~(board.occupiedBy(S) | pawns.cover[whiteFirst(opposite(S))]);
+    int squares = 0;
+    for (Bitboard bishops = board.pieces[pieceOf(Kind::Bishop, S)]; bishops != 0;) {
+        squares += popCount(board.bishopAttacks(takeNext<White>(bishops)) & counted);
+    }
+    return weights::BishopMobilitySquare * squares;
 }
 
 template <Side S>
-int Knights(const Board& board, const PawnHashRecord& pawns) {
-    return SumOver<S>(board.pieces[pieceOf(Kind::Knight, S)], [&](Square sq) {
-        return Outpost<S>(board, pawns, sq, weights::KnightOutpost) +
-               weights::knightTable[Seen<S>(sq)];
-    });
-}
-
-template <Side S>
-int Queens(const Board& board) {
-    return SumOver<S>(board.pieces[pieceOf(Kind::Queen, S)],
-                      [](Square sq) { return weights::queenTable[Seen<S>(sq)]; });
+int Outposts(const Board& board, const PawnHashRecord& pawns) {
+    const Bitboard knights = board.pieces[pieceOf(Kind::Knight, S)];
+    const Bitboard minors = knights | board.pieces[pieceOf(Kind::Bishop, S)];
+    int score = 0;
+    for (Bitboard posted = minors & OutpostSquares<S>(pawns); posted != 0;) {
+        const Square sq = takeNext<White>(posted);
+        int value = weights::outpostTable[Seen<S>(sq)];
+        if ((knights & bit[sq]) != 0) value += weights::KnightOutpost;
+        const bool guarded = (pawns.cover[whiteFirst(S)] & bit[sq]) != 0;
+        score += guarded ? 2 * value : value;
+    }
+    return score;
 }
 
 template int HeavyOnSeventh<White>(const Board&);
 template int HeavyOnSeventh<Black>(const Board&);
 template int TrappedBishop<White>(const Board&);
 template int TrappedBishop<Black>(const Board&);
-template int BishopPairOrBadBishop<White>(const Board&);
-template int BishopPairOrBadBishop<Black>(const Board&);
-template int Rooks<White>(const Board&);
-template int Rooks<Black>(const Board&);
+template int BishopPairOrBadBishop<White>(const Board&, const PawnHashRecord&);
+template int BishopPairOrBadBishop<Black>(const Board&, const PawnHashRecord&);
+template int Rooks<White>(const Board&, const PawnHashRecord&);
+template int Rooks<Black>(const Board&, const PawnHashRecord&);
 template int Bishops<White>(const Board&, const PawnHashRecord&);
 template int Bishops<Black>(const Board&, const PawnHashRecord&);
-template int Knights<White>(const Board&, const PawnHashRecord&);
-template int Knights<Black>(const Board&, const PawnHashRecord&);
-template int Queens<White>(const Board&);
-template int Queens<Black>(const Board&);
+template int Outposts<White>(const Board&, const PawnHashRecord&);
+template int Outposts<Black>(const Board&, const PawnHashRecord&);
 
 }  // namespace brivok

@@ -20,19 +20,18 @@ template <Side S>
     return S == White ? row : 7 - row;
 }
 
-/// The fields of a pawn record for one side. Number of pawns by file + 1.
+/// The squares of S on which its minor pieces profit from an outpost: the table has a value there,
+/// and no enemy pawn can ever attack them.
 template <Side S>
-[[nodiscard]] auto& PawnsOnFile(auto& record) {
-    return S == White ? record.whitePawnsOnFile : record.blackPawnsOnFile;
-}
-/// Row of the rearmost pawn by file + 1.
-template <Side S>
-[[nodiscard]] auto& RearRow(auto& record) {
-    return S == White ? record.whiteRearRow : record.blackRearRow;
-}
-template <Side S>
-[[nodiscard]] auto& PawnCover(auto& record) {
-    return S == White ? record.whitePawnCover : record.blackPawnCover;
+[[nodiscard]] Bitboard OutpostSquares(const PawnHashRecord& pawns) {
+    constexpr Bitboard valued = [] {
+        Bitboard set = 0;
+        for (Square sq = 0; sq < 64; ++sq) {
+            if (weights::outpostTable[Seen<S>(sq)] != 0) set |= bit[sq];
+        }
+        return set;
+    }();
+    return valued & ~pawns.reach[whiteFirst(opposite(S))];
 }
 
 // --- Material -------------------------------------------------------------------------------
@@ -55,22 +54,19 @@ template <Side S>
 
 /// A bonus for exactly two bishops; otherwise a penalty for own pawns on a bishop's colour.
 template <Side S>
-[[nodiscard]] int BishopPairOrBadBishop(const Board& board);
+[[nodiscard]] int BishopPairOrBadBishop(const Board& board, const PawnHashRecord& pawns);
 
 // --- Pieces and kings -------------------------------------------------------------------------
 
-/// Mobility, file, open files.
+/// Mobility, open files.
 template <Side S>
-[[nodiscard]] int Rooks(const Board& board);
-/// Square, mobility, outposts.
+[[nodiscard]] int Rooks(const Board& board, const PawnHashRecord& pawns);
+/// Mobility of the bishops.
 template <Side S>
 [[nodiscard]] int Bishops(const Board& board, const PawnHashRecord& pawns);
-/// Square, outposts.
+/// Outposts of knights and bishops.
 template <Side S>
-[[nodiscard]] int Knights(const Board& board, const PawnHashRecord& pawns);
-/// Square.
-template <Side S>
-[[nodiscard]] int Queens(const Board& board);
+[[nodiscard]] int Outposts(const Board& board, const PawnHashRecord& pawns);
 
 /// Squares attacked on rank and file, up to and including the first man: 0 to 14.
 [[nodiscard]] inline int RookMobilityCount(const Board& board, Square sq) {
@@ -78,20 +74,21 @@ template <Side S>
            fileMoveCount[sq][(board.occRot90 >> ((sq & 7) * 8 + 1)) & 63];
 }
 
-/// Score for the squares that a bishop of S attacks, except those of its own men and those attacked
-/// by enemy pawns.
-template <Side S>
-[[nodiscard]] int BishopMobility(const Board& board, const PawnHashRecord& pawns, Square sq) {
-    const Bitboard barred = board.occupiedBy(S) | PawnCover<opposite(S)>(pawns);
-    return weights::BishopMobilitySquare * popCount(board.bishopAttacks(sq) & ~barred);
-}
-
 template <Side S>
 [[nodiscard]] int KingPlace(const Board& board, bool endgame);
 
-/// Castling, the king's pawn shelter and the pawn storm against the enemy king. In an endgame only
-/// castling.
+/// Castling if it was the last move, else where the king stands relative to its start square.
 template <Side S>
-[[nodiscard]] int KingSafety(const Board& board, const PawnHashRecord& pawns, bool endgame);
+[[nodiscard]] int CastlingState(const Board& board, const PawnHashRecord& pawns);
+
+/// The king's pawn shelter, and the storm of its side's pawns against the enemy king. Counts only
+/// before the endgame.
+template <Side S>
+[[nodiscard]] int KingShelter(const Board& board, const PawnHashRecord& pawns);
+
+/// What `PawnHashRecord::kings` holds for the kings of this position; never 0.
+[[nodiscard]] inline std::uint16_t KingPair(const Board& board) {
+    return static_cast<std::uint16_t>(1 << 12 | board.kingSquare[0] << 6 | board.kingSquare[1]);
+}
 
 }  // namespace brivok

@@ -7,20 +7,26 @@
 
 namespace brivok {
 
-/// What the evaluation knows about a pawn structure. Arrays are indexed by file + 1; entries 0 and
-/// 9 are sentinels beside the a- and h-file and keep their reset values.
-struct PawnHashRecord {
+/// What the evaluation knows about a pawn structure, in one cache line. A record of zeros, which a
+/// cleared table holds for the key 0, says that there are no pawns. Pairs put White first.
+struct alignas(64) PawnHashRecord {
+    /// Bytes that a record counts for in the size of the table.
     static constexpr std::uint32_t CountedBytes = 72;
 
-    std::uint64_t key;   ///< `pawnKey` of the position
-    std::int16_t score;  ///< centipawns, from White's view
-    std::uint8_t blackPawnsOnFile[10];
-    std::uint8_t whitePawnsOnFile[10];
-    std::uint8_t whiteRearRow[10];  ///< row of the rearmost white pawn; 1 if there is none
-    std::uint8_t blackRearRow[10];  ///< row of the rearmost black pawn; 6 if there is none
-    Bitboard whitePawnCover;
-    Bitboard blackPawnCover;
+    std::uint64_t key;        ///< `pawnKey` of the position
+    Bitboard cover[2];        ///< squares that the side's pawns attack
+    Bitboard reach[2];        ///< squares that they attack now or once they have advanced
+    std::int16_t score;       ///< centipawns, from White's view
+    std::int16_t shelter;     ///< of the kings named in `kings`: White's KingShelter() less Black's
+    std::uint16_t kings;      ///< the squares of both kings, see KingPair(); 0 if none are kept
+    std::uint8_t files[2];    ///< a bit per file that holds one of the side's pawns
+    std::uint8_t onDark[2];   ///< number of the side's pawns on dark squares
+    std::uint8_t onLight[2];  ///< number of the side's pawns on light squares
+    /// Row that stands in for the rearmost pawn of a file without one: as if it had run to the last
+    /// row but one. A record of zeros names row 0 for both sides.
+    std::uint8_t rowOfNone[2];
 };
+static_assert(sizeof(PawnHashRecord) == 64);
 
 /// One record per pawn structure, keyed by `pawnKey`.
 class PawnHashTable : public RecordTable<PawnHashRecord> {

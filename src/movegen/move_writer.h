@@ -67,17 +67,6 @@ template <Side S>
     return S == White ? pawns >> 8U : pawns << 8U;
 }
 
-/// Squares that pawns attack towards the a-file.
-template <Side S>
-[[nodiscard]] constexpr Bitboard attackedWest(Bitboard pawns) {
-    return S == White ? (pawns & ~FileA) >> 9U : (pawns & ~FileA) << 7U;
-}
-/// Squares that pawns attack towards the h-file.
-template <Side S>
-[[nodiscard]] constexpr Bitboard attackedEast(Bitboard pawns) {
-    return S == White ? (pawns & ~FileH) >> 7U : (pawns & ~FileH) << 9U;
-}
-
 /// Step of a pawn's capture towards the a-file, from the pawn's square.
 template <Side S>
 inline constexpr int CaptureWest = S == White ? NorthWest : SouthWest;
