@@ -9,6 +9,7 @@
 #include "engine_fixture.h"
 #include "movegen/generate.h"
 #include "movegen/legal_moves.h"
+#include "movegen/legality.h"
 #include "movegen/move_text.h"
 #include "movegen/san.h"
 
@@ -57,11 +58,16 @@ protected:
         generateMoves(board, list);
         const std::vector<Move> moves(list, list + board.moveCount);
         const std::string before = snapshot(board);
+        const Legality legality(board);
+        EXPECT_TRUE(legality.known());
+        EXPECT_EQ(legality.inCheck(), board.inCheck());
         std::vector<Move> legal;
         for (const Move move : moves) {
             EXPECT_TRUE(board.isMoveValid(move)) << move;
+            const bool allowed = legality.allows(move);
             board.makeMove(move);
             if (!board.moverInCheck()) legal.push_back(move);
+            EXPECT_EQ(allowed, !board.moverInCheck()) << moveToCoordinate(move);
             board.unmakeMove();
             if (snapshot(board) != before) {
                 ADD_FAILURE() << "not restored: " << moveToCoordinate(move);

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "board/board.h"
+
+namespace brivok {
+
+/// Tells the legal moves of the side to move by its pins and checks, without making them. Valid
+/// while the position stays.
+class Legality {
+public:
+    explicit Legality(const Board& position);
+
+    /// False where a king has been captured or the kings stand side by side, which no game reaches:
+    /// what a move does there follows no rules, and only making it tells whether the king is in
+    /// check.
+    [[nodiscard]] bool known() const { return isKnown; }
+
+    /// Whether the side to move is in check. Only if known().
+    [[nodiscard]] bool inCheck() const { return checkers != 0; }
+
+    /// Whether a pseudo-legal move is legal: whether moverInCheck() is false after it. Only if
+    /// known().
+    [[nodiscard]] bool allows(Move move) const {
+        const Square from = moveFrom(move);
+        const Square to = moveTo(move);
+        if (from == king) return allowsKingMove(move);
+        if (moveIsEnPassant(move)) return allowsEnPassant(from, to);
+        if ((targets & bit[to]) == 0) return false;
+        return (pinned & bit[from]) == 0 || direction[king][from] == direction[king][to];
+    }
+
+private:
+    template <Side S>
+    void find();
+    [[nodiscard]] bool allowsKingMove(Move move) const;
+    [[nodiscard]] bool allowsEnPassant(Square from, Square to) const;
+
+    const Board& board;
+    Square king;
+    bool isKnown = false;
+    Bitboard sliders = 0;   ///< the enemy's that would attack the king on an empty board
+    Bitboard pinned = 0;    ///< men, of either side, alone between the king and one of them
+    Bitboard checkers = 0;  ///< enemy men that attack the king
+    Bitboard targets = 0;   ///< where a man other than the king answers all checks
+};
+
+/// Makes a pseudo-legal move if it is legal, and returns whether it is. If it is not, the position
+/// stays, and the next undo record is that of the move, as after making it and taking it back: null
+/// moves leave it to be seen.
+[[nodiscard]] inline bool makeIfLegal(Board& board, const Legality& legality, Move move) {
+    const bool legal = !legality.known() || legality.allows(move);
+    board.makeMove(move);
+    if (legal && (legality.known() || !board.moverInCheck())) return true;
+    board.unmakeMove();
+    return false;
+}
+
+}  // namespace brivok
