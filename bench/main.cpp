@@ -29,6 +29,7 @@ struct CommandLine {
     int signatureDepth = SignatureDepth;
     int perftDepth = DefaultPerftDepth;
     int timedDepth = DefaultTimedDepth;
+    bool bulk = false;
     std::string fen;
     std::string variant{nameOf(Variant::Normal)};
     CLI::App* const signature = app.add_subcommand(
@@ -46,6 +47,7 @@ struct CommandLine {
         addCommonOptions(*depth, timedDepth, MaxBenchDepth);
         auto* const position =
             perft->add_option("--fen", fen, "Only this position (default: the whole set)");
+        perft->add_flag("--bulk", bulk, "Count the last half-move without making it");
         perft->add_option("--variant", variant, "The variant of the position")
             ->needs(position)
             ->check(CLI::IsMember(
@@ -89,7 +91,7 @@ bool carryOut(const CommandLine& line) {
     if (line.wants(*line.perft)) {
         const TestPosition own{*variantNamed(line.variant), line.fen.c_str()};
         const auto positions = line.fen.empty() ? signaturePositions() : std::span(&own, 1);
-        report(*line.perft, runPerft(positions, line.perftDepth),
+        report(*line.perft, runPerft(positions, line.perftDepth, line.bulk),
                [](const Run& done) { printRun("Perft", done); });
     }
     if (line.wants(*line.depth)) report(*line.depth, runDepths(line.timedDepth), printDepths);

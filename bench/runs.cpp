@@ -44,15 +44,18 @@ Run runSignature(int depth) {
     return run;
 }
 
-Run runPerft(std::span<const TestPosition> positions, int depth) {
+Run runPerft(std::span<const TestPosition> positions, int depth, bool bulk) {
     Run run{depth, {}, {}};
     for (const TestPosition& position : positions) {
         settings.variant = position.variant;
         setPositionOrThrow(theBoard, position.fen);
-        run.positions.push_back(
-            {position,
-             measure([depth] { return perftLeaves(static_cast<std::size_t>(depth)); }),
-             {}});
+        run.positions.push_back({position,
+                                 measure([depth, bulk] {
+                                     const auto plies = static_cast<std::size_t>(depth);
+                                     return bulk ? countLeaves(theBoard, plies)
+                                                 : perftLeaves(plies);
+                                 }),
+                                 {}});
     }
     return run;
 }

@@ -40,9 +40,9 @@ struct Run {
 /// Searches the signature positions. The time does not include allocating tables.
 [[nodiscard]] Run runSignature(int depth);
 
-/// Counts legal move trees; nodes are the leaves at `depth`. Throws an exception for a position
-/// that cannot be played from.
-[[nodiscard]] Run runPerft(std::span<const TestPosition> positions, int depth);
+/// Counts legal move trees; nodes are the leaves at `depth`, which `bulk` counts without making
+/// them. Throws an exception for a position that cannot be played from.
+[[nodiscard]] Run runPerft(std::span<const TestPosition> positions, int depth, bool bulk);
 
 /// Time to depth. Each depth is a separate search with fresh tables, which does exactly what a
 /// deeper search has done when it reaches that depth.

@@ -8,6 +8,7 @@
 #include "board/coordinate.h"
 #include "engine_fixture.h"
 #include "movegen/generate.h"
+#include "movegen/perft.h"
 
 namespace brivok {
 namespace {
@@ -92,6 +93,7 @@ TEST_F(LegalityTest, AgreesWithMakingInOddPositions) {
         SCOPED_TRACE(fen);
         setPosition(fen, below(2) == 0 ? Variant::Normal : Variant::Fischerandom);
         giveRights();
+        ASSERT_EQ(countLeaves(board, 2), countPerft(board, 2)[2]);
         for (int ply = 0; ply < 8 && checkAndPlay();) ++ply;
     }
     EXPECT_GT(refused, compared / 10);

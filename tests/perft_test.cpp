@@ -53,6 +53,7 @@ TEST_P(PerftFile, CountsMatch) {
         for (const auto& [d, expected] : counts.nodes) {
             if (d > depth) break;
             EXPECT_EQ(nodes.at(d), expected) << "depth " << d << ": " << line;
+            EXPECT_EQ(countLeaves(board, d), expected) << "depth " << d << ": " << line;
         }
         EXPECT_TRUE(snapshot(board) == before) << line;
     }
@@ -85,6 +86,7 @@ TEST_F(Perft, SmallCases) {
     for (const auto& [fen, variant, depth, nodes] : cases) {
         setPosition(fen, variant);
         EXPECT_EQ(countPerft(board, depth)[depth], nodes) << fen;
+        EXPECT_EQ(countLeaves(board, depth), nodes) << fen;
     }
 }
 

@@ -2,9 +2,13 @@
 
 #include <benchmark/benchmark.h>
 
+#include <vector>
+
 #include "engine_positions.h"
 #include "movegen/generate.h"
 #include "movegen/legal_moves.h"
+#include "movegen/legality.h"
+#include "movegen/move_count.h"
 
 namespace brivok {
 namespace {
@@ -44,6 +48,47 @@ void countLegal(benchmark::State& state) {
     tellTimeOfEach(state, boards.size());
 }
 BENCHMARK(countLegal);
+
+/// Pins and checks.
+void findLegality(benchmark::State& state) {
+    const auto boards = positions();
+    for (auto _ : state) {
+        for (const Board& board : boards) benchmark::DoNotOptimize(Legality(board));
+    }
+    tellTimeOfEach(state, boards.size());
+}
+BENCHMARK(findLegality);
+
+/// Asks for each legal move, by the pins and checks of its position.
+void allowMoves(benchmark::State& state) {
+    struct Question {
+        Legality legality;
+        Move move;
+    };
+    std::vector<Question> questions;
+    for (const BoardMove& next : legalMoves()) {
+        questions.push_back({Legality(*next.board), next.move});
+    }
+    for (auto _ : state) {
+        for (const auto& [legality, move] : questions) {
+            benchmark::DoNotOptimize(legality.allows(move));
+        }
+    }
+    tellTimeOfEach(state, questions.size());
+}
+BENCHMARK(allowMoves);
+
+/// Counts legal moves without making them.
+void countInBulk(benchmark::State& state) {
+    const auto boards = quietPositions();
+    for (auto _ : state) {
+        for (const Board& board : boards) {
+            benchmark::DoNotOptimize(countMoves(board, Legality(board)));
+        }
+    }
+    tellTimeOfEach(state, boards.size());
+}
+BENCHMARK(countInBulk);
 
 }  // namespace
 }  // namespace brivok

@@ -29,17 +29,25 @@ public:
         return (pinned & bit[from]) == 0 || direction[king][from] == direction[king][to];
     }
 
+    /// The same for an en passant capture.
+    [[nodiscard]] bool allowsEnPassant(Square from, Square to) const;
+
+    /// Men, of either side, that stand alone between the king and an enemy slider.
+    [[nodiscard]] Bitboard pinnedMen() const { return pinned; }
+
+    /// Enemy sliders that would attack the king on an empty board.
+    [[nodiscard]] Bitboard slidersOnLines() const { return sliders; }
+
 private:
     template <Side S>
     void find();
     [[nodiscard]] bool allowsKingMove(Move move) const;
-    [[nodiscard]] bool allowsEnPassant(Square from, Square to) const;
 
     const Board& board;
     Square king;
     bool isKnown = false;
-    Bitboard sliders = 0;   ///< the enemy's that would attack the king on an empty board
-    Bitboard pinned = 0;    ///< men, of either side, alone between the king and one of them
+    Bitboard sliders = 0;   ///< see slidersOnLines()
+    Bitboard pinned = 0;    ///< see pinnedMen()
     Bitboard checkers = 0;  ///< enemy men that attack the king
     Bitboard targets = 0;   ///< where a man other than the king answers all checks
 };

@@ -92,4 +92,22 @@ template <Side S>
            board.squares[ep - PawnStep<S>] == pieceOf(Kind::Pawn, opposite(S));
 }
 
+/// Whether this kind of castling is pseudo-legal. The side must not be in check.
+template <Side S>
+[[nodiscard]] inline bool mayCastle(const Board& board, int kind) {
+    if ((board.castling & rightOf(kind)) == 0 || !board.castlingHomesFit(kind)) return false;
+    if ((board.occupied() & board.castles.castleEmpty[kind]) != 0) return false;
+    for (Bitboard transit = board.castles.castleTransit[kind]; transit != 0;) {
+        if (board.isAttacked(takeNext<S>(transit), opposite(S))) return false;
+    }
+    return true;
+}
+
+template <Side S>
+[[nodiscard]] inline Move castlingMove(const Board& board, int kind) {
+    return makePlainMove(board.kingStart[whiteFirst(S)], CastledKing[kind],
+                         pieceOf(Kind::King, S)) |
+           field::Enroque.put(static_cast<std::uint32_t>(kind % 2 + 1));
+}
+
 }  // namespace brivok

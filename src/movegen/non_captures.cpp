@@ -9,16 +9,7 @@ template <Side S>
 void castling(const Board& board, MoveWriter<S>& writer) {
     constexpr int firstKind = S == White ? WhiteKingSide : BlackKingSide;
     for (const int kind : {firstKind, firstKind + 1}) {
-        if ((board.castling & rightOf(kind)) == 0 || !board.castlingHomesFit(kind)) continue;
-        if ((board.occupied() & board.castles.castleEmpty[kind]) != 0) continue;
-        bool attacked = false;
-        for (Bitboard transit = board.castles.castleTransit[kind]; transit != 0 && !attacked;) {
-            attacked = board.isAttacked(takeNext<S>(transit), opposite(S));
-        }
-        if (attacked) continue;
-        writer.add(makePlainMove(board.kingStart[whiteFirst(S)], CastledKing[kind],
-                                 pieceOf(Kind::King, S)) |
-                   field::Enroque.put(static_cast<std::uint32_t>(kind % 2 + 1)));
+        if (mayCastle<S>(board, kind)) writer.add(castlingMove<S>(board, kind));
     }
 }
 

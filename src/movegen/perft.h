@@ -18,4 +18,7 @@ using PerftNodes = std::array<std::uint32_t, MaxPerftDepth + 1>;
 /// counting: every leaf is made and unmade.
 [[nodiscard]] PerftNodes countPerft(Board& board, std::size_t depth);
 
+/// Number of leaves at `depth` plies, at least 1. The last ply is only counted: no leaf is made.
+[[nodiscard]] std::uint64_t countLeaves(Board& board, std::size_t depth);
+
 }  // namespace brivok

@@ -65,9 +65,11 @@ def test_all_commands():
     ("fischerandom", "qrkb1nbr/pppppppp/8/8/8/8/PPPPPPPP/QRKB1NBR w KQkq - 0 1", 3, 6586),
 ])
 def test_perft(variant, fen, depth, count):
-    perft = measured("perft", "--depth", depth, "--variant", variant, "--fen", fen)["perft"]
-    assert [(p["fen"], p["variant"]) for p in perft["positions"]] == [(fen, variant)]
-    assert perft["nodes"] == count
+    for how in ([], ["--bulk"]):
+        perft = measured("perft", "--depth", depth, "--variant", variant, "--fen", fen,
+                         *how)["perft"]
+        assert [(p["fen"], p["variant"]) for p in perft["positions"]] == [(fen, variant)]
+        assert perft["nodes"] == count
 
 
 @pytest.mark.parametrize("arguments, told", [
