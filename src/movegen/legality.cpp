@@ -25,6 +25,10 @@ void Legality::find() {
               (bishopEmptyAttacks[king] & (board.pieces[pieceOf(Kind::Bishop, Them)] | queens));
     checkers = (knightAttacks[king] & board.pieces[pieceOf(Kind::Knight, Them)]) |
                (pawnAttacks<S>(king) & board.pieces[pieceOf(Kind::Pawn, Them)]);
+    const Bitboard enPassantTakers =
+        board.epSquare == NoSquare
+            ? 0
+            : pawnAttacks<Them>(board.epSquare) & board.pieces[pieceOf(Kind::Pawn, S)];
     for (Bitboard rest = sliders; rest != 0;) {
         const Square sq = takeNext<White>(rest);
         const Bitboard blockers = between[king][sq] & board.occupied();
@@ -36,9 +40,19 @@ void Legality::find() {
     }
     if (checkers == 0) {
         targets = ~Bitboard{0};
+        if (isKnown) bound = pinned | bit[king] | enPassantTakers;
     } else if ((checkers & (checkers - 1)) == 0) {
         targets = checkers | between[king][firstBit(checkers)];
     }
+}
+
+bool Legality::allowsBound(Move move) const {
+    const Square from = moveFrom(move);
+    const Square to = moveTo(move);
+    if (from == king) return allowsKingMove(move);
+    if (moveIsEnPassant(move)) return allowsEnPassant(from, to);
+    if ((targets & bit[to]) == 0) return false;
+    return (pinned & bit[from]) == 0 || direction[king][from] == direction[king][to];
 }
 
 /// A king that leaves its square opens no line to itself but that of a slider that gives check. The

@@ -21,13 +21,11 @@ public:
     /// Whether a pseudo-legal move is legal: whether moverInCheck() is false after it. Only if
     /// known().
     [[nodiscard]] bool allows(Move move) const {
-        const Square from = moveFrom(move);
-        const Square to = moveTo(move);
-        if (from == king) return allowsKingMove(move);
-        if (moveIsEnPassant(move)) return allowsEnPassant(from, to);
-        if ((targets & bit[to]) == 0) return false;
-        return (pinned & bit[from]) == 0 || direction[king][from] == direction[king][to];
+        return allowsAll(moveFrom(move)) || allowsBound(move);
     }
+
+    /// True if all pseudo-legal moves from the square are sure to be legal.
+    [[nodiscard]] bool allowsAll(Square from) const { return (bound & bit[from]) == 0; }
 
     /// The same for an en passant capture.
     [[nodiscard]] bool allowsEnPassant(Square from, Square to) const;
@@ -41,11 +39,15 @@ public:
 private:
     template <Side S>
     void find();
+    [[nodiscard]] bool allowsBound(Move move) const;
     [[nodiscard]] bool allowsKingMove(Move move) const;
 
     const Board& board;
     Square king;
     bool isKnown = false;
+    /// The men of whose moves some may be illegal: king, pinned men, pawns that can capture en
+    /// passant. All squares in check, and if nothing is known.
+    Bitboard bound = ~Bitboard{0};
     Bitboard sliders = 0;   ///< see slidersOnLines()
     Bitboard pinned = 0;    ///< see pinnedMen()
     Bitboard checkers = 0;  ///< enemy men that attack the king
@@ -56,9 +58,9 @@ private:
 /// stays, and the next undo record is that of the move, as after making it and taking it back: null
 /// moves leave it to be seen.
 [[nodiscard]] inline bool makeIfLegal(Board& board, const Legality& legality, Move move) {
-    const bool legal = !legality.known() || legality.allows(move);
+    const bool sure = legality.allowsAll(moveFrom(move));
     board.makeMove(move);
-    if (legal && (legality.known() || !board.moverInCheck())) return true;
+    if (sure || !board.moverInCheck()) return true;
     board.unmakeMove();
     return false;
 }

@@ -10,22 +10,26 @@ namespace brivok {
 
 namespace {
 
+/// Makes a move that generateForPosition() has written, unless it is illegal.
+bool makeGenerated(Board& board, const Legality& legality, bool evasion, Move move) {
+    if (!evasion) return makeIfLegal(board, legality, move);
+    board.makeMove(move);
+    return true;
+}
+
 void perftLevel(Board& board, std::size_t level, std::size_t depth, PerftNodes& perftNodes) {
+    const Legality legality(board);
     MoveList list;
     const bool wasInCheck = generateForPosition(board, list);
-    const int count = board.moveCount;
-    for (int i = 0; i < count; ++i) {
-        board.makeMove(list[i]);
-        if (wasInCheck || !board.moverInCheck()) {
-            ++perftNodes[level];
-            if (level < depth) perftLevel(board, level + 1, depth, perftNodes);
-        }
+    for (const Move move : generated(board, list)) {
+        if (!makeGenerated(board, legality, wasInCheck, move)) continue;
+        ++perftNodes[level];
+        if (level < depth) perftLevel(board, level + 1, depth, perftNodes);
         board.unmakeMove();
     }
 }
 
-/// The evasions in check, else the pseudo-legal moves that leave the king safe, as perftLevel()
-/// makes them.
+/// Counts what perftLevel() makes: in check the evasions, else the moves that leave the king safe.
 std::uint64_t leavesBelow(Board& board, std::size_t depth) {
     const Legality legality(board);
     if (depth == 1 && legality.known() && !legality.inCheck()) {
@@ -33,15 +37,10 @@ std::uint64_t leavesBelow(Board& board, std::size_t depth) {
     }
     MoveList list;
     const bool wasInCheck = generateForPosition(board, list);
-    const int count = board.moveCount;
-    if (depth == 1 && wasInCheck) return static_cast<std::uint64_t>(count);
+    if (depth == 1 && wasInCheck) return generated(board, list).size();
     std::uint64_t leaves = 0;
-    for (int i = 0; i < count; ++i) {
-        if (wasInCheck) {
-            board.makeMove(list[i]);
-        } else if (!makeIfLegal(board, legality, list[i])) {
-            continue;
-        }
+    for (const Move move : generated(board, list)) {
+        if (!makeGenerated(board, legality, wasInCheck, move)) continue;
         leaves += depth == 1 ? 1 : leavesBelow(board, depth - 1);
         board.unmakeMove();
     }
