@@ -60,10 +60,11 @@ inline constexpr Bitboard darkSquares = 0x55AA55AA55AA55AA;  ///< a1 is dark
 
 /// The highest set bit of squares 0 to 31 if there is one, else the highest of squares 32 to 63:
 /// the scan runs from h5 back to a8, then from h1 back to a4. Swapping the halves makes it one
-/// plain scan. Undefined on an empty set.
+/// plain scan from the top; the square is then 63 less the count, and 32 away. Undefined on an
+/// empty set.
 [[nodiscard]] inline Square lastBit(Bitboard set) {
     assert(set != 0);
-    return (63 - __builtin_clzll(std::rotl(set, 32))) ^ 32;
+    return __builtin_clzll(std::rotl(set, 32)) ^ 63 ^ 32;
 }
 
 /// The number of squares in the set. Without a POPCNT instruction, sums of neighbouring bits, pairs
@@ -90,7 +91,7 @@ template <Side S>
         return sq;
     } else {
         const Square sq = lastBit(set);
-        set ^= bit[sq];
+        set &= notBit[sq];
         return sq;
     }
 }

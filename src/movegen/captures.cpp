@@ -20,20 +20,21 @@ template <Side S>
 void pawnCaptures(const Board& board, MoveWriter<S>& writer, Bitboard enemy) {
     const Bitboard pawns = board.pieces[writer.Pawn];
     const bool enPassant = hasEnPassantVictim<S>(board);
-    Bitboard targets = (attackedWest<S>(pawns) | attackedEast<S>(pawns)) &
-                       (enPassant ? enemy | bit[board.epSquare] : enemy);
+    const Bitboard west = attackedWest<S>(pawns);
+    const Bitboard east = attackedEast<S>(pawns);
+    Bitboard targets = (west | east) & (enPassant ? enemy | bit[board.epSquare] : enemy);
+    const auto take = [&](Square from, Square to) {
+        if (enPassant && to == board.epSquare) {
+            writer.addEnPassant(from, to);
+        } else {
+            writer.addPawn(from, to);
+        }
+    };
     while (targets != 0) {
         const Square to = takeNext<S>(targets);
         // Lower file first: the pawn to the left of the target, which captures towards the h-file.
-        const Bitboard takers = pawnAttacks<opposite(S)>(to) & pawns;
-        for (const Square from : {to - CaptureEast<S>, to - CaptureWest<S>}) {
-            if ((takers & bit[from & 63]) == 0) continue;
-            if (enPassant && to == board.epSquare) {
-                writer.addEnPassant(from, to);
-            } else {
-                writer.addPawn(from, to);
-            }
-        }
+        if ((east & bit[to]) != 0) take(to - CaptureEast<S>, to);
+        if ((west & bit[to]) != 0) take(to - CaptureWest<S>, to);
     }
 }
 
