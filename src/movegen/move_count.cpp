@@ -6,32 +6,27 @@ namespace brivok {
 
 namespace {
 
-/// Sum of the sizes of up to 31 sets. Without a POPCNT instruction the sizes of the eight bytes are
-/// added up side by side (Knuth, The Art of Computer Programming 4A, 7.1.3) and only the sum is
-/// folded.
+/// Sum of the sizes of sets. Without a POPCNT instruction the bytes are added up side by side, and
+/// only the sums are folded: no row of the board is the target of more than 255 moves.
 class SizeSum {
 public:
-    void add(Bitboard set) {
 #ifdef __POPCNT__
-        sum += static_cast<Bitboard>(std::popcount(set));
-#else
-        set -= set >> 1U & 0x5555555555555555;
-        set = (set & 0x3333333333333333) + (set >> 2U & 0x3333333333333333);
-        sum += (set + (set >> 4U)) & 0x0F0F0F0F0F0F0F0F;
-#endif
-    }
+    void add(Bitboard set) { sum += popCount(set); }
+    [[nodiscard]] int total() const { return sum; }
 
-    [[nodiscard]] int total() const {
-#ifdef __POPCNT__
-        return static_cast<int>(sum);
+private:
+    int sum = 0;
 #else
-        const Bitboard pairs = (sum & 0x00FF00FF00FF00FF) + (sum >> 8U & 0x00FF00FF00FF00FF);
+    void add(Bitboard set) { sums += byteCounts(set); }
+    [[nodiscard]] int total() const {
+        constexpr Bitboard EvenBytes = 0x00FF00FF00FF00FF;
+        const Bitboard pairs = (sums & EvenBytes) + (sums >> 8U & EvenBytes);
         return static_cast<int>(pairs * 0x0001000100010001 >> 48U);
-#endif
     }
 
 private:
-    Bitboard sum = 0;
+    Bitboard sums = 0;
+#endif
 };
 
 template <Side S>
