@@ -86,16 +86,16 @@ def test_bad_arguments(arguments, told):
 
 
 def test_compare():
+    commands = ["signature --depth 2", "perft --depth 2", "long --depth 5", "start --times 3"]
     compared = json.loads(run(ROOT / "bench/compare", BUILD, BUILD, "--rounds", 2, "--json",
-                              "--run", "signature --depth 2", "--run", "perft --depth 2"))
-    assert [m["command"] for m in compared["measures"]] == [
-        "signature --depth 2", "perft --depth 2"]
+                              *(word for command in commands for word in ("--run", command))))
+    assert [m["command"] for m in compared["measures"]] == commands
     for m in compared["measures"]:
-        assert m["nodesA"] == m["nodesB"] > 0
-        assert 0 < m["lowest"] <= m["ratio"] <= m["highest"]
+        assert m["nodesA"] == m["nodesB"] and (m["nodesA"] > 0) == (m["command"] != commands[-1])
+        assert 0 < m["lowest"] <= m["ratio"] <= m["highest"] and m["a"] > 0
     assert "not there" in run(ROOT / "bench/compare", BUILD, "/nowhere", code=1)
-    assert "not in range" in run(ROOT / "bench/compare", BUILD, BUILD, "--run", "perft --depth 9",
-                                 code=1)
+    for command, told in (("perft --depth 9", "not in range"), ("long --depth 4", "at least 5")):
+        assert told in run(ROOT / "bench/compare", BUILD, BUILD, "--run", command, code=1)
 
 
 def test_engines(tmp_path, referee):
