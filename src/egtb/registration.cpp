@@ -176,7 +176,7 @@ bool RegisterTableSide(const TablebaseDescriptor& table, unsigned side, const Ta
 /// Returns the largest id of which it found a file.
 int registerDirectory(std::string_view name) {
     const TableDirectory dir(name);
-    if (!dir.exists()) return 0;
+    if (!dir.mayHoldTables()) return 0;
     int largest = 0;
     for (const TablebaseDescriptor& table : tablebaseDescriptors) {
         if (table.id == 0) continue;

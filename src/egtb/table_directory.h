@@ -14,7 +14,8 @@ public:
     /// An empty name means the current directory.
     explicit TableDirectory(std::string_view name);
 
-    [[nodiscard]] bool exists() const { return found; }
+    /// False if it does not exist or no name in it can be that of a table.
+    [[nodiscard]] bool mayHoldTables() const { return found && !(listed && entries.empty()); }
 
     /// The path of a table's file, given its name in lower case; empty if there is no such entry.
     [[nodiscard]] std::string pathOf(const std::string& fileName) const;
