@@ -30,6 +30,9 @@ constexpr double RandomPart = 1.2;
 /// If a legal move repeats a position this often, the choice is left to the search.
 constexpr int ThirdOccurrence = 3;
 
+/// A position takes up to a few thousand records. One book may serve any number of positions.
+constexpr std::size_t MostSeen = 1 << 14;
+
 std::uint64_t littleEndian(std::span<const unsigned char> bytes) {
     std::uint64_t value = 0;
     for (std::size_t i = bytes.size(); i-- > 0;) value = value << 8U | bytes[i];
@@ -101,6 +104,8 @@ Move chooseBookMove(std::span<const BookCandidate> candidates, const BookRandom&
 bool OpeningBook::Open() {
     if (file.is_open()) file.close();
     file.clear();
+    seen.clear();
+    file.rdbuf()->pubsetbuf(nullptr, 0);  // a search jumps about: it would use little of a buffer
     file.open(name, std::ios::binary);
     file.seekg(0);
     return file.is_open();
@@ -121,12 +126,8 @@ bool OpeningBook::Find(const Board& board, BookRecord& record) {
     std::int64_t high = size / static_cast<std::streamoff>(BookRecord::Bytes);
     while (low <= high) {
         const std::int64_t mid = (low + high) / 2;
-        std::array<unsigned char, BookRecord::Bytes> bytes;
-        file.seekg(mid * static_cast<std::streamoff>(BookRecord::Bytes));
-        // Past the last record the read fails and `record` is unchanged.
-        if (file.read(reinterpret_cast<char*>(bytes.data()), bytes.size())) {
-            record = recordFromBytes(bytes);
-        }
+        // Past the last record there is none, and `record` is unchanged.
+        if (const BookRecord* const read = recordAt(mid)) record = *read;
         if (record.key == board.hashKey) return true;
         if (record.key < board.hashKey) {
             low = mid + 1;
@@ -135,6 +136,16 @@ bool OpeningBook::Find(const Board& board, BookRecord& record) {
         }
     }
     return false;
+}
+
+const BookRecord* OpeningBook::recordAt(std::int64_t index) {
+    const auto known = seen.find(index);
+    if (known != seen.end()) return &known->second;
+    std::array<unsigned char, BookRecord::Bytes> bytes;
+    file.seekg(index * static_cast<std::streamoff>(BookRecord::Bytes));
+    if (!file.read(reinterpret_cast<char*>(bytes.data()), bytes.size())) return nullptr;
+    if (seen.size() == MostSeen) seen.clear();
+    return &seen.emplace(index, recordFromBytes(bytes)).first->second;
 }
 
 std::uint32_t OpeningBook::CountBookMoves(Board& board, int& moveCount, std::uint32_t& sumWhite,

@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "board/board.h"
@@ -76,8 +77,15 @@ public:
 private:
     [[nodiscard]] bool openOrReport();
 
+    /// Null if the file has no such record. Valid until the next call.
+    [[nodiscard]] const BookRecord* recordAt(std::int64_t index);
+
     std::string name;
     std::ifstream file;
+    /// By index, those read lately, none from before the book was opened. The searches for the
+    /// moves of a position begin alike, and each move is looked up twice: to count the games, and
+    /// as a candidate.
+    std::unordered_map<std::int64_t, BookRecord> seen;
 };
 
 /// The moves that the book, which must be open, knows in this position, in the order of generation.
