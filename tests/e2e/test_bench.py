@@ -3,6 +3,7 @@
 import json
 import re
 from pathlib import Path
+from xml.etree import ElementTree
 
 import pytest
 
@@ -99,15 +100,23 @@ def test_compare():
 
 
 def test_engines(tmp_path, referee):
-    """Both engines count the same, and the new table replaces the old one."""
-    page = tmp_path / "page.md"
+    """Both engines count the same, the new table replaces the old one, and the chart has a bar for
+    each rate of the table."""
+    page, picture = tmp_path / "page.md", tmp_path / "chart.svg"
     page.write_text("before\n<!-- engines: begin -->\nold\n<!-- engines: end -->\nafter\n")
     command = [ROOT / "bench/engines", BUILD, "--engines", "stockfish", "--rounds", 1, "--seconds",
-               0.05, "--perft-depth", 2, "--write"]
+               0.05, "--perft-depth", 2, "--hash", 1, 8, "--chart", picture, "--write"]
     assert "not the same unit" in run(*command, page)
     text = page.read_text()
     assert text.startswith("before\n<!-- engines: begin -->\n| Engine ") and "old" not in text
     assert text.endswith("\n<!-- engines: end -->\nafter\n")
-    assert len(re.findall(r"^\| (?:Brivok|Stockfish) .* \d+\.\d\d \|$", text, re.M)) == 2
+    rows = re.findall(r"^\| ((?:Brivok|Stockfish).*) \|$", text, re.M)
+    rates = [[cells[1], cells[3], cells[5]] for cells in (row.split(" | ") for row in rows)]
+    assert len(rates) == 2
+    svg = ElementTree.parse(picture)
+    labels = [label.text for label in svg.iter("{http://www.w3.org/2000/svg}text")]
+    assert {rate for row in rates for rate in row} <= set(labels) and "8 MB hash" in labels
+    assert sum(bar.get("class", "").startswith("bar")
+               for bar in svg.iter("{http://www.w3.org/2000/svg}rect")) == 6 + 2
     page.write_text("no place for a table\n")
     assert "engines: begin" in run(*command, page, code=1)
