@@ -5,7 +5,7 @@ from html import escape
 from typing import NamedTuple
 
 WIDTH, MARGIN = 720, 28
-LABEL_WIDTH, VALUE_WIDTH = 176, 60  # beside the bars
+LABEL_WIDTH, VALUE_WIDTH = 184, 60  # beside the bars
 BAR_HEIGHT, ROW_GAP = 15, 11
 TITLE_HEIGHT, PANEL_GAP, LEGEND_HEIGHT = 30, 22, 24
 FADED = 0.45  # opacity of the last kind of bars; those between follow in even steps
