@@ -14,7 +14,7 @@ inline constexpr std::size_t MaxPerftDepth = 15;  ///< plies
 using PerftNodes = std::array<std::uint32_t, MaxPerftDepth + 1>;
 
 /// Counts the legal move tree to `depth` plies (at most MaxPerftDepth) as the search walks it:
-/// evasions in check, else pseudo-legal moves tested after making them. No hashing and no bulk
+/// evasions in check, else the pseudo-legal moves that leave the king safe. No hashing and no bulk
 /// counting: every leaf is made and unmade.
 [[nodiscard]] PerftNodes countPerft(Board& board, std::size_t depth);
 
