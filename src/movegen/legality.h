@@ -27,7 +27,7 @@ public:
     /// True if all pseudo-legal moves from the square are sure to be legal.
     [[nodiscard]] bool allowsAll(Square from) const { return (bound & bit[from]) == 0; }
 
-    /// The same for an en passant capture.
+    /// allows() for an en passant capture.
     [[nodiscard]] bool allowsEnPassant(Square from, Square to) const;
 
     /// Men, of either side, that stand alone between the king and an enemy slider.
