@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -30,22 +31,42 @@ struct Token {
     std::uint8_t extraBits = 0;
 };
 
+/// When the parser puts another byte before a match without looking for anything better: if the
+/// match gets longer than `length`, and dearer by at most `tolerance` sixteenths of a bit.
+struct ExtensionRule {
+    unsigned length = 0;
+    std::int32_t tolerance = 0;
+};
+
 /// Distances and costs in the form that the parser uses; threads may share it.
 class ParseModel {
 public:
-    ParseModel(const Distances& itsDistances, const SymbolCosts& costs);
+    ParseModel(const Distances& itsDistances, const SymbolCosts& costs, ExtensionRule rule);
 
 private:
     friend class BlockParser;
 
-    /// Costs of a slot's matches with their extra bits, by class. Each is shifted left by SlotBits
-    /// with the slot in the low bits, so that the least value also names the cheapest slot.
-    using Row = std::array<std::int16_t, 16>;
+    static constexpr std::size_t PlaneSlots = 8;
+    static constexpr std::size_t PlaneCount = SlotCount / PlaneSlots;
+
+    /// A cost shifted left by SlotBits, with the slot in the low bits, so that the least value also
+    /// names the cheapest slot.
+    using SlotCost = std::uint16_t;
+    /// By set of eight slots, one bit each: the cheapest.
+    using PlaneCosts = std::array<SlotCost, 1U << PlaneSlots>;
+
+    [[nodiscard]] SlotCost cheapest(unsigned itsClass, std::uint32_t slots) const {
+        const auto& planes = exact[itsClass];
+        const SlotCost low = std::min(planes[0][slots & 0xFF], planes[1][slots >> 8 & 0xFF]);
+        return std::min(low, planes[2][slots >> 16]);
+    }
 
     Distances distances;
+    ExtensionRule extension;
     std::array<std::int32_t, LiteralCount> literals{};
-    std::array<Row, SlotCount> exact{};  ///< classes 0 to 14
-    std::array<Row, SlotCount> wide{};   ///< classes from 15
+    /// Costs of matches with their extra bits, by slot and class.
+    std::array<std::array<SlotCost, ClassCount>, SlotCount> matches{};
+    std::array<std::array<PlaneCosts, PlaneCount>, ExactClasses> exact{};  ///< classes 0 to 14
 };
 
 /// Finds the cheapest sequence of tokens for a block, by dynamic programming from its end. In the
@@ -85,34 +106,31 @@ private:
         std::uint16_t length = 0;  ///< 0 for a byte
         std::uint16_t slot = 0;
     };
-    /// By slot: where the repetition that covers the current position ends. Valid only for slots
-    /// that repeat there.
-    using Ends = std::array<std::uint32_t, SlotCount>;
+    /// The cheapest first token so far, with the cost from it to the end of the block.
+    struct Choice {
+        std::int32_t cost = 0;
+        unsigned length = 0;
+        std::uint16_t slotCost = 0;
+        void consider(unsigned itsLength, std::uint16_t itsSlotCost, std::int32_t rest);
+    };
 
     void findRepeats();
-    [[nodiscard]] std::uint32_t repeatsAt(std::size_t place) const {
-        std::uint32_t slots = 0;
-        for (std::size_t i = 0; i < repeats.size(); ++i) {
-            slots |= std::uint32_t{repeats[i][place]} << i * PlaneSlots;
-        }
-        return slots;
-    }
-    void tryMatches(std::size_t place, std::uint32_t slots, const Ends& ends);
-    void tryWideMatches(std::size_t place, std::uint32_t slots, const Ends& ends);
-    void consider(std::size_t place, std::size_t slot, unsigned length, std::int32_t cost) {
-        const std::int32_t total = cost + costs[place + length];
-        if (total > costs[place]) return;
-        costs[place] = total;
-        steps[place] = {static_cast<std::uint16_t>(length), static_cast<std::uint16_t>(slot)};
-    }
+    [[nodiscard]] bool extendNext(std::size_t place);
+    void tryMatches(std::size_t place, Choice& choice) const;
+    void tryWideMatches(std::size_t place, Choice& choice) const;
 
     const ParseModel& model;
     const std::uint8_t* bytes = nullptr;
     std::size_t size = 0;
 
-    /// By position: the slots whose distance has the same byte; eight slots per plane.
-    static constexpr std::size_t PlaneSlots = 8;
-    std::array<std::vector<std::uint8_t>, SlotCount / PlaneSlots> repeats;
+    /// By position, eight slots per plane: the slots whose distance has the same byte.
+    std::array<std::vector<std::uint8_t>, ParseModel::PlaneCount> planes;
+    /// The same in one number, then those that repeat at least WideLength bytes; zeros follow.
+    std::vector<std::uint32_t> repeats;
+    std::vector<std::uint32_t> wideRepeats;
+    /// By slot: where the repetition that covers the current position ends. Valid only for slots in
+    /// `wideRepeats`.
+    std::array<std::uint32_t, SlotCount> ends{};
     std::vector<std::int32_t> costs;  ///< of the rest of the block, by position
     std::vector<Step> steps;
 };

@@ -145,10 +145,12 @@ SymbolCounts countSymbols(ByteSpan blocks, const ParseModel& model, unsigned thr
     return counts;
 }
 
-SymbolCosts learnCosts(ByteSpan sample, const Distances& distances, unsigned threads) {
+SymbolCosts learnCosts(ByteSpan sample, const Distances& distances, ExtensionRule extension,
+                       unsigned threads) {
     SymbolCosts costs = firstCosts();
     for (unsigned round = 0; round < LearningRounds; ++round) {
-        const SymbolCounts counts = countSymbols(sample, ParseModel(distances, costs), threads);
+        const SymbolCounts counts =
+            countSymbols(sample, ParseModel(distances, costs, extension), threads);
         if (counts == SymbolCounts{}) break;
         costs = costsOf(counts);
     }

@@ -33,7 +33,8 @@ struct BlockRecord {
 [[nodiscard]] SymbolCounts countSymbols(ByteSpan blocks, const ParseModel& model, unsigned threads);
 
 /// Costs for which the parse and the code of the sample roughly agree.
-[[nodiscard]] SymbolCosts learnCosts(ByteSpan sample, const Distances& distances, unsigned threads);
+[[nodiscard]] SymbolCosts learnCosts(ByteSpan sample, const Distances& distances,
+                                     ExtensionRule extension, unsigned threads);
 
 /// A code for symbols with these counts, short enough for any decoder.
 [[nodiscard]] PrefixCode makeCode(const SymbolCounts& counts);

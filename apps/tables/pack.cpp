@@ -24,6 +24,9 @@ using std::filesystem::path;
 constexpr std::uint64_t DistanceSample = 48;
 constexpr std::uint64_t CostSample = 128;
 
+/// Nothing else is considered inside a match of this length.
+constexpr ExtensionRule Extension{.length = 32, .tolerance = 0};
+
 /// Blocks in memory at a time.
 constexpr std::uint64_t BatchSize = 1024;
 
@@ -105,8 +108,9 @@ private:
 Coding chooseCoding(PlainFile& file, unsigned threads, ProgressReport& report) {
     Coding coding;
     coding.distances = chooseDistances(file.sample(DistanceSample), threads);
-    const ParseModel model(coding.distances,
-                           learnCosts(file.sample(CostSample), coding.distances, threads));
+    const ParseModel model(
+        coding.distances, learnCosts(file.sample(CostSample), coding.distances, Extension, threads),
+        Extension);
     SymbolCounts counts{};
     file.forEachBatch([&](std::uint64_t, ByteSpan blocks) {
         const SymbolCounts found = countSymbols(blocks, model, threads);
@@ -135,7 +139,7 @@ PackResult packFile(const path& plain, const path& packed, const PackOptions& op
     constexpr std::uint64_t Passes = 2;
     ProgressReport report(output, options.progress, Passes * input.size());
     const Coding coding = chooseCoding(input, options.threads, report);
-    const ParseModel model(coding.distances, costsOf(coding.code));
+    const ParseModel model(coding.distances, costsOf(coding.code), Extension);
 
     std::vector<BlockRecord> records(input.blockCount());
     const auto lastSize = static_cast<std::uint32_t>((input.size() - 1) % BlockSize + 1);
