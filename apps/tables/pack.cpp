@@ -24,6 +24,9 @@ using std::filesystem::path;
 constexpr std::uint64_t DistanceSample = 48;
 constexpr std::uint64_t CostSample = 128;
 
+/// Number of distances that are examined closely.
+constexpr std::size_t CandidateCount = 256;
+
 /// Nothing else is considered inside a match of this length.
 constexpr ExtensionRule Extension{.length = 32, .tolerance = 0};
 
@@ -107,7 +110,7 @@ private:
 
 Coding chooseCoding(PlainFile& file, unsigned threads, ProgressReport& report) {
     Coding coding;
-    coding.distances = chooseDistances(file.sample(DistanceSample), threads);
+    coding.distances = chooseDistances(file.sample(DistanceSample), CandidateCount, threads);
     const ParseModel model(
         coding.distances, learnCosts(file.sample(CostSample), coding.distances, Extension, threads),
         Extension);
