@@ -63,8 +63,8 @@ protected:
         std::ifstream file(folder / name, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
-    [[nodiscard]] Bytes packed(const Bytes& bytes) {
-        result = packFile(write("plain", bytes), folder / "packed");
+    [[nodiscard]] Bytes packed(const Bytes& bytes, bool best = false) {
+        result = packFile(write("plain", bytes), folder / "packed", {.best = best});
         return read("packed");
     }
     [[nodiscard]] std::ptrdiff_t fileCount() const {
@@ -108,13 +108,27 @@ TEST_F(DatacompEncoderTest, UnpacksWhatItHasPacked) {
         {"many blocks", tableLike((SlowBuild ? 2 : 6) * BlockSize + 77)},
     };
     for (const auto& [name, bytes] : cases) {
-        SCOPED_TRACE(name);
-        EXPECT_EQ(packed(bytes).size(), result.packedSize);
-        EXPECT_EQ(result.plainSize, bytes.size());
-        EXPECT_EQ(unpackFile(folder / "packed", folder / "unpacked"), bytes.size());
-        EXPECT_TRUE(read("unpacked") == bytes);
+        for (const bool best : {false, true}) {
+            SCOPED_TRACE(name + std::string(best ? ", best" : ""));
+            EXPECT_EQ(packed(bytes, best).size(), result.packedSize);
+            EXPECT_EQ(result.plainSize, bytes.size());
+            EXPECT_EQ(unpackFile(folder / "packed", folder / "unpacked"), bytes.size());
+            EXPECT_TRUE(read("unpacked") == bytes);
+        }
     }
     EXPECT_EQ(fileCount(), 3);
+}
+
+TEST_F(DatacompEncoderTest, PacksBytesThatNoSampledBlockHas) {
+    constexpr std::size_t BlockCount = 80;  // more than are sampled
+    Bytes bytes = tableLike(BlockCount * BlockSize);
+    for (std::size_t block = 0; block < BlockCount; ++block) {
+        bytes[block * BlockSize + 1234] = static_cast<std::uint8_t>(150 + block);
+    }
+    EXPECT_LT(packed(bytes).size(), bytes.size() / 8);
+    EXPECT_EQ(result.storedBlocks, 0);
+    unpackFile(folder / "packed", folder / "unpacked");
+    EXPECT_TRUE(read("unpacked") == bytes);
 }
 
 TEST_F(DatacompEncoderTest, ShrinksWhatRepeatsAndStoresTheRest) {

@@ -16,7 +16,9 @@ namespace {
 /// at a loss of some thousandths of a percent.
 constexpr unsigned LongestCode = 15;
 
-constexpr unsigned LearningRounds = 8;
+/// The first round of learning looks at one block in so many, each further one at twice as many
+/// blocks, until it is all of them.
+constexpr std::uint64_t FirstStride = 128;
 
 void putBigEndian(Bytes& bytes, std::uint32_t value) {
     for (int shift = 24; shift >= 0; shift -= 8) {
@@ -28,6 +30,10 @@ void putBigEndian(Bytes& bytes, std::uint32_t value) {
 std::int32_t plainCost(ByteSpan block) {
     return static_cast<std::int32_t>(block.size() * 8 * CostUnit);
 }
+
+/// A block of random bytes fits a code that was made for it a little better than eight bits each.
+/// Blocks that shrink by less than a sixteenth must not shape the code.
+bool hardlyShrinks(ByteSpan block, std::int32_t cost) { return cost > plainCost(block) / 16 * 15; }
 
 /// Initial costs: roughly those of a table's symbols.
 SymbolCosts firstCosts() {
@@ -125,36 +131,40 @@ void put(BitWriter& writer, const std::vector<std::uint8_t>& lengths) {
 
 }  // namespace run_lengths
 
-}  // namespace
-
-SymbolCounts countSymbols(ByteSpan blocks, const ParseModel& model, unsigned threads) {
+/// How often each symbol occurs in the cheapest parse of every `stride`-th block. Blocks that
+/// hardly shrink are ignored.
+SymbolCounts countSymbols(ByteSpan blocks, std::uint64_t stride, const ParseModel& model,
+                          unsigned threads) {
     SymbolCounts counts{};
     std::mutex merging;
     const auto countSome = [&](std::uint64_t begin, std::uint64_t end) {
         SymbolCounts own{};
         BlockParser parser(model);
-        for (std::uint64_t number = begin; number < end; ++number) {
-            const ByteSpan block = blockOf(blocks, number);
-            if (parser.parse(block) >= plainCost(block)) continue;
+        for (std::uint64_t i = begin; i < end; ++i) {
+            const ByteSpan block = blockOf(blocks, i * stride);
+            if (hardlyShrinks(block, parser.parse(block))) continue;
             parser.forEachToken([&](const Token& token) { ++own[token.symbol]; });
         }
         const std::lock_guard lock(merging);
         for (std::size_t symbol = 0; symbol < SymbolCount; ++symbol) counts[symbol] += own[symbol];
     };
-    inParallel(threads, blocksIn(blocks.size()), countSome, BlocksAtOnce);
+    inParallel(threads, (blocksIn(blocks.size()) + stride - 1) / stride, countSome, BlocksAtOnce);
     return counts;
 }
 
-SymbolCosts learnCosts(ByteSpan sample, const Distances& distances, ExtensionRule extension,
-                       unsigned threads) {
+}  // namespace
+
+SymbolCounts learnCounts(ByteSpan sample, const Distances& distances, ExtensionRule extension,
+                         unsigned rounds, unsigned threads) {
     SymbolCosts costs = firstCosts();
-    for (unsigned round = 0; round < LearningRounds; ++round) {
-        const SymbolCounts counts =
-            countSymbols(sample, ParseModel(distances, costs, extension), threads);
-        if (counts == SymbolCounts{}) break;
-        costs = costsOf(counts);
-    }
-    return costs;
+    SymbolCounts counts{};
+    const auto learnFrom = [&](std::uint64_t stride) {
+        counts = countSymbols(sample, stride, ParseModel(distances, costs, extension), threads);
+        if (counts != SymbolCounts{}) costs = costsOf(counts);
+    };
+    for (std::uint64_t stride = FirstStride; stride > 1; stride /= 2) learnFrom(stride);
+    for (unsigned round = 0; round < rounds; ++round) learnFrom(1);
+    return counts;
 }
 
 PrefixCode makeCode(const SymbolCounts& counts) {

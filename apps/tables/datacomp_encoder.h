@@ -28,13 +28,11 @@ struct BlockRecord {
     std::uint32_t packedSum = 0;   ///< of the block in the file
 };
 
-/// How often each symbol occurs in the cheapest parse of the blocks. Blocks that do not shrink are
-/// ignored.
-[[nodiscard]] SymbolCounts countSymbols(ByteSpan blocks, const ParseModel& model, unsigned threads);
-
-/// Costs for which the parse and the code of the sample roughly agree.
-[[nodiscard]] SymbolCosts learnCosts(ByteSpan sample, const Distances& distances,
-                                     ExtensionRule extension, unsigned threads);
+/// How often each symbol occurs in a parse of the sample whose costs roughly agree with these
+/// counts, after short rounds and `rounds`, at least one, that look at all of it. Blocks that
+/// hardly shrink are ignored.
+[[nodiscard]] SymbolCounts learnCounts(ByteSpan sample, const Distances& distances,
+                                       ExtensionRule extension, unsigned rounds, unsigned threads);
 
 /// A code for symbols with these counts, short enough for any decoder.
 [[nodiscard]] PrefixCode makeCode(const SymbolCounts& counts);

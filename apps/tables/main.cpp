@@ -39,6 +39,7 @@ struct Options {
     unsigned threads = std::max(1U, std::thread::hardware_concurrency());
     std::uint64_t sample = 0;
     bool compress = false;
+    bool best = false;
 };
 
 /// Prints the progress and the outcome of work on a table or file.
@@ -129,8 +130,9 @@ int pack(const Options& options) {
         const std::filesystem::path packed = packedName(file);
         if (isPackedName(file)) fail(file, "already packed");
         Task task(packed.string());
-        const PackResult result =
-            packFile(file, packed, {.threads = options.threads, .progress = percentage(task)});
+        const PackResult result = packFile(
+            file, packed,
+            {.threads = options.threads, .best = options.best, .progress = percentage(task)});
         task.report(std::to_string(result.packedSize) + " of " + std::to_string(result.plainSize) +
                     " bytes");
     }
@@ -175,6 +177,8 @@ int run(int argc, char** argv) {
 
     CLI::App* const describing = app.add_subcommand("info", "Describe table files");
     CLI::App* const packing = app.add_subcommand("pack", "Write FILE.emd for each file");
+    packing->add_flag("--best", options.best,
+                      "Take several times as long for slightly smaller files");
     CLI::App* const unpacking = app.add_subcommand("unpack", "Write FILE for each FILE.emd");
     for (CLI::App* const filing : {describing, packing, unpacking}) {
         filing->add_option("FILES", options.names, "Table files")->required();
@@ -186,13 +190,13 @@ int run(int argc, char** argv) {
     }
     if (const auto code = parseCommandLine(app, argc, argv)) return *code;
 
+    if (packing->parsed()) return pack(options);
+    if (unpacking->parsed()) return unpack(options);
     buildStaticTables();
     prepareTableIndex();
     prepareMoves();
     if (making->parsed()) return make(options);
     if (verifying->parsed()) return verify(options);
-    if (packing->parsed()) return pack(options);
-    if (unpacking->parsed()) return unpack(options);
     return info(options);
 }
 

@@ -1,6 +1,7 @@
 #include "pack.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <fstream>
 #include <limits>
@@ -20,15 +21,31 @@ namespace {
 
 using std::filesystem::path;
 
-/// Number of blocks sampled for the distances, and for the initial symbol costs.
-constexpr std::uint64_t DistanceSample = 48;
-constexpr std::uint64_t CostSample = 128;
+/// How many blocks to sample: one in `share`, but at least and at most so many.
+struct Sampling {
+    std::uint64_t share = 1;
+    std::uint64_t least = 0;
+    std::uint64_t most = 0;
+};
 
-/// Number of distances that are examined closely.
-constexpr std::size_t CandidateCount = 256;
-
-/// Nothing else is considered inside a match of this length.
-constexpr ExtensionRule Extension{.length = 32, .tolerance = 0};
+/// How much the packer looks at before it packs, and how closely.
+struct Effort {
+    std::size_t candidates = 0;  ///< for the distances
+    Sampling distances;
+    Sampling code;
+    unsigned rounds = 1;  ///< of learning from the whole sample for the code
+    ExtensionRule extension;
+};
+constexpr Effort Usual{.candidates = 96,
+                       .distances = {.share = 16, .least = 16, .most = 48},
+                       .code = {.share = 8, .least = 48, .most = 1024},
+                       .rounds = 1,
+                       .extension = {.length = 5, .tolerance = CostUnit}};
+constexpr Effort Best{.candidates = 384,
+                      .distances = {.share = 1, .least = 1, .most = 64},
+                      .code = {.share = 1, .least = 1, .most = 8192},
+                      .rounds = 4,
+                      .extension = {.length = 32, .tolerance = 0}};
 
 /// Blocks in memory at a time.
 constexpr std::uint64_t BatchSize = 1024;
@@ -64,9 +81,11 @@ public:
         }
     }
 
-    /// `count` blocks from all over the file, or all of them.
-    [[nodiscard]] Bytes sample(std::uint64_t count) {
-        count = std::min(count, blockCount());
+    /// Blocks from all over the file.
+    [[nodiscard]] Bytes sample(const Sampling& sampling) {
+        const std::uint64_t wanted =
+            std::clamp(blockCount() / sampling.share, sampling.least, sampling.most);
+        const std::uint64_t count = std::min(wanted, blockCount());
         Bytes blocks;
         for (std::uint64_t i = 0; i < count; ++i) read(i * blockCount() / count, 1, blocks);
         return blocks;
@@ -108,20 +127,30 @@ private:
     std::uint64_t done = 0;
 };
 
-Coding chooseCoding(PlainFile& file, unsigned threads, ProgressReport& report) {
-    Coding coding;
-    coding.distances = chooseDistances(file.sample(DistanceSample), CandidateCount, threads);
-    const ParseModel model(
-        coding.distances, learnCosts(file.sample(CostSample), coding.distances, Extension, threads),
-        Extension);
-    SymbolCounts counts{};
+/// Which bytes occur in the file at all.
+std::array<bool, LiteralCount> bytesIn(PlainFile& file, ProgressReport& report) {
+    std::array<bool, LiteralCount> found{};
     file.forEachBatch([&](std::uint64_t, ByteSpan blocks) {
-        const SymbolCounts found = countSymbols(blocks, model, threads);
-        for (std::size_t symbol = 0; symbol < SymbolCount; ++symbol) {
-            counts[symbol] += found[symbol];
-        }
+        for (const std::uint8_t byte : blocks) found[byte] = true;
         report.add(blocks.size());
     });
+    return found;
+}
+
+Coding chooseCoding(PlainFile& file, const Effort& effort, unsigned threads,
+                    ProgressReport& report) {
+    Coding coding;
+    coding.distances = chooseDistances(file.sample(effort.distances), effort.candidates, threads);
+    SymbolCounts counts = learnCounts(file.sample(effort.code), coding.distances, effort.extension,
+                                      effort.rounds, threads);
+    // With a code for each byte, every block can be encoded, whatever the sample lacks. If nothing
+    // in the sample shrinks, all blocks are stored.
+    const auto occurs = bytesIn(file, report);
+    if (counts != SymbolCounts{}) {
+        for (std::size_t byte = 0; byte < LiteralCount; ++byte) {
+            if (occurs[byte] && counts[byte] == 0) counts[byte] = 1;
+        }
+    }
     coding.code = makeCode(counts);
     return coding;
 }
@@ -141,8 +170,9 @@ PackResult packFile(const path& plain, const path& packed, const PackOptions& op
     NewFile output(packed);
     constexpr std::uint64_t Passes = 2;
     ProgressReport report(output, options.progress, Passes * input.size());
-    const Coding coding = chooseCoding(input, options.threads, report);
-    const ParseModel model(coding.distances, costsOf(coding.code), Extension);
+    const Effort& effort = options.best ? Best : Usual;
+    const Coding coding = chooseCoding(input, effort, options.threads, report);
+    const ParseModel model(coding.distances, costsOf(coding.code), effort.extension);
 
     std::vector<BlockRecord> records(input.blockCount());
     const auto lastSize = static_cast<std::uint32_t>((input.size() - 1) % BlockSize + 1);

@@ -14,6 +14,7 @@ using PackProgress = std::function<void(std::uint64_t done, std::uint64_t total)
 
 struct PackOptions {
     unsigned threads = 1;
+    bool best = false;  ///< takes several times as long for files that are a little smaller
     PackProgress progress{};
 };
 

@@ -105,6 +105,10 @@ def test_packed_tables(small, tmp_path):
     tool("unpack", *tmp_path.iterdir())
     for name in names:
         assert (tmp_path / name[:-4]).read_bytes() == (small / name[:-4]).read_bytes()
+    sizes = [(tmp_path / name).stat().st_size for name in names]
+    tool("pack", "--best", *(tmp_path / name[:-4] for name in names))
+    assert sum((tmp_path / name).stat().st_size for name in names) < sum(sizes)
+    for name in names:
         (tmp_path / name[:-4]).unlink()
     names = names[2:]
     damaged = bytearray((tmp_path / names[0]).read_bytes())
