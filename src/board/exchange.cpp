@@ -1,3 +1,5 @@
+#include <bit>
+
 #include "board/board.h"
 #include "board/piece_values.h"
 
@@ -11,50 +13,37 @@ constexpr Kind ByValue[] = {Kind::Pawn, Kind::Knight, Kind::Bishop, Kind::Rook, 
 }  // namespace
 
 Bitboard Board::addXray(Bitboard attackers, Square sq, Square to) const {
-    const std::uint32_t line = direction[to][sq];
-    if (line == 0) return attackers;
-    const int step = StepOfDirection[line];
-    const Kind slider = line % 2 == 1 ? Kind::Bishop : Kind::Rook;
-    // Stop at the edge: a step that wraps around it is not a king's step.
-    for (Square behind = sq; (kingAttacks[behind] & bit[(behind + step) & 63]) != 0;) {
-        behind += step;
-        const Piece piece = squares[behind];
-        if (piece == Empty) continue;
-        const auto isOf = [piece](Kind kind) {
-            return piece == pieceOf(kind, White) || piece == pieceOf(kind, Black);
-        };
-        if (isOf(slider) || isOf(Kind::Queen)) attackers |= bit[behind];
-        break;
-    }
-    return attackers;
+    const Bitboard ray = behind[to][sq];
+    const bool straight = fileOf(sq) == fileOf(to) || rowOf(sq) == rowOf(to);
+    const Bitboard sliders = ray & (pieces[WhiteQueen] | pieces[BlackQueen] |
+                                    (straight ? pieces[WhiteRook] | pieces[BlackRook]
+                                              : pieces[WhiteBishop] | pieces[BlackBishop]));
+    if (sliders == 0) return attackers;
+    const Bitboard men = ray & occupied();
+    const Square next = sq > to ? firstBit(men) : 63 - std::countl_zero(men);
+    return attackers | (sliders & bit[next]);
 }
 
 int Board::see(Side opponent, Square to, Square from, Piece promo) const {
-    Bitboard attackers = attackersTo(to) & notBit[from];
+    Bitboard attackers = addXray(attackersTo(to) & notBit[from], from, to);
     int swap[32];
     swap[0] = pieceValue[squares[to]];
     int onSquare = pieceValue[promo != Empty ? promo : squares[from]];
-    attackers = addXray(attackers, from, to);
 
     Side attacker = opponent;
     int n = 1;
-    while (attackers != 0) {
-        Square sq = NoSquare;
+    while (true) {
+        Square sq = kingSquare[whiteFirst(attacker)];
+        if ((attackers & (occupiedBy(attacker) | bit[sq])) == 0) break;
         for (const Kind kind : ByValue) {
             const Bitboard set = attackers & pieces[pieceOf(kind, attacker)];
             if (set == 0) continue;
             sq = attacker == White ? firstBit(set) : lastBit(set);
             break;
         }
-        if (sq == NoSquare) {
-            const Square king = kingSquare[whiteFirst(attacker)];
-            if ((attackers & bit[king]) == 0) break;
-            sq = king;
-        }
         swap[n] = onSquare - swap[n - 1];
         onSquare = pieceValue[squares[sq]];
-        attackers &= notBit[sq];
-        attackers = addXray(attackers, sq, to);
+        attackers = addXray(attackers & notBit[sq], sq, to);
         attacker = opposite(attacker);
         ++n;
     }

@@ -9,6 +9,7 @@ std::uint32_t mirrorSquare[Squares];
 Bitboard outpostGuardMask[2][Squares];
 std::uint32_t direction[Squares][Squares];
 Bitboard between[Squares][Squares];
+Bitboard behind[Squares][Squares];
 Bitboard knightAttacks[Squares];
 Bitboard kingAttacks[Squares];
 Bitboard whitePawnAttacks[Squares];
@@ -99,10 +100,15 @@ void buildLines() {
         mirrorSquare[a] = static_cast<std::uint32_t>(squareAt(fileOf(a), 7 - rowOf(a)));
         for (Square b = 0; b < Squares; ++b) {
             direction[a][b] = directionCode(a, b);
-            between[a][b] = 0;
+            between[a][b] = behind[a][b] = 0;
             if (direction[a][b] == 0) continue;
             const int step = StepOfDirection[direction[a][b]];
             for (Square sq = a + step; sq != b; sq += step) between[a][b] |= bit[sq];
+            // As long as the steps stay on the line, they do not wrap around the board's edge.
+            for (Square sq = b + step;
+                 sq >= 0 && sq < Squares && directionCode(b, sq) == direction[a][b]; sq += step) {
+                behind[a][b] |= bit[sq];
+            }
         }
     }
 }

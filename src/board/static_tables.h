@@ -36,6 +36,10 @@ inline constexpr int StepOfDirection[9] = {0,         NorthEast, East,      Sout
 /// Squares strictly between two squares of a line; empty if they are adjacent or share no line.
 extern Bitboard between[Squares][Squares];
 
+/// Squares of a line beyond the second square, seen from the first, up to the edge; empty if they
+/// share no line.
+extern Bitboard behind[Squares][Squares];
+
 extern Bitboard knightAttacks[Squares];
 extern Bitboard kingAttacks[Squares];
 

@@ -178,15 +178,15 @@ int Searcher::search(int alpha, int beta, int depth, int searchPly, bool allowNu
     }
 
     // 6. Move list
-    Frame frame;
+    OrderedMoves list;
     if (node.inCheck) {
-        generateEvasions(b, frame.moves);
+        generateEvasions(b, list.moves);
     } else {
-        generateMoves(b, frame.moves);
+        generateMoves(b, list.moves);
     }
-    frame.count = b.moveCount;
-    scoreMoves(frame, hashMove, searchPly);
-    node.onlyReply = node.inCheck && frame.count == 1;
+    list.count = b.moveCount;
+    scoreMoves(list, hashMove, searchPly);
+    node.onlyReply = node.inCheck && list.count == 1;
     // After a null move this is whatever the undo record last held.
     node.prev = b.undo[b.ply - 1].move;
 
@@ -194,8 +194,7 @@ int Searcher::search(int alpha, int beta, int depth, int searchPly, bool allowNu
     const int alphaAtEntry = alpha;
     Move bestMove = NoMove;
     int movesDone = 0;
-    int i = 0;
-    for (Move m = pickMove(frame, i); m != NoMove; m = pickMove(frame, i)) {
+    for (Move m = list.next(b); m != NoMove; m = list.next(b)) {
         b.makeMove(m);
         transpositionTable.prefetch(b.hashKey);
         evaluation.evalHash.prefetch(b.hashKey);

@@ -24,20 +24,24 @@ int Searcher::quiesce(int alpha, int beta, int searchPly, bool checkRepetition) 
         alpha = standPat;
     }
 
-    Frame frame;
-    generateCaptures(b, frame.moves);
-    frame.count = b.moveCount;
-    scoreMoves(frame, NoMove, searchPly);
+    OrderedMoves list;
+    generateCaptures(b, list.moves);
+    list.count = b.moveCount;
+    scoreMoves(list, NoMove, searchPly);
+    list.sort();
 
     int legalMoves = 0;
-    int i = 0;
-    for (Move m = pickMove(frame, i); m != NoMove; m = pickMove(frame, i)) {
-        const int see = frame.seeValues[i];
-        if (see < 0) {
+    while (list.left() != 0) {
+        if (list.onlyLosersLeft()) {
+            stats.seeCuts += static_cast<std::uint32_t>(list.left());
+            break;
+        }
+        const Move m = list.next(b);
+        if (list.losesMaterial()) {
             ++stats.seeCuts;
             continue;
         }
-        if (settings.useDeltaPruning && see < alpha - standPat) {
+        if (settings.useDeltaPruning && list.see(b) < alpha - standPat) {
             ++stats.deltaCuts;
             continue;
         }

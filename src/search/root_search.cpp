@@ -42,8 +42,7 @@ int Searcher::searchRoot(int alpha, int beta, int depth) {
     scoreMoves(root, found.move, RootPly);
 
     // 3. Move loop
-    int i = 0;
-    for (Move m = pickMove(root, i); m != NoMove; m = pickMove(root, i)) {
+    for (Move m = root.next(b); m != NoMove; m = root.next(b)) {
         currentMoveText = listener->rootMoveText(b, m);
         b.makeMove(m);
         if (!rootInCheck && b.moverInCheck()) {
@@ -82,7 +81,7 @@ int Searcher::searchRoot(int alpha, int beta, int depth) {
             if (score >= beta) return score;
             tellIteration(score, SearchEvent::NewBest);
         }
-        rootMoveNodes[i] = stats.nodes - nodesBefore;
+        rootMoveNodes[root.index()] = stats.nodes - nodesBefore;
     }
 
     // 4. The end of the game

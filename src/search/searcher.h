@@ -12,6 +12,7 @@
 #include "hash/transposition_table.h"
 #include "movegen/generate.h"
 #include "search/game_end.h"
+#include "search/ordered_moves.h"
 #include "search/score.h"
 #include "search/search_listener.h"
 #include "search/search_request.h"
@@ -111,14 +112,6 @@ public:
     [[nodiscard]] SearchProgress progress() const;
 
 private:
-    /// What each node keeps on the stack.
-    struct Frame {
-        MoveList moves;
-        int orderScores[MaxMoves];
-        int seeValues[MaxMoves];
-        int count = 0;
-    };
-
     // --- think.cpp: from the request to the move --------------------------------------------
 
     void prepare(const SearchRequest& request);
@@ -222,10 +215,8 @@ private:
 
     // --- move_ordering.cpp ------------------------------------------------------------------
 
-    void scoreMoves(Frame& frame, Move hashMove, int searchPly);
-    /// The unpicked move with the highest ordering score, the first among equals; NoMove if none is
-    /// left. Sets `index` to its place in the list.
-    static Move pickMove(Frame& frame, int& index);
+    /// Scores the list from its start. Reads and writes `followPv`.
+    void scoreMoves(OrderedMoves& list, Move hashMove, int searchPly);
 
     // --- search_clock.cpp -------------------------------------------------------------------
 
@@ -260,7 +251,7 @@ private:
 
     // --- State of the current search --------------------------------------------------------
 
-    Frame root{};  ///< pseudo-legal root moves; a pass only changes their ordering scores
+    OrderedMoves root{};  ///< pseudo-legal root moves; a pass only changes their ordering scores
     std::uint32_t rootMoveNodes[MaxMoves]{};  ///< by position in the root list
     std::uint64_t nodesAtPoll = 0;            ///< at the last poll
     int legalRootMoveCount = 0;

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstdint>
+
+#include "movegen/generate.h"
+
+namespace brivok {
+
+/// The moves of a node, handed out by falling ordering score; among equals the earlier in the list
+/// comes first.
+///
+/// A capture or promotion is ordered by its exchange value (Board::see()), which takes longer than
+/// all else that a node knows about a move. So it starts with an upper bound, and the value itself
+/// is computed only if the move comes to the top and might not stay there.
+class OrderedMoves {
+public:
+    /// Added to the exchange value of a capture or promotion that does not lose material.
+    static constexpr int GoodCapture = 10'000'000;
+
+    MoveList moves;  ///< as generated
+    int count = 0;   ///< number of moves
+
+    /// Forgets all scores and begins again.
+    void restart() {
+        scored = picked = 0;
+        sorted = false;
+    }
+
+    /// Scores the next move of the list, one call for each in their order: a quiet move by `extra`
+    /// alone, a capture or promotion by its exchange value on top.
+    void scoreQuiet(int extra) { keys[scored] = keyOf(extra, scored, false), ++scored; }
+    void scoreCapture(const Board& board, int extra);
+
+    /// Picks the next move; NoMove if none is left. The board is the one that the list is for.
+    Move next(const Board& board);
+
+    /// Whether all moves left are captures or promotions that lose material. May say no as long as
+    /// next() has not been called.
+    [[nodiscard]] bool onlyLosersLeft() const {
+        return picked < scored && sorted && orderOf(keys[picked]) < GoodCapture;
+    }
+    [[nodiscard]] int left() const { return scored - picked; }
+
+    /// Place in the list of the move picked last.
+    [[nodiscard]] int index() const { return indexOf(keys[picked - 1]); }
+    /// Whether the capture or promotion picked last loses material.
+    [[nodiscard]] bool losesMaterial() const { return upperBounds[index()] < 0; }
+    /// Exchange value of the capture or promotion picked last.
+    [[nodiscard]] int see(const Board& board) const;
+
+    /// Brings the moves left into their order, by the bounds known so far.
+    void sort();
+
+private:
+    /// The score, the place in the list, and whether the score is but an upper bound, in one number
+    /// that is larger for the move to be picked first.
+    using Key = std::int64_t;
+    static constexpr unsigned IndexBits = 9;
+    static constexpr Key LastIndex = (1 << IndexBits) - 1;
+    static_assert(MaxMoves <= LastIndex);
+
+    static constexpr Key keyOf(int order, int index, bool bound) {
+        return Key{order} * (2 << IndexBits) + (LastIndex - index) * 2 + Key{bound};
+    }
+    static constexpr int orderOf(Key key) { return static_cast<int>(key >> (IndexBits + 1)); }
+    static constexpr int indexOf(Key key) {
+        return static_cast<int>(LastIndex - (key >> 1 & LastIndex));
+    }
+    static constexpr bool isBound(Key key) { return (key & 1) != 0; }
+
+    /// What an exchange value adds to the ordering score.
+    static constexpr int orderBySee(int see) { return see >= 0 ? see + GoodCapture : see; }
+
+    [[nodiscard]] bool staysFirst(const Board& board, Key key) const;
+    [[nodiscard]] Key lowered(const Board& board, Key key);
+    void putInOrder(int at, Key key);
+
+    int scored = 0;  ///< number of moves with a score
+    int picked = 0;  ///< number of moves picked
+    bool sorted = false;
+    Key keys[MaxMoves];         ///< first of the moves picked, then of those left
+    int upperBounds[MaxMoves];  ///< of the exchange value, by place in the list
+};
+
+}  // namespace brivok
