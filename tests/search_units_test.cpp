@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -131,6 +132,32 @@ TEST_F(TableTest, Fill) {
     EXPECT_EQ(table.fillPermille(), 499U);
     table.nextGeneration();
     EXPECT_EQ(table.fillPermille(), 249U) << "slots without age stay counted";
+}
+
+TEST(ZeroedArray, Sizes) {
+    struct alignas(64) Line {
+        std::uint64_t words[8];
+    };
+    ZeroedArray<Line> lines;
+    const auto isZero = [](const Line& line) {
+        return std::ranges::all_of(line.words, [](std::uint64_t word) { return word == 0; });
+    };
+    // Small and large ones, of whole pages and not, and each size again: memory is given back
+    // dirty.
+    for (const std::size_t count : {3, 3, 16384, 65536, 65536, 100001, 3, 131072, 65536}) {
+        ASSERT_TRUE(lines.allocate(count));
+        ASSERT_EQ(lines.size(), count);
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(&lines[0]) % 4096, 0U);
+        for (std::size_t i = 0; i < count; ++i) {
+            ASSERT_TRUE(isZero(lines[i])) << i << " of " << count;
+            lines[i].words[i % 8] = 1;
+        }
+        lines.clear();
+        EXPECT_TRUE(isZero(lines[0]) && isZero(lines[count / 2]) && isZero(lines[count - 1]));
+        lines[count - 1].words[7] = 1;
+    }
+    EXPECT_FALSE(lines.allocate(std::size_t{1} << 50U));
+    EXPECT_EQ(lines.size(), 0U);
 }
 
 TEST_F(EngineTest, RecordTables) {

@@ -42,11 +42,15 @@ void TranspositionTable::resize() {
     if (count > MaxBuckets || !buckets.allocate(count)) endForRefusedMemory(names);
     bucketCount = static_cast<std::uint32_t>(count);
     reportAllocation(names, count * SlotsPerBucket, count * sizeof(Bucket));
-    clear();
+    forgetFill();
 }
 
 void TranspositionTable::clear() {
     buckets.clear();
+    forgetFill();
+}
+
+void TranspositionTable::forgetFill() {
     std::fill(std::begin(slotsOfGeneration), std::end(slotsOfGeneration), 0U);
     alwaysSlotsUsed = 0;
 }

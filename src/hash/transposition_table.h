@@ -76,6 +76,9 @@ private:
         return buckets[key & (bucketCount - 1)];
     }
 
+    /// Counts no slot as used.
+    void forgetFill();
+
     ZeroedArray<Bucket> buckets;
     std::uint32_t bucketCount = 0;  ///< a power of two
     std::uint32_t generation = 0;   ///< 1 to 7 while searching, 0 before the first search

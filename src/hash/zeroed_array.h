@@ -1,15 +1,18 @@
 #pragma once
 
+#include <cassert>
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <type_traits>
 
+#include "platform/platform.h"
+
 namespace brivok {
 
-/// An owned array of plain records, aligned to cache lines and zeroed when allocated. Unlike a
-/// vector it returns false when memory is refused, so the caller can decide what to do.
+/// An owned array of plain records, aligned to cache lines. New memory comes zeroed from the
+/// system, so allocating does not touch it. Unlike a vector it returns false when memory is
+/// refused, so the caller can decide what to do.
 template <class Record>
 class ZeroedArray {
     static_assert(std::is_trivially_copyable_v<Record> && std::is_trivially_destructible_v<Record>);
@@ -24,11 +27,10 @@ public:
         }
         records.reset();
         length = 0;
-        const std::size_t bytes = (count * sizeof(Record) + CacheLine - 1) / CacheLine * CacheLine;
-        records.reset(static_cast<Record*>(std::aligned_alloc(CacheLine, bytes)));
+        const std::size_t bytes = count * sizeof(Record);
+        records = {static_cast<Record*>(platform().allocateZeroed(bytes)), Free{bytes}};
         if (records == nullptr) return false;
         length = count;
-        clear();
         return true;
     }
 
@@ -36,16 +38,20 @@ public:
         if (length != 0) std::memset(static_cast<void*>(records.get()), 0, length * sizeof(Record));
     }
 
-    /// The index is not checked.
-    [[nodiscard]] Record& operator[](std::size_t index) { return records.get()[index]; }
-    /// The index is not checked.
-    [[nodiscard]] const Record& operator[](std::size_t index) const { return records.get()[index]; }
+    [[nodiscard]] Record& operator[](std::size_t index) {
+        assert(index < length);
+        return records.get()[index];
+    }
+    [[nodiscard]] const Record& operator[](std::size_t index) const {
+        assert(index < length);
+        return records.get()[index];
+    }
     [[nodiscard]] std::size_t size() const { return length; }
 
 private:
-    static constexpr std::size_t CacheLine = 64;
     struct Free {
-        void operator()(Record* memory) const { std::free(memory); }
+        std::size_t bytes = 0;
+        void operator()(Record* memory) const { platform().freeZeroed(memory, bytes); }
     };
     std::unique_ptr<Record, Free> records;
     std::size_t length = 0;

@@ -56,6 +56,13 @@ public:
     /// Makes one folder; its parent must exist. `Exists` can also mean a file of that name.
     [[nodiscard]] virtual MadeDirectory makeDirectory(const std::string& path) = 0;
 
+    /// Zeroed memory for a table, aligned to 4096 bytes or more; nullptr if it is refused. The
+    /// system is asked to back a large table by huge pages: a search reads a table all over, and
+    /// each small page that it touches takes a walk through the page tables.
+    [[nodiscard]] virtual void* allocateZeroed(std::size_t bytes) = 0;
+    /// Gives back memory of allocateZeroed(), of which the size was `bytes`.
+    virtual void freeZeroed(void* memory, std::size_t bytes) = 0;
+
     /// Milliseconds on a steady clock, from an arbitrary start.
     [[nodiscard]] virtual std::uint64_t milliseconds() = 0;
 

@@ -1,6 +1,7 @@
 #include "platform/platform.h"
 
 #include <poll.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,6 +26,32 @@ Transfer transferOf(ssize_t count) {
 int pollOne(int descriptor, short event, int timeout) {
     pollfd polled{descriptor, event, 0};
     return ::poll(&polled, 1, timeout);
+}
+
+constexpr std::size_t Page = 4096;
+constexpr std::size_t HugePage = std::size_t{2} << 20U;
+/// A table of fewer bytes fits into so few pages that huge ones do not pay.
+constexpr std::size_t LargeTable = 2 * HugePage;
+
+/// Maps zeroed memory; nullptr if it is refused.
+char* mapMemory(std::size_t bytes) {
+    void* const mapped =
+        ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    return mapped == MAP_FAILED ? nullptr : static_cast<char*>(mapped);
+}
+
+/// The same, aligned to huge pages and made of them if the system has any. `bytes` are whole pages.
+char* mapHugePages(std::size_t bytes) {
+    char* const mapped = mapMemory(bytes + HugePage);
+    if (mapped == nullptr) return nullptr;
+    const std::size_t before = HugePage - reinterpret_cast<std::uintptr_t>(mapped) % HugePage;
+    char* const aligned = mapped + before;
+    ::munmap(mapped, before);
+    if (before != HugePage) ::munmap(aligned + bytes, HugePage - before);
+#ifdef MADV_HUGEPAGE
+    ::madvise(aligned, bytes, MADV_HUGEPAGE);
+#endif
+    return aligned;
 }
 
 class PosixPlatform final : public Platform {
@@ -52,6 +79,12 @@ public:
         if (::mkdir(path.c_str(), 0777) == 0) return MadeDirectory::Success;
         return errno == EEXIST ? MadeDirectory::Exists : MadeDirectory::Failure;
     }
+
+    void* allocateZeroed(std::size_t bytes) override {
+        const std::size_t pages = (bytes + Page - 1) / Page * Page;
+        return pages < LargeTable ? mapMemory(pages) : mapHugePages(pages);
+    }
+    void freeZeroed(void* memory, std::size_t bytes) override { ::munmap(memory, bytes); }
 
     std::uint64_t milliseconds() override {
         using namespace std::chrono;

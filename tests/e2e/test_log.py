@@ -1,11 +1,12 @@
 """The log, and what happens when it cannot be written."""
 
 import re
+import resource
 import time
 
 import pytest
 
-from chesskit import PATIENCE, WinBoard
+from chesskit import BRIVOK, PATIENCE, SLOW, WinBoard, run_tool
 
 SETTINGS = "CreateLog: true\nOpeningsBook: false\n"
 STARTED = """## Allocated 65536 hash entries = 1048576 bytes
@@ -150,3 +151,19 @@ def test_notes_of_a_game(xboard, tmp_path):
         found = re.compile(f"^## {note}\n", re.M).search(log, at)
         assert found, (note, log[at:])
         at = found.end()
+
+
+@pytest.mark.skipif(SLOW, reason="a sanitizer needs its address space")
+@pytest.mark.parametrize("key, table", [
+    ("HashMB", "main"), ("EHashMB", "evaluation"), ("PHashMB", "pawn")])
+def test_refused_memory_ends_the_engine(tmp_path, key, table):
+    """Refused by the system, or more than a table can have."""
+    limit = 1 << 29
+    for megabytes in 2000, 4000000:
+        (tmp_path / "brivok.ini").write_text(f"{SETTINGS}LogInSingleFile: true\n"
+                                             f"{key}: {megabytes}\n")
+        done = run_tool(BRIVOK, code=1, cwd=tmp_path, input="xboard\n",
+                        preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (limit, limit)))
+        assert (done.stdout, done.stderr) == ("feature done=0\n", "")
+        notes = (tmp_path / "brivoklog.txt").read_text().splitlines()
+        assert notes[-1] == f"## Problem creating {table} hash table!"

@@ -83,6 +83,12 @@ public:
     void waitForOutput() override {}
     void surviveClosedOutput() override {}
     MadeDirectory makeDirectory(const std::string& path) override;
+    void* allocateZeroed(std::size_t bytes) override {
+        return systemPlatform().allocateZeroed(bytes);
+    }
+    void freeZeroed(void* memory, std::size_t bytes) override {
+        systemPlatform().freeZeroed(memory, bytes);
+    }
     std::uint64_t milliseconds() override;
     void endProcess(int code) override { throw ProcessEnded{code}; }
     void endProcessAtOnce(int code) override { throw ProcessEnded{code}; }
