@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include "../apps/common/command_line.h"
+#include "platform/processor_level.h"
 #include "report.h"
 #include "runs.h"
 #include "shell/base/application.h"
@@ -113,5 +114,6 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    brivok::continueAtBestLevel(argv);
     return runApp("brivok-bench", [argc, argv] { return run(argc, argv); });
 }

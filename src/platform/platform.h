@@ -63,6 +63,11 @@ public:
     /// Gives back memory of allocateZeroed(), of which the size was `bytes`.
     virtual void freeZeroed(void* memory, std::size_t bytes) = 0;
 
+    /// Continues this process as another program: the file that is named as the running one's with
+    /// `suffix` added. Arguments (as of main()) are passed on; environment and open files stay.
+    /// Returns if it cannot be done, most likely because there is no such file.
+    virtual void continueAs(const std::string& suffix, char** arguments) = 0;
+
     /// Milliseconds on a steady clock, from an arbitrary start.
     [[nodiscard]] virtual std::uint64_t milliseconds() = 0;
 

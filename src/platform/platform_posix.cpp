@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <climits>
 #include <csignal>
 #include <cstdlib>
 
@@ -85,6 +86,13 @@ public:
         return pages < LargeTable ? mapMemory(pages) : mapHugePages(pages);
     }
     void freeZeroed(void* memory, std::size_t bytes) override { ::munmap(memory, bytes); }
+
+    void continueAs(const std::string& suffix, char** arguments) override {
+        char file[PATH_MAX];
+        const ssize_t length = ::readlink("/proc/self/exe", file, sizeof file);
+        if (length <= 0) return;
+        ::execv((std::string(file, static_cast<std::size_t>(length)) + suffix).c_str(), arguments);
+    }
 
     std::uint64_t milliseconds() override {
         using namespace std::chrono;

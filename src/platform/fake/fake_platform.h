@@ -89,6 +89,7 @@ public:
     void freeZeroed(void* memory, std::size_t bytes) override {
         systemPlatform().freeZeroed(memory, bytes);
     }
+    void continueAs(const std::string&, char**) override {}
     std::uint64_t milliseconds() override;
     void endProcess(int code) override { throw ProcessEnded{code}; }
     void endProcessAtOnce(int code) override { throw ProcessEnded{code}; }

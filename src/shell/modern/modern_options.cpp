@@ -74,7 +74,7 @@ constexpr Rule Chess960{
 
 /// Interfaces show it; setting it changes nothing.
 constexpr Rule About{
-    .show = [] { return std::string(EngineName) + ", a classical chess engine"; },
+    .show = [] { return std::string(EngineName).append(", a classical chess engine"); },
     .fromOption = [](const Option&, const std::string&) {},
 };
 
