@@ -19,7 +19,6 @@ function(brivok_copy_for_level target level)
   get_target_property(type ${target} TYPE)
   if(type STREQUAL "EXECUTABLE")
     add_executable(${copy} ${sources})
-    target_link_options(${copy} PRIVATE -no-pie)
   else()
     add_library(${copy} STATIC EXCLUDE_FROM_ALL ${sources})
   endif()
@@ -38,8 +37,6 @@ function(brivok_copy_for_level target level)
       set_property(TARGET ${copy} APPEND PROPERTY ${property} "${value}")
     endforeach()
   endforeach()
-  # Known addresses spare the calculation of a table's, in a register of its own.
-  target_compile_options(${copy} PRIVATE -fno-pie)
 endfunction()
 
 # Makes the program for all `levels`. Whoever builds it builds these, so that none is out of date.
