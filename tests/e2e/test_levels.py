@@ -8,7 +8,7 @@ from pathlib import Path
 
 import pytest
 
-from chesskit import BENCH_TOOL, BRIVOK, PATIENCE, run_tool
+from chesskit import BENCH_TOOL, BRIVOK, PATIENCE, ROOT, run_tool
 
 PLAIN, HIGH = "x86-64", "x86-64-v3"
 
@@ -33,6 +33,7 @@ def running(tmp_path, command, executable=None, **forced):
     process = subprocess.Popen(command, executable=executable, cwd=tmp_path, env=level(**forced),
                                stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                stderr=subprocess.PIPE, text=True)
+    assert process.stdin and process.stdout
     process.stdin.write("uci\n")
     process.stdin.flush()
     first = process.stdout.readline()
@@ -59,9 +60,10 @@ def test_same_nodes():
 def test_engine_runs_at_the_level_asked_for(tmp_path):
     plain = running(tmp_path, [BRIVOK], BRIVOK_CPU=PLAIN)
     assert plain[1] == BRIVOK and plain[3] == ""
-    for forced in {}, {"BRIVOK_CPU": ""}, {"BRIVOK_CPU": HIGH}:
-        assert running(tmp_path, [BRIVOK], **forced) == (
-            [BRIVOK], f"{BRIVOK}-{HIGH}", plain[2], "")
+    high = [BRIVOK], f"{BRIVOK}-{HIGH}", plain[2], ""
+    assert running(tmp_path, [BRIVOK]) == high
+    for forced in "", HIGH:
+        assert running(tmp_path, [BRIVOK], BRIVOK_CPU=forced) == high
     _, file, said, errors = running(tmp_path, [BRIVOK], BRIVOK_CPU="x86-64-v9")
     assert (file, said) == (BRIVOK, plain[2])
     assert errors == "BRIVOK_CPU: the level x86-64-v9 cannot be had; this is x86-64\n"
@@ -84,3 +86,11 @@ def test_alone(tmp_path):
     (tmp_path / f"brivok-{HIGH}").write_text("no program")
     (tmp_path / f"brivok-{HIGH}").chmod(0o755)
     assert running(tmp_path, ["./brivok"])[1::2] == (alone, "")
+
+
+def test_compare():
+    build = Path(BENCH_TOOL).parents[1]
+    compare = [ROOT / "bench/compare", "--rounds", 1, "--json", "--run", "perft --depth 2"]
+    compared = json.loads(run_tool(*compare, f"{build}:{PLAIN}", f"{build}:{HIGH}").stdout)
+    assert [compared[side]["build"].split(", ")[1] for side in "ab"] == [PLAIN, HIGH]
+    assert "cannot run" in run_tool(*compare, build, f"{build}:x86-64-v9", code=1).stderr
