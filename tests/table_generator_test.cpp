@@ -7,9 +7,12 @@
 
 #include <gtest/gtest.h>
 
+#include "../apps/tables/file_walk.h"
 #include "../apps/tables/layout.h"
 #include "../apps/tables/moves.h"
 #include "../apps/tables/outcome.h"
+#include "../apps/tables/predecessors.h"
+#include "../apps/tables/row.h"
 #include "../apps/tables/table_entry.h"
 #include "../apps/tables/table_maker.h"
 #include "../apps/tables/table_reader.h"
@@ -71,16 +74,19 @@ TEST_F(TableGeneratorTest, OutcomesAndBytesTellTheSame) {
 
 TEST_F(TableGeneratorTest, LayoutAndFilesNumberTheSamePositions) {
     for (const char* signature : Signatures) {
-        const Layout layout(materialOf(signature));
-        const EntryFinder finder(materialOf(signature));
+        const Material table = materialOf(signature);
+        const Layout layout(table.count, table.hasPawns());
+        const EntryFinder finder(table);
         forRandomEntries(signature, [&](const Material& material, std::uint64_t index,
                                         const Position& position) {
             SCOPED_TRACE(fenOf(material, position));
-            const std::uint64_t number = layout.index(position);
+            if (position.ep != NoEnPassant) return;
+            const std::uint64_t number = layout.index(position.squares);
             ASSERT_LT(number, layout.size());
-            const Position same = layout.position(number, position.mover);
+            Position same = position;
+            same.squares = layout.squares(number);
             EXPECT_TRUE(isLegal(material, same));
-            EXPECT_EQ(layout.index(same), number);
+            EXPECT_EQ(layout.index(same.squares), number);
             // With both kings on the diagonal, a reflection may represent the position.
             if (!material.hasPawns() && isOnDiagonal(same.squares[0]) &&
                 isOnDiagonal(same.squares[1])) {
@@ -90,6 +96,25 @@ TEST_F(TableGeneratorTest, LayoutAndFilesNumberTheSamePositions) {
             EXPECT_EQ(entry.side, position.mover);
             EXPECT_EQ(entry.index, index);
         });
+    }
+}
+
+TEST_F(TableGeneratorTest, AWalkVisitsTheEntriesOfAFile) {
+    for (const char* signature : Signatures) {
+        const Material material = materialOf(signature);
+        const int id = tableOf(material).id;
+        for (unsigned side = 0; side < filesOf(id); ++side) {
+            const FileWalk walk(id, material, side);
+            std::uint64_t visits = 0;
+            walk.visitPair(static_cast<unsigned>(random() % walk.pairs()), [&](std::uint64_t index,
+                                                                               Squares squares) {
+                if (++visits % 97 != 0) return;
+                Position position;
+                if (!legalPosition(id, material, side, index, position)) return;
+                EXPECT_EQ(fenOf(material, {squares, position.mover}), fenOf(material, position));
+            });
+            EXPECT_GT(visits, 0U);
+        }
     }
 }
 
@@ -115,10 +140,6 @@ TEST_F(TableGeneratorTest, MovesAreTheEnginesMoves) {
                         found.insert(to);
                         const Position after = positionAfter(material, position, man, to);
                         EXPECT_TRUE(isLegal(material, after));
-                        const Bitboard occupied = occupiedBy(material, after.squares);
-                        EXPECT_NE(retractions(material, after, man, occupied) &
-                                      bit[position.squares[man]],
-                                  0U);
                     }
                 }
                 moves.forEachConversion([&](const Squares& squares, const Conversion&) {
@@ -145,6 +166,54 @@ TEST_F(TableGeneratorTest, TargetsComeAfterWhatTheyDependOn) {
     EXPECT_EQ(tablesToMake({"all4"}).size(), 35U);
     for (const char* unknown : {"kk", "krkq", "5men", "kqqkqq", ""}) {
         EXPECT_THROW((void)tablesToMake({unknown}), AppError) << unknown;
+    }
+}
+
+/// Whole rows against single moves, for tables whose men stand in each place of the layout.
+TEST_F(TableGeneratorTest, PredecessorsAreThePositionsWithAMoveIntoTheSet) {
+    for (const char* signature : Signatures) {
+        const Material material = materialOf(signature);
+        const Layout layout(material.count, material.hasPawns());
+        const Predecessors predecessors(material, layout);
+        const auto pair = static_cast<unsigned>(random() % layout.pairs());
+        PositionSet set(layout);
+        std::vector<Bitboard> from(layout.rowsPerPair());
+        for (unsigned mover = 0; mover < 2; ++mover) {
+            // Every second legal position, of all pairs that the king can step to.
+            std::fill(set.isUsed.begin(), set.isUsed.end(), std::uint8_t{0});
+            for (unsigned other = 0; other < layout.pairs(); ++other) {
+                std::vector<std::uint8_t> only(layout.pairs());
+                only[other] = 1;
+                if (!predecessors.canReach(pair, mover, only)) continue;
+                set.isUsed[other] = 1;
+                for (std::size_t row = 0; row < layout.rowsPerPair(); ++row) {
+                    set.block(other)[row] =
+                        Row(material, layout, other, row).legal(mover ^ 1U) & random();
+                }
+            }
+            predecessors.find(pair, mover, set, from.data());
+            for (int i = 0; i < 3000; ++i) {
+                const std::size_t row = random() % layout.rowsPerPair();
+                const Square square = static_cast<Square>(random() % 64);
+                if ((Row(material, layout, pair, row).legal(mover) & bit[square]) == 0) continue;
+                const std::uint64_t first = (std::uint64_t{pair} * layout.rowsPerPair() + row) << 6;
+                const Position position{layout.squares(first + static_cast<std::uint64_t>(square)),
+                                        static_cast<std::uint8_t>(mover)};
+                const LegalMoves moves(material, position);
+                bool isPredecessor = false;
+                for (std::size_t man = 0; man < material.count; ++man) {
+                    for (Bitboard quiet = moves.quiet(man); quiet != 0;) {
+                        const Position after =
+                            positionAfter(material, position, man, takeNext<White>(quiet));
+                        const std::uint64_t number = layout.index(after.squares);
+                        isPredecessor |= after.ep == NoEnPassant &&
+                                         (set.rows[number >> 6] >> (number & 63) & 1) != 0;
+                    }
+                }
+                EXPECT_EQ((from[row] & bit[square]) != 0, isPredecessor)
+                    << fenOf(material, position);
+            }
+        }
     }
 }
 

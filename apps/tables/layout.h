@@ -4,55 +4,63 @@
 #include <cstdint>
 #include <vector>
 
+#include "board/bitboard.h"
 #include "material.h"
-#include "moves.h"
 
 namespace brivok::tables {
 
-/// A numbering of the positions of a table, designed for fast steps to neighbouring positions: the
-/// pair of kings up to symmetry, then 64 squares for each other man. Both sides to move share it.
-/// Positions with an en passant square follow: the pair, 16 cases of the capture, and the men that
-/// take no part in it.
+/// A numbering of the positions of a table, designed for work on whole rows of them. The highest
+/// digit is the pair of kings up to symmetry, then follow the squares of the other men. The 64
+/// positions that differ in the square of the last man are a row, which fits a bitboard; the rows
+/// of a pair are a block. Both sides to move share the numbering.
 ///
-/// Positions that are equal by symmetry or by exchange of like men may have several numbers; only
-/// the one that index() returns is used.
+/// Nothing else is reduced. Positions that are equal by exchange of like men, or by reflection with
+/// both kings on the a1-h8 diagonal, have a number each, and equal values.
 class Layout {
 public:
-    explicit Layout(const Material& itsMaterial);
+    using Image = std::array<std::uint8_t, 64>;  ///< by square
 
-    [[nodiscard]] std::uint64_t size() const { return total; }
-
-    /// Accepts any number below size(); the position may be illegal or meaningless.
-    [[nodiscard]] Position position(std::uint64_t index, unsigned mover) const;
-
-    /// The kings must not be adjacent.
-    [[nodiscard]] std::uint64_t index(const Position& position) const;
-
-    /// Whether a reflection in the a1-h8 diagonal yields the position itself, as index() reduces
-    /// it. Its moves, and the moves that lead to it, then come in mirrored pairs that are the same
-    /// move.
-    [[nodiscard]] bool isItsOwnMirror(const Position& position) const;
-
-private:
     struct Reduction {
-        std::uint16_t pair;
-        std::uint8_t symmetry;
+        std::uint16_t pair = 0;     ///< KingPairs::Missing if the kings are adjacent
+        std::uint8_t symmetry = 0;  ///< brings the kings there; 0 leaves all as it is
     };
 
-    void sortLikeMen(Squares& squares) const;
-    [[nodiscard]] std::uint64_t plainIndex(unsigned pair, const Squares& squares) const;
-    [[nodiscard]] std::uint64_t epIndex(unsigned pair, unsigned mover, const Squares& squares,
-                                        int ep) const;
-    [[nodiscard]] Position epPosition(std::uint64_t index, unsigned mover) const;
+    /// For this many men, kings included. With `pawns` the board has only the symmetry of its two
+    /// wings, otherwise all eight.
+    Layout(std::size_t itsMen, bool pawns);
 
-    Material material;
-    bool hasLikeMen = false;
-    unsigned plainBits = 0;  ///< of the men except the kings
-    unsigned epBits = 0;     ///< of the men except the kings and the capturing and captured pawns
-    std::uint64_t plainSize = 0;
-    std::uint64_t total = 0;
-    std::array<std::size_t, 2> lastPawn{};  ///< of each side
-    std::array<std::array<std::uint8_t, 64>, 8> symmetries{};
+    [[nodiscard]] unsigned pairs() const { return static_cast<unsigned>(kings.size()); }
+    [[nodiscard]] std::size_t rowsPerPair() const { return std::size_t{1} << rowBits; }
+    [[nodiscard]] std::uint64_t rows() const { return std::uint64_t{pairs()} << rowBits; }
+    [[nodiscard]] std::uint64_t size() const { return std::uint64_t{pairs()} << menBits; }
+
+    [[nodiscard]] Reduction reduce(Square first, Square second) const {
+        return reductions[static_cast<std::size_t>(first)][static_cast<std::size_t>(second)];
+    }
+    /// The squares of a pair's kings.
+    [[nodiscard]] const std::array<std::uint8_t, 2>& kingsOf(unsigned pair) const {
+        return kings[pair];
+    }
+    [[nodiscard]] const Image& image(std::size_t symmetry) const { return symmetries[symmetry]; }
+
+    /// The squares whose images are in the set.
+    [[nodiscard]] static Bitboard origins(Bitboard set, unsigned symmetry);
+
+    /// Whether a reflection in the diagonal maps the block of the pair onto itself.
+    [[nodiscard]] bool isMirrored(unsigned pair) const;
+
+    /// The number of a position. The kings must not be adjacent.
+    [[nodiscard]] std::uint64_t index(const Squares& squares) const;
+
+    /// The inverse: a position with this number. It may be illegal.
+    [[nodiscard]] Squares squares(std::uint64_t index) const;
+
+private:
+    std::size_t men;
+    std::size_t count;     ///< of symmetries
+    unsigned menBits = 0;  ///< of the men except the kings
+    unsigned rowBits = 0;  ///< of the men except the kings and the last
+    std::array<Image, 8> symmetries{};
     std::array<std::array<Reduction, 64>, 64> reductions{};
     std::vector<std::array<std::uint8_t, 2>> kings;  ///< by pair
 };

@@ -8,39 +8,10 @@
 namespace brivok::tables {
 namespace {
 
-constexpr Bitboard OuterRanks = rowMask[0] | rowMask[7];
-
-/// By two squares of a line: the squares behind the second, seen from the first.
-Bitboard behind[brivok::Squares][brivok::Squares];
-
-// The tables of the board number the ranks the other way round. Moves of pieces look the same in
-// both numberings; White's pawns move towards higher squares here, as Black's do there.
-
-Bitboard pawnTargets(unsigned side, Square square) {
-    return side == 0 ? blackPawnAttacks[square] : whitePawnAttacks[square];
-}
-
-Bitboard onEmptyBoard(Kind man, Square square) {
-    switch (man) {
-        case Kind::Knight: return knightAttacks[square];
-        case Kind::Bishop: return bishopEmptyAttacks[square];
-        case Kind::Rook: return rookEmptyAttacks[square];
-        case Kind::Queen: return queenEmptyAttacks[square];
-        case Kind::King: return kingAttacks[square];
-        default: return 0;
-    }
-}
-
-bool isSlider(Kind man) { return man == Kind::Bishop || man == Kind::Rook || man == Kind::Queen; }
-
-/// Squares that a man attacks, including the first man of either colour in its way.
-Bitboard attacksOf(Kind man, unsigned side, Square square, Bitboard occupied) {
-    if (man == Kind::Pawn) return pawnTargets(side, square);
-    Bitboard attacks = onEmptyBoard(man, square);
-    if (!isSlider(man)) return attacks;
-    Bitboard blockers = attacks & occupied;
-    while (blockers != 0) attacks &= ~behind[square][takeNext<White>(blockers)];
-    return attacks;
+Bitboard occupiedBy(const Material& material, const Squares& squares) {
+    Bitboard occupied = 0;
+    for (std::size_t i = 0; i < material.count; ++i) occupied |= bit[squares[i]];
+    return occupied;
 }
 
 /// Whether a man of the side, other than `gone`, attacks the square.
@@ -56,11 +27,6 @@ bool attacksSquare(const Material& material, const Squares& squares, unsigned si
         if (!isSlider(man) || (between[from][square] & occupied) == 0) return true;
     }
     return false;
-}
-
-/// The neighbours of a square on its rank.
-Bitboard neighboursInRank(Square square) {
-    return ((bit[square] & ~FileA) >> 1) | ((bit[square] & ~FileH) << 1);
 }
 
 Bitboard pawnsOf(const Material& material, const Squares& squares, unsigned side) {
@@ -82,21 +48,6 @@ bool epSquareFits(const Material& material, const Position& position, Bitboard o
 }
 
 }  // namespace
-
-void prepareMoves() {
-    for (Square from = 0; from < brivok::Squares; ++from) {
-        for (Square beyond = 0; beyond < brivok::Squares; ++beyond) {
-            Bitboard path = between[from][beyond];
-            while (path != 0) behind[from][takeNext<White>(path)] |= bit[beyond];
-        }
-    }
-}
-
-Bitboard occupiedBy(const Material& material, const Squares& squares) {
-    Bitboard occupied = 0;
-    for (std::size_t i = 0; i < material.count; ++i) occupied |= bit[squares[i]];
-    return occupied;
-}
 
 bool isLegal(const Material& material, const Position& position) {
     const Squares& squares = position.squares;
@@ -132,28 +83,6 @@ Position positionAfter(const Material& material, const Position& position, std::
         after.ep = epSquareBehind(material, after.squares, man);
     }
     return after;
-}
-
-Bitboard retractions(const Material& material, const Position& position, std::size_t man,
-                     Bitboard occupied) {
-    const unsigned side = position.mover ^ 1U;
-    const Square square = position.squares[man];
-    const int step = pawnStep(side);
-    if (position.ep != NoEnPassant) {
-        return material.man[man] == Kind::Pawn && square == position.ep + step
-                   ? bit[position.ep - step]
-                   : 0;
-    }
-    if (material.man[man] == Kind::King) {
-        return kingAttacks[square] & ~occupied & ~kingAttacks[position.squares[position.mover]];
-    }
-    if (material.man[man] != Kind::Pawn) {
-        return attacksOf(material.man[man], side, square, occupied) & ~occupied;
-    }
-    const Bitboard one = bit[square - step] & ~occupied & ~OuterRanks;
-    if (one == 0 || !isDoubleStep(side, square)) return one;
-    const Bitboard two = bit[square - 2 * step] & ~occupied;
-    return epSquareBehind(material, position.squares, man) == NoEnPassant ? one | two : one;
 }
 
 LegalMoves::LegalMoves(const Material& itsMaterial, const Position& itsPosition)

@@ -5,9 +5,10 @@
 
 #include "board/bitboard.h"
 #include "egtb/piece_list.h"
+#include "geometry.h"
 #include "material.h"
 
-/// Legal moves and retractions on a board with up to five men. There is no castling.
+/// Positions and their legal moves on a board with up to five men. There is no castling.
 namespace brivok::tables {
 
 struct Position {
@@ -15,23 +16,6 @@ struct Position {
     std::uint8_t mover = 0;  ///< the side to move
     int ep = NoEnPassant;    ///< square just passed over by a pawn, next to a pawn of the mover
 };
-
-/// Builds the move tables. Call once, after buildStaticTables().
-void prepareMoves();
-
-/// A side's pawn step, and the home rank of its pawns (0 to 7).
-[[nodiscard]] constexpr int pawnStep(unsigned side) { return side == 0 ? 8 : -8; }
-[[nodiscard]] constexpr int pawnHome(unsigned side) { return side == 0 ? 1 : 6; }
-
-/// Whether a pawn on the square may have made a double step.
-[[nodiscard]] constexpr bool isDoubleStep(unsigned side, Square square) {
-    return (square - 2 * pawnStep(side)) >> 3 == pawnHome(side);
-}
-
-/// The square reflected in the a1-h8 diagonal.
-[[nodiscard]] constexpr Square mirrored(Square square) { return (square & 7) << 3 | square >> 3; }
-
-[[nodiscard]] Bitboard occupiedBy(const Material& material, const Squares& squares);
 
 /// Requires distinct squares, no pawn on an outer rank, kings not adjacent, the side not to move
 /// not in check; with an en passant square, its pawns and its two empty squares.
@@ -45,12 +29,6 @@ void prepareMoves();
 /// The position after a move that is neither a capture nor a promotion.
 [[nodiscard]] Position positionAfter(const Material& material, const Position& position,
                                      std::size_t man, Square to);
-
-/// Squares from which a man of the side not to move may have come without capturing or promoting.
-/// Checks there are not considered. With an en passant square, the only retraction is the double
-/// step; without one, double steps that would create an en passant square are left out.
-[[nodiscard]] Bitboard retractions(const Material& material, const Position& position,
-                                   std::size_t man, Bitboard occupied);
 
 /// The moves in a legal position.
 class LegalMoves {

@@ -46,6 +46,41 @@ inline constexpr std::uint8_t BrokenByte = 127;
                      : lossIn(static_cast<unsigned>(value + 126));
 }
 
+/// Outcomes of a player's choices, so that the greatest is the best: 0 stands for no choice, 1 to
+/// 127 for a loss in that many moves, 128 for a draw, 256 - n for a win in n.
+using Worth = std::uint8_t;
+
+inline constexpr Worth NoWorth = 0;
+inline constexpr Worth DrawnWorth = 128;
+
+[[nodiscard]] constexpr Worth lossWorth(unsigned moves) { return static_cast<Worth>(moves); }
+[[nodiscard]] constexpr Worth winWorth(unsigned moves) { return static_cast<Worth>(256 - moves); }
+
+/// Moves to mate of a win or a loss.
+[[nodiscard]] constexpr unsigned movesIn(Worth worth) {
+    return worth > DrawnWorth ? 256U - worth : worth;
+}
+
+[[nodiscard]] constexpr Worth worthOf(Outcome outcome) {
+    if (outcome == NoValue) return NoWorth;
+    if (outcome == Draw) return DrawnWorth;
+    return isWin(outcome) ? winWorth(movesToMate(outcome)) : lossWorth(movesToMate(outcome));
+}
+
+/// NoWorth stands for a loss in 0 here.
+[[nodiscard]] constexpr Outcome outcomeOfWorth(Worth worth) {
+    if (worth == DrawnWorth) return Draw;
+    return worth > DrawnWorth ? winIn(movesIn(worth)) : lossIn(movesIn(worth));
+}
+
+/// What a choice is worth that leaves the opponent with the outcome.
+[[nodiscard]] constexpr Worth worthOfLeaving(Outcome opponents) {
+    if (opponents == NoValue) return NoWorth;
+    if (opponents == Draw) return DrawnWorth;
+    return isLoss(opponents) ? winWorth(movesToMate(opponents) + 1)
+                             : lossWorth(movesToMate(opponents));
+}
+
 /// The best of the mover's choices, given the resulting outcomes for the opponent.
 class BestReply {
 public:

@@ -2,212 +2,394 @@
 
 #include <algorithm>
 #include <atomic>
+#include <bit>
 #include <cstring>
 
-#include "moves.h"
 #include "parallel.h"
 
 namespace brivok::tables {
 namespace {
 
-/// More moves than three men and a king can have.
-constexpr std::uint8_t Unlosable = 255;
+/// Rows in a group, if a block has as many.
+constexpr std::size_t RowsInGroup = 64;
 
-/// Of a move in a mirror-symmetric position and the move's reflection, one counts as the first.
-bool isFirstOfMirrors(Square from, Square to) {
-    return from * 64 + to <= mirrored(from) * 64 + mirrored(to);
+bool contains(const Bitboard* block, std::uint32_t position) {
+    return (block[position >> 6] >> (position & 63) & 1) != 0;
 }
 
-std::atomic_ref<std::uint8_t> shared(std::vector<std::uint8_t>& bytes, std::uint64_t index) {
-    return std::atomic_ref<std::uint8_t>(bytes[index]);
+void insert(Bitboard* block, std::size_t position) { block[position >> 6] |= bit[position & 63]; }
+
+/// Calls visit(position in the block) for each of a row's.
+template <typename Visit>
+void forEachIn(std::size_t row, Bitboard set, Visit visit) {
+    while (set != 0) visit(row << 6 | static_cast<unsigned>(takeNext<White>(set)));
+}
+
+/// The squares with like men in order.
+Squares sorted(const Material& material, Squares squares) {
+    for (std::size_t man = 3; man < material.count; ++man) {
+        for (std::size_t i = man; i > 2 && material.likeTheOneBefore(i); --i) {
+            if (squares[i - 1] > squares[i]) std::swap(squares[i - 1], squares[i]);
+        }
+    }
+    return squares;
+}
+
+bool isItsOwnMirror(const Material& material, const Squares& squares) {
+    Squares mirror{};
+    for (std::size_t man = 0; man < material.count; ++man) {
+        mirror[man] = static_cast<std::uint8_t>(mirrored(squares[man]));
+    }
+    return sorted(material, squares) == sorted(material, mirror);
 }
 
 }  // namespace
 
-Retrograde::Retrograde(const Material& itsMaterial, const ConversionReader& itsConversions,
-                       unsigned itsThreads)
+Retrograde::Side::Side(const Layout& layout)
+    : notWon(layout),
+      open(layout),
+      newLost(layout),
+      hasNewWins(layout.pairs()),
+      expected(layout.pairs() * std::max<std::size_t>(1, layout.rowsPerPair() / RowsInGroup)),
+      expectedPassing(layout.pairs()),
+      passings(layout.pairs()) {
+    std::fill(notWon.isUsed.begin(), notWon.isUsed.end(), std::uint8_t{1});
+}
+
+Retrograde::Retrograde(const Material& itsMaterial, TableStore& store, unsigned itsThreads)
     : material(itsMaterial),
-      conversions(itsConversions),
       threads(itsThreads),
-      layout(itsMaterial),
-      hasEnPassant(itsMaterial.hasEnPassant()) {
-    for (unsigned side = 0; side < 2; ++side) {
-        outcomes[side].resize(layout.size());
-        movesLeft[side].resize(layout.size());
+      layout(itsMaterial.count, itsMaterial.hasPawns()),
+      predecessors(material, layout),
+      conversions(material, layout, store, threads),
+      rowsPerPair(layout.rowsPerPair()),
+      groupsPerPair(std::max<std::size_t>(1, rowsPerPair / RowsInGroup)),
+      sides{Side(layout), Side(layout)} {
+    for (std::size_t man = 3, like = 1; man < material.count; ++man) {
+        like = material.likeTheOneBefore(man) ? like + 1 : 1;
+        twins *= like;
     }
+    for (auto& bytes : worths) bytes.resize(layout.size());
 }
 
 void Retrograde::solve(const Progress& progress) {
-    const unsigned furthestConversion = examineAll();
+    inBlocks([this](unsigned pair, Block&) {
+        examine(pair);
+        return 0;
+    });
+    const unsigned furthest = furthestConversion();
+    std::uint64_t losses = forBothSides([this](unsigned pair, unsigned mover, Block& from) {
+        return findMates(pair, mover, from);
+    });
     for (unsigned distance = 0; distance < LongestWin; ++distance) {
-        std::uint64_t found = 0;
-        for (unsigned side = 0; side < 2; ++side) found += winBefore(side, distance);
-        for (unsigned side = 0; side < 2; ++side) found += loseBefore(side, distance + 1);
+        const std::uint64_t wins = forBothSides([&](unsigned pair, unsigned mover, Block& from) {
+            return findWins(pair, mover, distance + 1, from);
+        });
+        const std::uint64_t found = (losses + wins) / (2 * twins);
         progress(distance, found);
-        if (found == 0 && distance >= furthestConversion) break;
+        if (found == 0 && distance >= furthest) break;
+        losses = forBothSides([&](unsigned pair, unsigned mover, Block& from) {
+            return findLosses(pair, mover, distance + 1, from);
+        });
     }
-    settle();
+    forBothSides([this](unsigned pair, unsigned mover, Block&) {
+        settle(pair, mover);
+        return 0;
+    });
+    for (Side& side : sides) {
+        for (PositionSet* const set : {&side.notWon, &side.open, &side.newLost}) {
+            set->rows = std::vector<Bitboard>();
+        }
+    }
 }
 
-/// Returns the longest distance of a provisional value.
-unsigned Retrograde::examineAll() {
-    std::atomic<unsigned> furthest = 0;
-    for (unsigned side = 0; side < 2; ++side) {
-        inParallel(threads, layout.size(), [&](std::uint64_t begin, std::uint64_t end) {
-            unsigned longest = 0;
-            for (std::uint64_t index = begin; index < end; ++index) {
-                const Position position = layout.position(index, side);
-                const bool counts = isLegal(material, position) && layout.index(position) == index;
-                const Outcome outcome =
-                    counts ? examine(position, movesLeft[side][index]) : NoValue;
-                outcomes[side][index] = outcome;
-                if (counts) longest = std::max(longest, movesToMate(outcome));
+/// Calls work(pair, mover, space for a block), which changes only what is known of that block with
+/// that side to move, for all pairs with one side, then with the other. Returns the sum of the
+/// results.
+template <typename Work>
+std::uint64_t Retrograde::forBothSides(Work work) {
+    std::uint64_t sum = 0;
+    for (unsigned mover = 0; mover < 2; ++mover) {
+        sum += inBlocks([&](unsigned pair, Block& space) { return work(pair, mover, space); });
+    }
+    return sum;
+}
+
+/// Calls work(pair, space for a block) for all pairs, and returns the sum of the results.
+template <typename Work>
+std::uint64_t Retrograde::inBlocks(Work work) {
+    std::atomic<std::uint64_t> sum = 0;
+    constexpr std::uint64_t RowsInPiece = 1024;
+    inParallel(
+        threads, layout.pairs(),
+        [&](std::uint64_t begin, std::uint64_t end) {
+            Block space(rowsPerPair);
+            for (std::uint64_t pair = begin; pair < end; ++pair) {
+                sum += static_cast<std::uint64_t>(work(static_cast<unsigned>(pair), space));
             }
-            unsigned known = furthest;
-            while (known < longest && !furthest.compare_exchange_weak(known, longest)) {
-            }
-        });
+        },
+        std::max<std::uint64_t>(1, RowsInPiece / rowsPerPair));
+    return sum;
+}
+
+/// Finds the legal positions of a block, and what their conversions are worth.
+void Retrograde::examine(unsigned pair) {
+    for (std::size_t number = 0; number < rowsPerPair; ++number) {
+        const Row row(material, layout, pair, number);
+        for (unsigned mover = 0; mover < 2; ++mover) examineRow(row, mover);
+    }
+}
+
+void Retrograde::examineRow(const Row& row, unsigned mover) {
+    Side& side = sides[mover];
+    const Bitboard legal = row.legal(mover);
+    side.notWon.block(row.pair)[row.number] = legal;
+    if (legal == 0) return;
+    Worth* const found = worthsOf(row.pair, mover) + (row.number << 6);
+    conversions.rate(row.squares, mover, legal, found);
+    WorthSet& expected = side.expected[row.pair * groupsPerPair + row.number / RowsInGroup];
+    Bitboard open = legal;
+    for (Square square = 0; square < 64; ++square) {
+        if (found[square] == NoWorth) continue;
+        expected[found[square]] = true;
+        if (found[square] >= DrawnWorth) open &= ~bit[square];
+    }
+    side.open.block(row.pair)[row.number] = open;
+    if (!material.hasEnPassant()) return;
+    std::vector<Passing>& passings = side.passings[row.pair];
+    const std::size_t listed = passings.size();
+    appendPassings(row, mover, conversions, passings);
+    for (std::size_t i = listed; i < passings.size(); ++i) {
+        side.expectedPassing[row.pair][passings[i].capture] = true;
+    }
+}
+
+/// The longest distance of a conversion.
+unsigned Retrograde::furthestConversion() const {
+    WorthSet all;
+    for (const Side& side : sides) {
+        for (const WorthSet& set : side.expected) all |= set;
+        for (const WorthSet& set : side.expectedPassing) all |= set;
+    }
+    all[DrawnWorth] = false;
+    unsigned furthest = 0;
+    for (unsigned worth = 0; worth < all.size(); ++worth) {
+        if (all[worth]) furthest = std::max(furthest, movesIn(static_cast<Worth>(worth)));
     }
     return furthest;
 }
 
-Outcome Retrograde::examine(const Position& position, std::uint8_t& left) const {
-    const LegalMoves moves(material, position);
-    BestReply best;
-    moves.forEachConversion([&](const Squares& squares, const Conversion& conversion) {
-        best.add(conversions.outcome(squares, position.mover ^ 1U, conversion));
-    });
-    int count = 0;
-    const bool ownMirror = layout.isItsOwnMirror(position);
-    for (std::size_t man = 0; man < material.count; ++man) {
-        Bitboard quiet = moves.quiet(man);
-        if (!ownMirror) {
-            count += popCount(quiet);
-            continue;
-        }
-        while (quiet != 0) {
-            count += isFirstOfMirrors(position.squares[man], takeNext<White>(quiet)) ? 1 : 0;
-        }
+/// Finds the positions without moves: mates are losses, the others draws.
+std::uint64_t Retrograde::findMates(unsigned pair, unsigned mover, Block& from) {
+    Side& side = sides[mover];
+    findPredecessors(
+        pair, mover, sides[mover ^ 1U].notWon, [](const Passing&) { return true; }, from);
+    Bitboard* const open = side.open.block(pair);
+    Bitboard* const lost = side.newLost.block(pair);
+    Worth* const worth = worthsOf(pair, mover);
+    for (Passing& passing : side.passings[pair]) {
+        passing.captureIsOnlyMove = passing.capture != NoWorth && contains(open, passing.plain) &&
+                                    worth[passing.plain] == NoWorth &&
+                                    !contains(from.data(), passing.plain);
     }
-    left = best.holds() ? Unlosable : static_cast<std::uint8_t>(count);
-    if (count != 0 || best.holds() || best.loses()) return best.outcome();
-    if (moves.inCheck()) return lossIn(0);
-    left = Unlosable;
-    return Draw;
-}
-
-/// Marks all predecessors of losses of `mover` in `distance` as wins in one more. Returns the
-/// number of such losses.
-std::uint64_t Retrograde::winBefore(unsigned mover, unsigned distance) {
-    Bytes& targets = outcomes[mover ^ 1U];
-    const Outcome win = winIn(distance + 1);
-    return forEachWith(lossIn(distance), mover, [&](std::uint64_t index) {
-        if (movesLeft[mover][index] != 0) return false;
-        forEachPredecessor(layout.position(index, mover), [&](std::uint64_t before) {
-            const auto target = shared(targets, before);
-            const Outcome known = target.load(std::memory_order_relaxed);
-            if (known == NoValue || (isWin(known) && known <= win)) return;
-            target.store(win, std::memory_order_relaxed);
+    std::uint64_t count = 0;
+    for (std::size_t row = 0; row < rowsPerPair; ++row) {
+        lost[row] = 0;
+        Bitboard stuck = open[row] & ~from[row];
+        forEachIn(row, stuck, [&](std::size_t position) {
+            if (worth[position] != NoWorth) stuck ^= bit[position & 63];
         });
-        return true;
-    });
+        if (stuck == 0) continue;
+        open[row] ^= stuck;
+        lost[row] = stuck & Row(material, layout, pair, row).attackedBy(mover ^ 1U);
+        forEachIn(row, stuck ^ lost[row],
+                  [&](std::size_t position) { worth[position] = DrawnWorth; });
+        side.newLost.isUsed[pair] |= lost[row] != 0 ? 1 : 0;
+        count += tally(pair, row, lost[row]);
+    }
+    for (const Passing& passing : side.passings[pair]) {
+        count += isLost(pair, mover, passing, 0) ? 2 : 0;
+    }
+    return count;
 }
 
-/// Takes one move away from all predecessors of wins of `mover` in `distance`. Returns the number
-/// of such wins.
-std::uint64_t Retrograde::loseBefore(unsigned mover, unsigned distance) {
-    Bytes& targets = outcomes[mover ^ 1U];
-    Bytes& left = movesLeft[mover ^ 1U];
-    const Outcome loss = lossIn(distance);
-    return forEachWith(winIn(distance), mover, [&](std::uint64_t index) {
-        forEachPredecessor(layout.position(index, mover), [&](std::uint64_t before) {
-            const auto target = shared(targets, before);
-            const Outcome known = target.load(std::memory_order_relaxed);
-            if (known == NoValue || isWin(known)) return;
-            const auto count = shared(left, before);
-            if (count.load(std::memory_order_relaxed) == Unlosable) return;
-            if (count.fetch_sub(1, std::memory_order_relaxed) != 1) return;
+/// Finds the losses in a distance above 0.
+std::uint64_t Retrograde::findLosses(unsigned pair, unsigned mover, unsigned distance,
+                                     Block& from) {
+    Side& side = sides[mover];
+    const unsigned other = mover ^ 1U;
+    const Worth loss = lossWorth(distance);
+    const Worth win = winWorth(distance);
+    side.newLost.isUsed[pair] = 0;
+    if (!expects(pair, mover, loss) && !sides[other].expectedPassing[pair][win] &&
+        !predecessors.canReach(pair, mover, sides[other].hasNewWins)) {
+        return 0;
+    }
+    // What is left are positions with no move that avoids a known win.
+    findPredecessors(
+        pair, mover, sides[other].notWon,
+        [&](const Passing& passing) {
+            return !isWon(pair, other, passing) && passing.capture < win;
+        },
+        from);
+    Bitboard* const open = side.open.block(pair);
+    Bitboard* const lost = side.newLost.block(pair);
+    Worth* const worth = worthsOf(pair, mover);
+    std::uint64_t count = 0;
+    for (std::size_t row = 0; row < rowsPerPair; ++row) {
+        lost[row] = open[row] & ~from[row];
+        if (lost[row] == 0) continue;
+        forEachIn(row, lost[row], [&](std::size_t position) {
             // A conversion may hold out longer; the position is then lost at that later distance.
-            if (!isLoss(known) || known < loss) target.store(loss, std::memory_order_relaxed);
-        });
-        return true;
-    });
-}
-
-/// Provisional losses with moves left are draws.
-void Retrograde::settle() {
-    for (unsigned side = 0; side < 2; ++side) {
-        inParallel(threads, layout.size(), [&](std::uint64_t begin, std::uint64_t end) {
-            for (std::uint64_t index = begin; index < end; ++index) {
-                if (isLoss(outcomes[side][index]) && movesLeft[side][index] != 0) {
-                    outcomes[side][index] = Draw;
-                }
+            if (worth[position] > loss) {
+                lost[row] ^= bit[position & 63];
+            } else {
+                worth[position] = loss;
             }
         });
-        movesLeft[side] = Bytes();
+        open[row] ^= lost[row];
+        side.newLost.isUsed[pair] |= lost[row] != 0 ? 1 : 0;
+        count += tally(pair, row, lost[row]);
+    }
+    for (const Passing& passing : side.passings[pair]) {
+        const bool isNew =
+            isLost(pair, mover, passing, distance) && !isLost(pair, mover, passing, distance - 1);
+        count += isNew ? 2 : 0;
+    }
+    return count;
+}
+
+/// Finds the wins in a distance above 0.
+std::uint64_t Retrograde::findWins(unsigned pair, unsigned mover, unsigned distance, Block& from) {
+    Side& side = sides[mover];
+    const unsigned other = mover ^ 1U;
+    const Worth loss = lossWorth(distance - 1);
+    const Worth win = winWorth(distance);
+    side.hasNewWins[pair] = 0;
+    if (!expects(pair, mover, win) && !sides[other].expectedPassing[pair][loss] &&
+        !predecessors.canReach(pair, mover, sides[other].newLost.isUsed)) {
+        return 0;
+    }
+    findPredecessors(
+        pair, mover, sides[other].newLost,
+        [&](const Passing& passing) { return isLost(pair, other, passing, distance - 1); }, from);
+    addConversions(pair, mover, win, from);
+    Bitboard* const notWon = side.notWon.block(pair);
+    Bitboard* const open = side.open.block(pair);
+    Worth* const worth = worthsOf(pair, mover);
+    std::uint64_t count = 0;
+    for (std::size_t row = 0; row < rowsPerPair; ++row) {
+        const Bitboard won = notWon[row] & from[row];
+        if (won == 0) continue;
+        forEachIn(row, won, [&](std::size_t position) { worth[position] = win; });
+        notWon[row] ^= won;
+        open[row] &= ~won;
+        side.hasNewWins[pair] = 1;
+        count += tally(pair, row, won);
+    }
+    for (const Passing& passing : side.passings[pair]) {
+        const Worth plain = isWon(pair, mover, passing) ? worth[passing.plain] : NoWorth;
+        count += passing.worth(plain) == win ? 2 : 0;
+    }
+    return count;
+}
+
+/// Sets `from` to the positions from which a move leads into the set, or to a position of the other
+/// side with an en passant square for which isIn(passing) is true.
+template <typename Test>
+void Retrograde::findPredecessors(unsigned pair, unsigned mover, const PositionSet& into, Test isIn,
+                                  Block& from) const {
+    predecessors.find(pair, mover, into, from.data());
+    for (const Passing& passing : sides[mover ^ 1U].passings[pair]) {
+        if (isIn(passing)) insert(from.data(), passing.origin);
     }
 }
 
-/// Calls visit(index), which returns whether to count it, for all positions with an outcome.
-/// visit() may only change entries of the other side to move.
-template <typename Visit>
-std::uint64_t Retrograde::forEachWith(Outcome outcome, unsigned mover, Visit visit) {
-    std::atomic<std::uint64_t> found = 0;
-    const Bytes& bytes = outcomes[mover];
-    inParallel(threads, layout.size(), [&](std::uint64_t begin, std::uint64_t end) {
-        std::uint64_t count = 0;
-        const std::uint8_t* const last = bytes.data() + end;
-        const std::uint8_t* next = bytes.data() + begin;
-        while ((next = static_cast<const std::uint8_t*>(std::memchr(
-                    next, outcome, static_cast<std::size_t>(last - next)))) != nullptr) {
-            count += visit(static_cast<std::uint64_t>(next - bytes.data())) ? 1 : 0;
-            if (++next == last) break;
+/// Adds the positions that have a conversion of this worth.
+void Retrograde::addConversions(unsigned pair, unsigned mover, Worth worth, Block& from) const {
+    const std::size_t length = std::min(rowsPerPair, RowsInGroup) << 6;
+    const Worth* const first = worths[mover].data() + firstOf(pair);
+    for (std::size_t group = 0; group < groupsPerPair; ++group) {
+        if (!sides[mover].expected[pair * groupsPerPair + group][worth]) continue;
+        const Worth* const end = first + (group + 1) * length;
+        const Worth* next = end - length;
+        while ((next = static_cast<const Worth*>(
+                    std::memchr(next, worth, static_cast<std::size_t>(end - next)))) != nullptr) {
+            insert(from.data(), static_cast<std::size_t>(next - first));
+            if (++next == end) break;
         }
-        found += count;
+    }
+}
+
+/// Whether positions of the pair may have a conversion of this worth, in passing or not.
+bool Retrograde::expects(unsigned pair, unsigned mover, Worth worth) const {
+    const Side& side = sides[mover];
+    const auto first = side.expected.begin() + static_cast<std::ptrdiff_t>(pair * groupsPerPair);
+    return side.expectedPassing[pair][worth] ||
+           std::any_of(first, first + static_cast<std::ptrdiff_t>(groupsPerPair),
+                       [worth](const WorthSet& set) { return set[worth]; });
+}
+
+/// Whether the plain position is won.
+bool Retrograde::isWon(unsigned pair, unsigned mover, const Passing& passing) const {
+    return !contains(sides[mover].notWon.block(pair), passing.plain);
+}
+
+/// Whether the position is lost in the distance or less.
+bool Retrograde::isLost(unsigned pair, unsigned mover, const Passing& passing,
+                        unsigned distance) const {
+    if (passing.capture > lossWorth(distance)) return false;
+    if (passing.captureIsOnlyMove) return true;
+    return worths[mover][firstOf(pair) + passing.plain] <= lossWorth(distance) &&
+           !contains(sides[mover].open.block(pair), passing.plain) && !isWon(pair, mover, passing);
+}
+
+/// Counts positions twice, so that half of one can be counted: of two positions in a block that are
+/// reflections of each other, each is half of one.
+std::uint64_t Retrograde::tally(unsigned pair, std::size_t row, Bitboard found) const {
+    auto count = static_cast<std::uint64_t>(std::popcount(found));
+    if (!layout.isMirrored(pair)) return 2 * count;
+    forEachIn(row, found, [&](std::size_t position) {
+        count += isItsOwnMirror(material, layout.squares(firstOf(pair) + position)) ? 1 : 0;
     });
-    return found;
+    return count;
 }
 
-/// Calls visit(index) for the positions before a move that neither captures nor promotes, including
-/// illegal ones.
-template <typename Visit>
-void Retrograde::forEachPredecessor(const Position& position, Visit visit) const {
-    const unsigned mover = position.mover ^ 1U;
-    const Bitboard occupied = occupiedBy(material, position.squares);
-    const bool ownMirror = layout.isItsOwnMirror(position);
-    Position before;
-    before.squares = position.squares;
-    before.mover = static_cast<std::uint8_t>(mover);
-    for (std::size_t man = 0; man < material.count; ++man) {
-        if (material.side[man] != mover) continue;
-        const std::uint8_t here = position.squares[man];
-        Bitboard origins = retractions(material, position, man, occupied);
-        while (origins != 0) {
-            const Square origin = takeNext<White>(origins);
-            if (ownMirror && !isFirstOfMirrors(here, origin)) continue;
-            before.squares[man] = static_cast<std::uint8_t>(origin);
-            visit(layout.index(before));
-            if (hasEnPassant) forEachEpVariant(before, visit);
+/// Turns worths into bytes of the files.
+void Retrograde::settle(unsigned pair, unsigned mover) {
+    const Bitboard* const notWon = sides[mover].notWon.block(pair);
+    const Bitboard* const open = sides[mover].open.block(pair);
+    Worth* const worth = worthsOf(pair, mover);
+    for (std::size_t row = 0; row < rowsPerPair; ++row) {
+        for (std::size_t square = 0; square < 64; ++square) {
+            Worth& here = worth[row << 6 | square];
+            const bool isWonOrIllegal = (notWon[row] & bit[square]) == 0;
+            if (isWonOrIllegal) {
+                here = here == NoWorth ? BrokenByte : byteOf(outcomeOfWorth(here));
+            } else {
+                const bool isLost = here < DrawnWorth && (open[row] & bit[square]) == 0;
+                here = byteOf(isLost ? outcomeOfWorth(here) : Draw);
+            }
         }
-        before.squares[man] = here;
     }
 }
 
-/// Calls visit(index) for the position with each en passant square that it can have.
-template <typename Visit>
-void Retrograde::forEachEpVariant(const Position& position, Visit visit) const {
-    const unsigned other = position.mover ^ 1U;
-    const int step = pawnStep(other);
-    const Bitboard occupied = occupiedBy(material, position.squares);
-    for (std::size_t man = 2; man < material.count; ++man) {
-        if (material.man[man] != Kind::Pawn || material.side[man] != other) continue;
-        const Square square = position.squares[man];
-        if (!isDoubleStep(other, square)) continue;
-        if ((occupied & (bit[square - step] | bit[square - 2 * step])) != 0) continue;
-        Position variant = position;
-        variant.ep = epSquareBehind(material, position.squares, man);
-        if (variant.ep != NoEnPassant) visit(layout.index(variant));
-    }
+Outcome Retrograde::passingOutcome(const Position& position) const {
+    const std::uint64_t index = layout.index(position.squares);
+    const Outcome plain = outcomeOf(worths[position.mover][index]);
+    std::size_t pawn = 2;
+    while (position.squares[pawn] != position.ep + pawnStep(position.mover ^ 1U)) ++pawn;
+    const Worth capture = conversions.enPassant(position.squares, pawn);
+    if (capture == NoWorth) return plain;
+    const auto pair = static_cast<unsigned>(index / firstOf(1));
+    // Only the losing capture of a stalemated side is not the better one of the two.
+    const bool isForced =
+        plain == Draw && capture < DrawnWorth &&
+        std::any_of(sides[position.mover].passings[pair].begin(),
+                    sides[position.mover].passings[pair].end(), [&](const Passing& passing) {
+                        return passing.captureIsOnlyMove && passing.plain == index - firstOf(pair);
+                    });
+    return outcomeOfWorth(isForced ? capture : std::max(capture, worthOf(plain)));
 }
 
 }  // namespace brivok::tables

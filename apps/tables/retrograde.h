@@ -1,63 +1,113 @@
 #pragma once
 
+#include <array>
+#include <bitset>
 #include <cstdint>
 #include <functional>
 #include <vector>
 
+#include "conversion_worths.h"
 #include "layout.h"
 #include "material.h"
+#include "moves.h"
 #include "outcome.h"
-#include "table_reader.h"
+#include "passing.h"
+#include "predecessors.h"
+#include "row.h"
+#include "table_store.h"
 
 namespace brivok::tables {
 
 /// Distances to mate of all positions of some material, by retrograde analysis from the mates
 /// (Stroehlein, "Untersuchungen ueber kombinatorische Spiele", 1970).
 ///
-/// First, every position is visited once: its captures and promotions, which lead to finished
-/// tables, give it a provisional value, and its other moves are counted. Then the distances follow
-/// in turn: a position that can move to a loss in n is won in n + 1, and one that can move to a win
-/// in n + 1 has one fewer move that might hold. With none left it is lost. Positions that no
-/// distance reaches are draws.
+/// First, every position gets the worth of its captures and promotions, which lead to finished
+/// tables. Then the distances follow in turn: a position that can move to a loss in n is won in
+/// n + 1, and one whose moves all lead to wins in n or less is lost in n. Captures and promotions
+/// join in at their distance. Positions that no distance reaches are draws.
+///
+/// The work is done on sets of positions, 64 in a word, and on the block of one pair of kings at a
+/// time. A block fits the processor's caches, and threads write to no block but their own. A block
+/// is left out at a distance that brings nothing new to it or to those that a king's step away.
+///
+/// Positions with an en passant square are few, and are kept in lists: see passing.h.
 class Retrograde {
 public:
     /// Called after each step with the distance in moves and the number of positions at it.
     using Progress = std::function<void(unsigned distance, std::uint64_t found)>;
 
-    Retrograde(const Material& itsMaterial, const ConversionReader& itsConversions,
-               unsigned itsThreads);
+    Retrograde(const Material& itsMaterial, TableStore& store, unsigned itsThreads);
 
     void solve(const Progress& progress);
 
-    /// For a legal position, after solve().
-    [[nodiscard]] Outcome outcome(const Position& position) const {
-        return outcomes[position.mover][layout.index(position)];
+    /// The byte of a file for a position without an en passant square, after solve(). The squares
+    /// must be distinct and the kings not adjacent, but the position may be illegal.
+    [[nodiscard]] std::uint8_t plainByte(const Squares& squares, unsigned mover) const {
+        return worths[mover][layout.index(squares)];
     }
 
+    /// For a legal position with an en passant square, after solve().
+    [[nodiscard]] Outcome passingOutcome(const Position& position) const;
+
 private:
-    using Bytes = std::vector<std::uint8_t>;
+    using WorthSet = std::bitset<256>;
+    using Block = std::vector<Bitboard>;
 
-    [[nodiscard]] unsigned examineAll();
-    [[nodiscard]] Outcome examine(const Position& position, std::uint8_t& movesLeft) const;
-    [[nodiscard]] std::uint64_t winBefore(unsigned mover, unsigned distance);
-    [[nodiscard]] std::uint64_t loseBefore(unsigned mover, unsigned distance);
-    void settle();
+    /// What is known of the positions with one side to move.
+    struct Side {
+        explicit Side(const Layout& layout);
 
-    template <typename Visit>
-    std::uint64_t forEachWith(Outcome outcome, unsigned mover, Visit visit);
-    template <typename Visit>
-    void forEachPredecessor(const Position& position, Visit visit) const;
-    template <typename Visit>
-    void forEachEpVariant(const Position& position, Visit visit) const;
+        PositionSet notWon;                          ///< legal and not known to be won
+        PositionSet open;                            ///< of these, those that may still be lost
+        PositionSet newLost;                         ///< in the current distance
+        std::vector<std::uint8_t> hasNewWins;        ///< by pair
+        std::vector<WorthSet> expected;              ///< worths of conversions, by group of rows
+        std::vector<WorthSet> expectedPassing;       ///< of captures in passing, by pair
+        std::vector<std::vector<Passing>> passings;  ///< by pair
+    };
+
+    template <typename Work>
+    std::uint64_t forBothSides(Work work);
+    template <typename Work>
+    std::uint64_t inBlocks(Work work);
+    void examine(unsigned pair);
+    void examineRow(const Row& row, unsigned mover);
+    [[nodiscard]] unsigned furthestConversion() const;
+    [[nodiscard]] std::uint64_t findMates(unsigned pair, unsigned mover, Block& from);
+    [[nodiscard]] std::uint64_t findLosses(unsigned pair, unsigned mover, unsigned distance,
+                                           Block& from);
+    [[nodiscard]] std::uint64_t findWins(unsigned pair, unsigned mover, unsigned distance,
+                                         Block& from);
+    template <typename Test>
+    void findPredecessors(unsigned pair, unsigned mover, const PositionSet& into, Test isIn,
+                          Block& from) const;
+    void addConversions(unsigned pair, unsigned mover, Worth worth, Block& from) const;
+    [[nodiscard]] bool expects(unsigned pair, unsigned mover, Worth worth) const;
+    [[nodiscard]] bool isWon(unsigned pair, unsigned mover, const Passing& passing) const;
+    [[nodiscard]] bool isLost(unsigned pair, unsigned mover, const Passing& passing,
+                              unsigned distance) const;
+    [[nodiscard]] std::uint64_t tally(unsigned pair, std::size_t row, Bitboard found) const;
+    void settle(unsigned pair, unsigned mover);
+
+    [[nodiscard]] std::uint64_t firstOf(unsigned pair) const {
+        return std::uint64_t{pair} * rowsPerPair << 6;
+    }
+    [[nodiscard]] Worth* worthsOf(unsigned pair, unsigned mover) {
+        return worths[mover].data() + firstOf(pair);
+    }
 
     Material material;
-    const ConversionReader& conversions;
     unsigned threads;
     Layout layout;
-    bool hasEnPassant;
-    /// By side to move; provisional until their distance is reached.
-    std::array<Bytes, 2> outcomes;
-    std::array<Bytes, 2> movesLeft;  ///< moves not known to lose; Unlosable if a conversion is safe
+    Predecessors predecessors;
+    ConversionWorths conversions;
+    std::size_t rowsPerPair;
+    std::size_t groupsPerPair;  ///< of rows, for `expected`
+    std::uint64_t twins = 1;    ///< numbers of a position by exchange of like men
+    std::array<Side, 2> sides;
+    /// By side to move: the worth of conversions until the distance is known; then of the position;
+    /// in the end the bytes of the files.
+    std::array<std::vector<std::uint8_t>, 2> worths;
 };
 
 }  // namespace brivok::tables

@@ -1,0 +1,286 @@
+#include "predecessors.h"
+
+#include <algorithm>
+
+#include "board/static_tables.h"
+#include "egtb/enumeration.h"
+#include "geometry.h"
+
+namespace brivok::tables {
+namespace {
+
+struct Direction {
+    int files;
+    int ranks;
+};
+
+using Directions = std::array<Direction, 4>;
+
+constexpr Directions RookDirections = {{{1, 0}, {-1, 0}, {0, 1}, {0, -1}}};
+constexpr Directions BishopDirections = {{{1, 1}, {-1, 1}, {1, -1}, {-1, -1}}};
+
+constexpr bool isOnBoard(int file, int rank) {
+    return file >= 0 && file < 8 && rank >= 0 && rank < 8;
+}
+
+/// The set moved by some squares.
+template <int Step>
+constexpr Bitboard moved(Bitboard set) {
+    return Step > 0 ? set << Step : set >> -Step;
+}
+
+/// The set moved by one step in a direction, without what leaves the board.
+template <int Files, int Ranks>
+constexpr Bitboard stepped(Bitboard set) {
+    set = moved<8 * Ranks + Files>(set);
+    return Files == 0 ? set : set & ~(Files > 0 ? FileA : FileH);
+}
+
+/// Squares from which a slider reaches the set in the direction opposite to this one, through empty
+/// squares. Doubles the distance in each line.
+template <int Files, int Ranks>
+Bitboard slid(Bitboard set, Bitboard empty) {
+    constexpr int Step = 8 * Ranks + Files;
+    if constexpr (Files != 0) empty &= ~(Files > 0 ? FileA : FileH);
+    set |= empty & moved<Step>(set);
+    empty &= moved<Step>(empty);
+    set |= empty & moved<2 * Step>(set);
+    empty &= moved<2 * Step>(empty);
+    set |= empty & moved<4 * Step>(set);
+    return stepped<Files, Ranks>(set);
+}
+
+Bitboard slidByRook(Bitboard set, Bitboard empty) {
+    return slid<1, 0>(set, empty) | slid<-1, 0>(set, empty) | slid<0, 1>(set, empty) |
+           slid<0, -1>(set, empty);
+}
+
+Bitboard slidByBishop(Bitboard set, Bitboard empty) {
+    return slid<1, 1>(set, empty) | slid<-1, 1>(set, empty) | slid<1, -1>(set, empty) |
+           slid<-1, -1>(set, empty);
+}
+
+Bitboard leapt(Bitboard set) {
+    const Bitboard one = stepped<1, 0>(set) | stepped<-1, 0>(set);
+    const Bitboard two = stepped<1, 0>(stepped<1, 0>(set)) | stepped<-1, 0>(stepped<-1, 0>(set));
+    return one << 16 | one >> 16 | two << 8 | two >> 8;
+}
+
+Bitboard pawnStepped(Bitboard set, int step) { return step > 0 ? set << 8 : set >> 8; }
+
+}  // namespace
+
+Predecessors::Predecessors(const Material& itsMaterial, const Layout& itsLayout)
+    : material(itsMaterial), layout(itsLayout), last(itsMaterial.count - 1) {
+    const auto addRays = [this](std::size_t man, const Directions& directions) {
+        for (const auto [files, ranks] : directions) {
+            for (int edge = 0; edge < 64; ++edge) {
+                int file = edge & 7;
+                int rank = edge >> 3;
+                if (isOnBoard(file + files, rank + ranks)) continue;
+                Ray ray;
+                for (; isOnBoard(file, rank); file -= files, rank -= ranks) {
+                    ray.squares[ray.length++] = static_cast<std::uint8_t>(8 * rank + file);
+                }
+                raysOf[man].push_back(ray);
+            }
+        }
+    };
+    for (std::size_t man = 2; man < last; ++man) {
+        const Kind kind = material.man[man];
+        if (kind == Kind::Rook || kind == Kind::Queen) addRays(man, RookDirections);
+        if (kind == Kind::Bishop || kind == Kind::Queen) addRays(man, BishopDirections);
+    }
+    for (unsigned mover = 0; mover < 2; ++mover) {
+        kingSteps[mover].resize(layout.pairs());
+        for (unsigned pair = 0; pair < layout.pairs(); ++pair) {
+            std::array<std::uint8_t, 2> kings = layout.kingsOf(pair);
+            Bitboard targets = kingAttacks[kings[mover]];
+            while (targets != 0) {
+                kings[mover] = static_cast<std::uint8_t>(takeNext<White>(targets));
+                const auto reduction = layout.reduce(kings[0], kings[1]);
+                if (reduction.pair != KingPairs::Missing) {
+                    kingSteps[mover][pair].push_back(reduction);
+                }
+            }
+        }
+    }
+}
+
+bool Predecessors::canReach(unsigned pair, unsigned mover,
+                            const std::vector<std::uint8_t>& pairsOfSet) const {
+    const auto& steps = kingSteps[mover][pair];
+    return pairsOfSet[pair] != 0 || std::any_of(steps.begin(), steps.end(), [&](const auto& step) {
+               return pairsOfSet[step.pair] != 0;
+           });
+}
+
+void Predecessors::find(unsigned pair, unsigned mover, const PositionSet& into,
+                        Bitboard* from) const {
+    std::fill_n(from, layout.rowsPerPair(), 0);
+    findByKing(pair, mover, into, from);
+    if (into.isUsed[pair] == 0) return;
+    for (std::size_t man = 2; man < last; ++man) {
+        if (material.side[man] == mover) findByOuter(pair, man, into.block(pair), from);
+    }
+    if (material.side[last] == mover) findByLast(pair, into.block(pair), from);
+}
+
+void Predecessors::findByKing(unsigned pair, unsigned mover, const PositionSet& into,
+                              Bitboard* from) const {
+    const std::size_t rows = layout.rowsPerPair();
+    for (const auto& [after, symmetry] : kingSteps[mover][pair]) {
+        if (into.isUsed[after] == 0) continue;
+        const Bitboard* const block = into.block(after);
+        if (symmetry == 0) {
+            for (std::size_t row = 0; row < rows; ++row) from[row] |= block[row];
+            continue;
+        }
+        const Layout::Image& image = layout.image(symmetry);
+        for (std::size_t row = 0; row < rows; ++row) {
+            const std::size_t turned =
+                last < 4 ? image[row] : std::size_t{image[row >> 6]} << 6 | image[row & 63];
+            const Bitboard set = block[last < 3 ? 0 : turned];
+            if (set != 0) from[row] |= Layout::origins(set, symmetry);
+        }
+    }
+}
+
+/// A block of five men has 64 times 64 rows, one of four men 64.
+void Predecessors::findByOuter(unsigned pair, std::size_t man, const Bitboard* into,
+                               Bitboard* from) const {
+    const auto isEnemyPawn = [&](std::size_t other) {
+        return material.man[other] == Kind::Pawn && material.side[other] != material.side[man];
+    };
+    const auto [first, second] = layout.kingsOf(pair);
+    Still still;
+    still.blockers = bit[first] | bit[second];
+    still.lastIsEnemyPawn = isEnemyPawn(last);
+    if (last == 3) {
+        findByMan<1>(man, still, into, from);
+    } else if (man == 2) {
+        still.innerIsEnemyPawn = isEnemyPawn(3);
+        findByMan<64>(man, still, into, from);
+    } else {
+        const Bitboard kings = still.blockers;
+        for (Square other = 0; other < 64; ++other, into += 64, from += 64) {
+            still.blockers = kings | bit[other];
+            still.noDoubleStep = isEnemyPawn(2) ? neighboursInRank(other) : 0;
+            findByMan<1>(man, still, into, from);
+        }
+    }
+}
+
+template <std::size_t Inner>
+void Predecessors::findByMan(std::size_t man, const Still& still, const Bitboard* into,
+                             Bitboard* from) const {
+    switch (material.man[man]) {
+        case Kind::Pawn: findByPawn<Inner>(material.side[man], still, into, from); break;
+        case Kind::Knight:
+            for (std::size_t origin = 0; origin < 64; ++origin) {
+                Bitboard targets = knightAttacks[origin];
+                while (targets != 0) {
+                    const auto target = static_cast<std::size_t>(takeNext<White>(targets));
+                    for (std::size_t row = 0; row < Inner; ++row) {
+                        from[origin * Inner + row] |= into[target * Inner + row];
+                    }
+                }
+            }
+            break;
+        default: findBySlider<Inner>(still, raysOf[man], into, from); break;
+    }
+}
+
+template <std::size_t Inner>
+void Predecessors::findBySlider(const Still& still, const std::vector<Ray>& rays,
+                                const Bitboard* into, Bitboard* from) const {
+    for (const Ray& ray : rays) {
+        std::array<Bitboard, Inner> reaching{};
+        for (std::size_t i = 0; i + 1 < ray.length; ++i) {
+            const std::size_t target = ray.squares[i];
+            const Bitboard* const targets = into + target * Inner;
+            Bitboard* const origins = from + std::size_t{ray.squares[i + 1]} * Inner;
+            const Bitboard empty = (still.blockers & bit[target]) != 0 ? 0 : ~bit[target];
+            for (std::size_t row = 0; row < Inner; ++row) {
+                reaching[row] = targets[row] | (reaching[row] & empty);
+            }
+            if constexpr (Inner == 64) reaching[target] = 0;  // the inner man stands there
+            for (std::size_t row = 0; row < Inner; ++row) origins[row] |= reaching[row];
+        }
+    }
+}
+
+template <std::size_t Inner>
+void Predecessors::findByPawn(unsigned mover, const Still& still, const Bitboard* into,
+                              Bitboard* from) const {
+    const int step = pawnStep(mover);
+    for (Square origin = 8; origin < 56; ++origin) {
+        const Bitboard* const one = into + static_cast<std::size_t>(origin + step) * Inner;
+        Bitboard* const origins = from + static_cast<std::size_t>(origin) * Inner;
+        for (std::size_t row = 0; row < Inner; ++row) origins[row] |= one[row];
+        const Square middle = origin + step;
+        const Square target = middle + step;
+        if (origin >> 3 != pawnHome(mover) || (still.blockers & bit[middle]) != 0 ||
+            (still.noDoubleStep & bit[target]) != 0) {
+            continue;
+        }
+        const Bitboard* const two = into + static_cast<std::size_t>(target) * Inner;
+        const Bitboard beside = neighboursInRank(target);
+        const Bitboard rows =
+            Inner == 1 ? 1 : ~(bit[middle] | (still.innerIsEnemyPawn ? beside : 0));
+        const Bitboard lasts = ~(bit[middle] | (still.lastIsEnemyPawn ? beside : 0));
+        for (std::size_t row = 0; row < Inner; ++row) {
+            if ((rows >> row & 1) != 0) origins[row] |= two[row] & lasts;
+        }
+    }
+}
+
+void Predecessors::findByLast(unsigned pair, const Bitboard* into, Bitboard* from) const {
+    const unsigned mover = material.side[last];
+    const auto [first, second] = layout.kingsOf(pair);
+    const Bitboard kings = bit[first] | bit[second];
+    const auto inEachRow = [&](auto origins) {
+        for (std::size_t row = 0; row < layout.rowsPerPair(); ++row) {
+            if (into[row] == 0) continue;
+            Bitboard occupied = kings;
+            if (last >= 3) occupied |= bit[row & 63];
+            if (last == 4) occupied |= bit[row >> 6];
+            from[row] |= origins(into[row], ~occupied, row);
+        }
+    };
+    switch (material.man[last]) {
+        case Kind::Queen:
+            inEachRow([](Bitboard set, Bitboard empty, std::size_t) {
+                return slidByRook(set, empty) | slidByBishop(set, empty);
+            });
+            break;
+        case Kind::Rook:
+            inEachRow(
+                [](Bitboard set, Bitboard empty, std::size_t) { return slidByRook(set, empty); });
+            break;
+        case Kind::Bishop:
+            inEachRow(
+                [](Bitboard set, Bitboard empty, std::size_t) { return slidByBishop(set, empty); });
+            break;
+        case Kind::Knight:
+            inEachRow([](Bitboard set, Bitboard, std::size_t) { return leapt(set); });
+            break;
+        default: {
+            const int back = -pawnStep(mover);
+            const Bitboard doubled = rowMask[pawnHome(mover) - 2 * back / 8];
+            const auto beside = [&](std::size_t man, std::size_t square) {
+                const bool isEnemyPawn =
+                    material.man[man] == Kind::Pawn && material.side[man] != mover;
+                return isEnemyPawn ? neighboursInRank(static_cast<Square>(square)) : 0;
+            };
+            inEachRow([&](Bitboard set, Bitboard empty, std::size_t row) {
+                Bitboard twice = set & doubled;
+                if (last >= 3) twice &= ~beside(last - 1, row & 63);
+                if (last == 4) twice &= ~beside(2, row >> 6);
+                return pawnStepped(set, back) | pawnStepped(pawnStepped(twice, back) & empty, back);
+            });
+        }
+    }
+}
+
+}  // namespace brivok::tables
