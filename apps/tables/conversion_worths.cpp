@@ -56,7 +56,7 @@ ConversionWorths::Worths ConversionWorths::worthsWithout(std::size_t victim, Tab
     const unsigned side = material.side[victim] ^ (swapped ? 1U : 0U);
     const unsigned turn = swapped ? 56 : 0;  // the first side's pawns move up in the file
     const std::size_t symmetries = below.hasPawns() ? 2 : 8;
-    const std::vector<std::uint8_t>& bytes = store.table(id)[isSameForBoth(id) ? 0 : side];
+    const std::vector<std::uint8_t>& bytes = store.entries(id, side);
     FileWalk(id, below, side).visitAll(threads, [&](std::uint64_t index, const Squares& placed) {
         if (index >= bytes.size()) return;
         const Worth worth = worthOfLeaving(outcomeOf(bytes[index]));
@@ -205,7 +205,7 @@ void ConversionWorths::ratePromotionsBy(std::size_t pawn, const Squares& squares
         Squares after = squares;
         after[pawn] = static_cast<std::uint8_t>(to);
         for (const Kind into : PromotedMen) {
-            raise(worth, worthOfLeaving(files.outcome(after, mover ^ 1U, {captured, pawn, into})));
+            raise(worth, worthOfLeaving(files.outcome(after, {captured, pawn, into})));
         }
     };
     const Square ahead = from + pawnStep(mover);

@@ -17,13 +17,16 @@ EntryFinder::EntryFinder(const Material& material) {
     }
 }
 
-TableReader::TableReader(const Material& material, TableStore& store) : finder(material) {
-    if (finder.table() != 0) entries = &store.table(finder.table());
+TableReader::TableReader(const Material& material, unsigned itsMover, TableStore& store)
+    : finder(material), mover(itsMover) {
+    if (finder.table() != 0) entries = &store.entries(finder.table(), finder.sideOf(mover));
 }
 
 ConversionReader::ConversionReader(const Material& material, TableStore& store) {
     for (const Conversion& conversion : conversionsOf(material)) {
-        readers[placeOf(conversion)] = TableReader(convert(material, conversion), store);
+        const unsigned mover = conversion.captured != 0 ? material.side[conversion.captured]
+                                                        : material.side[conversion.promoted] ^ 1U;
+        readers[placeOf(conversion)] = TableReader(convert(material, conversion), mover, store);
     }
 }
 

@@ -27,12 +27,15 @@ public:
     /// The id of the table; 0 for bare kings, which have none.
     [[nodiscard]] int table() const { return id; }
 
+    /// The side of the table that is to move if `mover` is.
+    [[nodiscard]] unsigned sideOf(unsigned mover) const { return swapped ? mover ^ 1U : mover; }
+
     [[nodiscard]] Entry find(const Squares& squares, unsigned mover, int ep) const {
         std::array<PieceList, 2> lists{};
         for (std::size_t i = 0; i < count; ++i) {
             lists[men[i].list][men[i].slot] = squares[men[i].man];
         }
-        const unsigned side = swapped ? mover ^ 1U : mover;
+        const unsigned side = sideOf(mover);
         const std::uint64_t index = tableIndex(id, side, lists[0], lists[1], ep, swapped ? 1 : 0);
         return {isSameForBoth(id) ? 0 : side, index};
     }
@@ -51,23 +54,23 @@ private:
     std::size_t count = 0;
 };
 
-/// Looks up positions of some material in their table.
+/// Looks up positions of some material with one side to move in their table.
 class TableReader {
 public:
     TableReader() = default;
-    TableReader(const Material& material, TableStore& store);
+    TableReader(const Material& material, unsigned itsMover, TableStore& store);
 
     /// NoValue also if the position has no entry.
-    [[nodiscard]] Outcome outcome(const Squares& squares, unsigned mover, int ep) const {
+    [[nodiscard]] Outcome outcome(const Squares& squares, int ep) const {
         if (finder.table() == 0) return Draw;
-        const auto [side, index] = finder.find(squares, mover, ep);
-        const std::vector<std::uint8_t>& bytes = (*entries)[side];
-        return index < bytes.size() ? outcomeOf(bytes[index]) : NoValue;
+        const std::uint64_t index = finder.find(squares, mover, ep).index;
+        return index < entries->size() ? outcomeOf((*entries)[index]) : NoValue;
     }
 
 private:
     EntryFinder finder;
-    const TableBytes* entries = nullptr;
+    unsigned mover = 0;
+    const std::vector<std::uint8_t>* entries = nullptr;
 };
 
 /// Looks up the results of a material's conversions.
@@ -76,9 +79,8 @@ public:
     ConversionReader(const Material& material, TableStore& store);
 
     /// From the view of the side to move after the conversion.
-    [[nodiscard]] Outcome outcome(const Squares& squares, unsigned mover,
-                                  const Conversion& conversion) const {
-        return readers[placeOf(conversion)].outcome(squares, mover, NoEnPassant);
+    [[nodiscard]] Outcome outcome(const Squares& squares, const Conversion& conversion) const {
+        return readers[placeOf(conversion)].outcome(squares, NoEnPassant);
     }
 
 private:

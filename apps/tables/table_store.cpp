@@ -48,29 +48,32 @@ bool TableStore::has(int id) const {
 
 bool TableStore::hasAny(int id) const { return !find(id, 0).empty() || !find(id, 1).empty(); }
 
-const TableBytes& TableStore::table(int id) {
-    if (const auto found = loaded.find(id); found != loaded.end()) return found->second;
-    TableBytes bytes;
-    for (unsigned side = 0; side < filesOf(id); ++side) {
-        const std::filesystem::path path = find(id, side);
-        if (path.empty()) {
-            fail(folder / tableFileName(id, side), "no such file");
-        }
-        const std::uint64_t size = descriptorOf(id).size[side];
-        bytes[side] = readTableFile(path, size);
-        if (bytes[side].size() != size) {
-            fail(path, std::to_string(bytes[side].size()) + " entries instead of " +
-                           std::to_string(size));
-        }
+const std::vector<std::uint8_t>& TableStore::entries(int id, unsigned side) {
+    if (isSameForBoth(id)) side = 0;
+    const auto key = std::make_pair(id, side);
+    if (const auto found = loaded.find(key); found != loaded.end()) return found->second;
+    const std::filesystem::path path = find(id, side);
+    if (path.empty()) {
+        fail(folder / tableFileName(id, side), "no such file");
     }
-    return loaded.emplace(id, std::move(bytes)).first->second;
+    const std::uint64_t size = descriptorOf(id).size[side];
+    std::vector<std::uint8_t> bytes = readTableFile(path, size);
+    if (bytes.size() != size) {
+        fail(path, std::to_string(bytes.size()) + " entries instead of " + std::to_string(size));
+    }
+    return loaded.emplace(key, std::move(bytes)).first->second;
+}
+
+void TableStore::put(int id, TableBytes bytes) {
+    for (unsigned side = 0; side < filesOf(id); ++side) {
+        loaded.insert_or_assign({id, side}, std::move(bytes[side]));
+    }
 }
 
 void TableStore::save(int id) {
-    const TableBytes& bytes = table(id);
     for (unsigned side = 0; side < filesOf(id); ++side) {
         NewFile file(folder / tableFileName(id, side));
-        file.write(bytes[side]);
+        file.write(entries(id, side));
         file.finish();
         // A packed file that was found wrong.
         std::filesystem::remove(packedName(folder / tableFileName(id, side)));
@@ -88,7 +91,7 @@ void TableStore::pack(int id, unsigned threads) const {
 
 void TableStore::keepOnly(const std::vector<int>& ids) {
     std::erase_if(loaded, [&](const auto& entry) {
-        return std::find(ids.begin(), ids.end(), entry.first) == ids.end();
+        return std::find(ids.begin(), ids.end(), entry.first.first) == ids.end();
     });
 }
 

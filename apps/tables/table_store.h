@@ -34,7 +34,7 @@ struct TableFileName {
 /// The entries of a table by side to move, in file order.
 using TableBytes = std::array<std::vector<std::uint8_t>, 2>;
 
-/// The tables of a folder, kept in memory from their first use.
+/// The tables of a folder. Each file is kept in memory from its first use.
 class TableStore {
 public:
     explicit TableStore(std::filesystem::path itsFolder) : folder(std::move(itsFolder)) {}
@@ -48,11 +48,12 @@ public:
     /// Whether at least one file exists.
     [[nodiscard]] bool hasAny(int id) const;
 
-    /// Throws AppError if a file is missing, unreadable or of the wrong length.
-    [[nodiscard]] const TableBytes& table(int id);
+    /// The entries of the file for a side to move, or of the only file. Throws AppError if it is
+    /// missing, unreadable or of the wrong length.
+    [[nodiscard]] const std::vector<std::uint8_t>& entries(int id, unsigned side);
 
     /// Sets the entries of the table, in memory only.
-    void put(int id, TableBytes bytes) { loaded.insert_or_assign(id, std::move(bytes)); }
+    void put(int id, TableBytes bytes);
 
     /// Writes the files of a table that is in memory, replacing existing ones.
     void save(int id);
@@ -65,7 +66,7 @@ public:
 
 private:
     std::filesystem::path folder;
-    std::map<int, TableBytes> loaded;
+    std::map<std::pair<int, unsigned>, std::vector<std::uint8_t>> loaded;  ///< by id and file
 };
 
 /// The name of a packed file: the plain file's name plus ".emd".

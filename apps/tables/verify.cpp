@@ -1,5 +1,6 @@
 #include "verify.h"
 
+#include <array>
 #include <atomic>
 #include <memory>
 #include <random>
@@ -22,16 +23,17 @@ Outcome withoutMoves(bool inCheck) { return inCheck ? lossIn(0) : Draw; }
 class Successors {
 public:
     Successors(const Material& itsMaterial, TableStore& store)
-        : material(itsMaterial), same(itsMaterial, store), conversions(itsMaterial, store) {}
+        : material(itsMaterial),
+          same{TableReader(itsMaterial, 0, store), TableReader(itsMaterial, 1, store)},
+          conversions(itsMaterial, store) {}
 
     [[nodiscard]] Outcome outcome(const Position& position) const {
         const LegalMoves moves(material, position);
-        const unsigned other = position.mover ^ 1U;
         BestReply best;
         bool canMove = false;
         moves.forEachConversion([&](const Squares& squares, const Conversion& conversion) {
             canMove = true;
-            best.add(conversions.outcome(squares, other, conversion));
+            best.add(conversions.outcome(squares, conversion));
         });
         for (std::size_t man = 0; man < material.count; ++man) {
             Bitboard quiet = moves.quiet(man);
@@ -39,7 +41,7 @@ public:
                 canMove = true;
                 const Position after =
                     positionAfter(material, position, man, takeNext<White>(quiet));
-                best.add(same.outcome(after.squares, other, after.ep));
+                best.add(same[after.mover].outcome(after.squares, after.ep));
             }
         }
         return canMove ? best.outcome() : withoutMoves(moves.inCheck());
@@ -47,7 +49,7 @@ public:
 
 private:
     const Material& material;
-    TableReader same;
+    std::array<TableReader, 2> same;  ///< by side to move
     ConversionReader conversions;
 };
 
@@ -64,7 +66,7 @@ Outcome outcomeOf(const Board& board, TableStore& store) {
     }
     const int ep =
         board.epSquare == NoSquare ? NoEnPassant : static_cast<int>(mirrorSquare[board.epSquare]);
-    return TableReader(material, store).outcome(squares, board.sideToMove == White ? 0 : 1, ep);
+    return TableReader(material, board.sideToMove == White ? 0 : 1, store).outcome(squares, ep);
 }
 
 /// Computes the entry of a position from the engine's moves.
@@ -102,9 +104,8 @@ std::string describeEntry(int id, const Material& material, unsigned side, std::
 std::optional<std::string> contradiction(int id, TableStore& store, unsigned threads) {
     const Material material = materialOf(descriptorOf(id).signature());
     const Successors successors(material, store);
-    const TableBytes& table = store.table(id);
     for (unsigned side = 0; side < filesOf(id); ++side) {
-        const std::vector<std::uint8_t>& bytes = table[side];
+        const std::vector<std::uint8_t>& bytes = store.entries(id, side);
         const auto expected = [&](std::uint64_t index) {
             Position position;
             return legalPosition(id, material, side, index, position) ? successors.outcome(position)
@@ -142,7 +143,7 @@ std::optional<std::string> contradictionInSample(int id, TableStore& store, std:
                 board->setPositionFromFen(fenOf(material, position));
                 expected = outcomeByEngine(*board, store);
             }
-            const Outcome stored = outcomeOf(store.table(id)[side][index]);
+            const Outcome stored = outcomeOf(store.entries(id, side)[index]);
             if (stored != expected) {
                 return describeEntry(id, material, side, index, stored, expected);
             }
