@@ -27,7 +27,8 @@ void appendPassings(const Row& row, unsigned mover, const ConversionWorths& conv
     for (std::size_t pawn = 2; pawn < material.count; ++pawn) {
         if (material.man[pawn] != Kind::Pawn || material.side[pawn] != other) continue;
         if (pawn != last && !isDoubleStep(other, row.squares[pawn])) continue;
-        const std::size_t back = std::size_t{16} << 6 * (last - pawn);  // two ranks, in numbers
+        std::size_t back = 16;  // two ranks, in the numbers of positions
+        for (std::size_t man = pawn; man < last; ++man) back <<= 6;
         Squares squares = row.squares;
         for (Bitboard rest = row.legal(mover); rest != 0;) {
             squares[last] = static_cast<std::uint8_t>(takeNext<White>(rest));

@@ -199,7 +199,8 @@ void Predecessors::findBySlider(const Still& still, const std::vector<Ray>& rays
         for (std::size_t i = 0; i + 1 < ray.length; ++i) {
             const std::size_t target = ray.squares[i];
             const Bitboard* const targets = into + target * Inner;
-            Bitboard* const origins = from + std::size_t{ray.squares[i + 1]} * Inner;
+            const std::size_t origin = ray.squares[i + 1];
+            Bitboard* const origins = from + origin * Inner;
             const Bitboard empty = (still.blockers & bit[target]) != 0 ? 0 : ~bit[target];
             for (std::size_t row = 0; row < Inner; ++row) {
                 reaching[row] = targets[row] | (reaching[row] & empty);
