@@ -102,7 +102,6 @@ Worth ConversionWorths::capture(const Squares& after, std::size_t victim) const 
 
 void ConversionWorths::rate(const Squares& squares, unsigned mover, Bitboard legal,
                             Worth* worths) const {
-    std::fill_n(worths, 64, NoWorth);
     Bitboard others = 0;
     for (std::size_t man = 0; man < last; ++man) others |= bit[squares[man]];
     for (std::size_t captor = 0; captor < last; ++captor) {

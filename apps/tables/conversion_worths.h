@@ -24,9 +24,10 @@ public:
     ConversionWorths(const Material& itsMaterial, const Layout& itsLayout, TableStore& store,
                      unsigned threads);
 
-    /// By the square of the last man, the best of the mover's captures and promotions, without
-    /// those in passing. `squares` are those of the other men; `legal` are the squares of the last
-    /// man with legal positions. The rest has no worth.
+    /// Sets, by the square of the last man, the best of the mover's captures and promotions,
+    /// without those in passing. `squares` are those of the other men, `legal` those of the last
+    /// man in legal positions. `worths` are NoWorth before, and stay so where there are no such
+    /// moves.
     void rate(const Squares& squares, unsigned mover, Bitboard legal, Worth* worths) const;
 
     /// The best capture of `pawn`, which has just made a double step, in passing. NoWorth if there

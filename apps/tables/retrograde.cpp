@@ -69,7 +69,10 @@ Retrograde::Retrograde(const Material& itsMaterial, TableStore& store, unsigned 
         like = material.likeTheOneBefore(man) ? like + 1 : 1;
         twins *= like;
     }
-    for (auto& bytes : worths) bytes.resize(layout.size());
+    // Left unset: the threads that examine the blocks are the first to touch these pages.
+    for (auto& bytes : worths) {
+        bytes = std::make_unique_for_overwrite<std::uint8_t[]>(layout.size());
+    }
 }
 
 void Retrograde::solve(const Progress& progress) {
@@ -144,8 +147,9 @@ void Retrograde::examineRow(const Row& row, unsigned mover) {
     Side& side = sides[mover];
     const Bitboard legal = row.legal(mover);
     side.notWon.block(row.pair)[row.number] = legal;
-    if (legal == 0) return;
     Worth* const found = worthsOf(row.pair, mover) + (row.number << 6);
+    std::fill_n(found, 64, NoWorth);
+    if (legal == 0) return;
     conversions.rate(row.squares, mover, legal, found);
     WorthSet& expected = side.expected[row.pair * groupsPerPair + row.number / RowsInGroup];
     Bitboard open = legal;
@@ -308,7 +312,7 @@ void Retrograde::findPredecessors(unsigned pair, unsigned mover, const PositionS
 /// Adds the positions that have a conversion of this worth.
 void Retrograde::addConversions(unsigned pair, unsigned mover, Worth worth, Block& from) const {
     const std::size_t length = std::min(rowsPerPair, RowsInGroup) << 6;
-    const Worth* const first = worths[mover].data() + firstOf(pair);
+    const Worth* const first = worths[mover].get() + firstOf(pair);
     for (std::size_t group = 0; group < groupsPerPair; ++group) {
         if (!sides[mover].expected[pair * groupsPerPair + group][worth]) continue;
         const Worth* const end = first + (group + 1) * length;

@@ -4,6 +4,7 @@
 #include <bitset>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include "conversion_worths.h"
@@ -93,7 +94,7 @@ private:
         return std::uint64_t{pair} * rowsPerPair << 6;
     }
     [[nodiscard]] Worth* worthsOf(unsigned pair, unsigned mover) {
-        return worths[mover].data() + firstOf(pair);
+        return worths[mover].get() + firstOf(pair);
     }
 
     Material material;
@@ -107,7 +108,7 @@ private:
     std::array<Side, 2> sides;
     /// By side to move: the worth of conversions until the distance is known; then of the position;
     /// in the end the bytes of the files.
-    std::array<std::vector<std::uint8_t>, 2> worths;
+    std::array<std::unique_ptr<std::uint8_t[]>, 2> worths;
 };
 
 }  // namespace brivok::tables
