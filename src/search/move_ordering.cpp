@@ -14,36 +14,38 @@ void Searcher::scoreMoves(OrderedMoves& list, Move hashMove, int searchPly) {
     const Board& b = *board;
     const bool wasFollowing = followPv;
     followPv = false;
-    const Move pvMove = wasFollowing ? b.pvTable[1][searchPly] : NoMove;
     const Move killer1 = b.killer1[searchPly];
     const Move killer2 = b.killer2[searchPly];
-    const bool byRootNodes = wasFollowing && searchPly == 1 && iteration >= 2;
+    const auto byExperience = [&](Move m) {
+        const int killer = m == killer1 ? OrderKiller1 : m == killer2 ? OrderKiller2 : 0;
+        return b.history[b.squares[moveFrom(m)]][moveTo(m)] + killer;
+    };
 
     list.restart();
+    if (!wasFollowing) {
+        for (int i = 0; i < list.count; ++i) {
+            const Move m = list.moves[i];
+            list.score(b, m == hashMove ? OrderPvMove : byExperience(m));
+        }
+        return;
+    }
+    const Move pvMove = b.pvTable[1][searchPly];
+    const bool byRootNodes = searchPly == RootPly && iteration >= 2;
     for (int i = 0; i < list.count; ++i) {
         const Move m = list.moves[i];
         int extra = 0;
-        if (wasFollowing && m == pvMove) {
+        if (m == pvMove) {
             followPv = true;
-            extra += OrderPvMove;
+            extra = OrderPvMove;
         }
         if (m == hashMove) {
             extra += OrderPvMove;
         } else if (byRootNodes) {
             extra += static_cast<int>(rootMoveNodes[i] / 100);
         } else {
-            extra += b.history[b.squares[moveFrom(m)]][moveTo(m)];
-            if (m == killer1) {
-                extra += OrderKiller1;
-            } else if (m == killer2) {
-                extra += OrderKiller2;
-            }
+            extra += byExperience(m);
         }
-        if (moveCapture(m) != Empty || movePromotion(m) != Empty) {
-            list.scoreCapture(b, extra);
-        } else {
-            list.scoreQuiet(extra);
-        }
+        list.score(b, extra);
     }
 }
 

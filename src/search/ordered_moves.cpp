@@ -1,16 +1,12 @@
 #include "search/ordered_moves.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "board/piece_values.h"
 
 namespace brivok {
 
 namespace {
-
-/// In a list longer than this the first move, with which most nodes end, is picked by a plain scan.
-constexpr int ShortList = 8;
 
 /// The side with the move gains at most the man it takes and what a pawn promotes to.
 int mostGained(const Board& board, Move move) {
@@ -37,12 +33,10 @@ int exchangeValue(const Board& board, Move move) {
 
 }  // namespace
 
-void OrderedMoves::scoreCapture(const Board& board, int extra) {
-    const Move move = moves[scored];
+OrderedMoves::Key OrderedMoves::boundOfCapture(const Board& board, Move move, int extra) {
     const int bound = mostGained(board, move);
     upperBounds[scored] = bound;
-    keys[scored] = keyOf(extra + orderBySee(bound), scored, mostLost(board, move) > 0);
-    ++scored;
+    return keyOf(extra + orderBySee(bound), scored, mostLost(board, move) > 0);
 }
 
 int OrderedMoves::see(const Board& board) const {
@@ -50,8 +44,8 @@ int OrderedMoves::see(const Board& board) const {
     return isBound(key) ? exchangeValue(board, moves[indexOf(key)]) : upperBounds[indexOf(key)];
 }
 
-void OrderedMoves::sort() {
-    for (int i = picked + 1; i < scored; ++i) {
+void OrderedMoves::sortReady() {
+    for (int i = picked + 1; i < ready; ++i) {
         const Key key = keys[i];
         int at = i;
         for (; at > picked && keys[at - 1] < key; --at) keys[at] = keys[at - 1];
@@ -61,21 +55,17 @@ void OrderedMoves::sort() {
 }
 
 Move OrderedMoves::next(const Board& board) {
-    if (picked == scored) return NoMove;
-    if (!sorted) {
-        if (picked == 0 && scored > ShortList) {
-            Key* const best = std::max_element(keys, keys + scored);
-            if (!isBound(*best)) {
-                std::swap(keys[0], *best);
-                return moves[indexOf(keys[picked++])];
-            }
+    if (!sorted) sortReady();
+    while (true) {
+        if (picked == ready) {
+            if (picked == scored) return NoMove;
+            ready = scored;
+            sortReady();
         }
-        sort();
+        const Key key = keys[picked];
+        if (!isBound(key) || staysFirst(board, key)) return moves[indexOf(keys[picked++])];
+        lowerFirst(board);
     }
-    for (Key key = keys[picked]; isBound(key) && !staysFirst(board, key); key = keys[picked]) {
-        putInOrder(picked, lowered(board, key));
-    }
-    return moves[indexOf(keys[picked++])];
 }
 
 /// Whether the move wins or keeps material and remains before all others with the least exchange
@@ -84,7 +74,8 @@ bool OrderedMoves::staysFirst(const Board& board, Key key) const {
     const int index = indexOf(key);
     const int lost = mostLost(board, moves[index]);
     if (upperBounds[index] < lost) return false;
-    return picked + 1 == scored || key - Key{lost} * (2 << IndexBits) > keys[picked + 1];
+    // It remains ready as well, so those that are not ready yet need not be asked.
+    return picked + 1 == ready || key - Key{lost} * (2 << IndexBits) > keys[picked + 1];
 }
 
 /// The key with a lower bound: of a man that a pawn can take back and that is worth more than its
@@ -105,10 +96,14 @@ OrderedMoves::Key OrderedMoves::lowered(const Board& board, Key key) {
     return keyOf(extra + orderBySee(bound), index, false);
 }
 
-/// Replaces a key, which may only become smaller.
-void OrderedMoves::putInOrder(int at, Key key) {
-    for (; at + 1 < scored && keys[at + 1] > key; ++at) keys[at] = keys[at + 1];
+/// Gives the first move left its lower score, and its place by it.
+void OrderedMoves::lowerFirst(const Board& board) {
+    const Key key = lowered(board, keys[picked]);
+    int at = picked;
+    for (; at + 1 < ready && keys[at + 1] > key; ++at) keys[at] = keys[at + 1];
     keys[at] = key;
+    // Below ReadyScore it is now the last of the ready ones; it joins the others.
+    if (key < ReadyKey && ready < scored) --ready;
 }
 
 }  // namespace brivok

@@ -1,17 +1,21 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "movegen/generate.h"
 
 namespace brivok {
 
 /// The moves of a node, handed out by falling ordering score; among equals the earlier in the list
-/// comes first.
+/// comes first. Two things make that cheap:
 ///
 /// A capture or promotion is ordered by its exchange value (Board::see()), which takes longer than
 /// all else that a node knows about a move. So it starts with an upper bound, and the value itself
 /// is computed only if the move comes to the top and might not stay there.
+///
+/// Most nodes end with one of their first moves. So only the moves that reach a score above nearly
+/// all quiet moves are sorted at once, and the others when it is their turn.
 class OrderedMoves {
 public:
     /// Added to the exchange value of a capture or promotion that does not lose material.
@@ -22,22 +26,28 @@ public:
 
     /// Forgets all scores and begins again.
     void restart() {
-        scored = picked = 0;
+        scored = picked = ready = 0;
         sorted = false;
     }
 
     /// Scores the next move of the list, one call for each in their order: a quiet move by `extra`
     /// alone, a capture or promotion by its exchange value on top.
-    void scoreQuiet(int extra) { keys[scored] = keyOf(extra, scored, false), ++scored; }
-    void scoreCapture(const Board& board, int extra);
+    void score(const Board& board, int extra) {
+        const Move move = moves[scored];
+        if (moveCapture(move) == Empty && movePromotion(move) == Empty) {
+            append(keyOf(extra, scored, false));
+        } else {
+            append(boundOfCapture(board, move, extra));
+        }
+    }
 
     /// Picks the next move; NoMove if none is left. The board is the one that the list is for.
     Move next(const Board& board);
 
-    /// Whether all moves left are captures or promotions that lose material. May say no as long as
-    /// next() has not been called.
+    /// Whether all moves left, of which none is quiet, lose material. May say no before the first
+    /// call of next().
     [[nodiscard]] bool onlyLosersLeft() const {
-        return picked < scored && sorted && orderOf(keys[picked]) < GoodCapture;
+        return picked == ready || (sorted && orderOf(keys[picked]) < GoodCapture);
     }
     [[nodiscard]] int left() const { return scored - picked; }
 
@@ -47,9 +57,6 @@ public:
     [[nodiscard]] bool losesMaterial() const { return upperBounds[index()] < 0; }
     /// Exchange value of the capture or promotion picked last.
     [[nodiscard]] int see(const Board& board) const;
-
-    /// Brings the moves left into their order, by the bounds known so far.
-    void sort();
 
 private:
     /// The score, the place in the list, and whether the score is but an upper bound, in one number
@@ -71,14 +78,29 @@ private:
     /// What an exchange value adds to the ordering score.
     static constexpr int orderBySee(int see) { return see >= 0 ? see + GoodCapture : see; }
 
+    /// Moves with at least this score come into the order at once: good captures, killers, the move
+    /// of the hash table.
+    static constexpr int ReadyScore = 5'000'000;
+    static constexpr Key ReadyKey = Key{ReadyScore} * (2 << IndexBits);
+
+    void append(Key key) {
+        keys[scored] = key;
+        if (key >= ReadyKey) std::swap(keys[scored], keys[ready++]);
+        ++scored;
+    }
+    [[nodiscard]] Key boundOfCapture(const Board& board, Move move, int extra);
+
+    void sortReady();
     [[nodiscard]] bool staysFirst(const Board& board, Key key) const;
     [[nodiscard]] Key lowered(const Board& board, Key key);
-    void putInOrder(int at, Key key);
+    void lowerFirst(const Board& board);
 
-    int scored = 0;  ///< number of moves with a score
-    int picked = 0;  ///< number of moves picked
-    bool sorted = false;
-    Key keys[MaxMoves];         ///< first of the moves picked, then of those left
+    // The keys of the moves picked, of those that are ready, and of the others, in this order.
+    int picked = 0;
+    int ready = 0;        ///< end of the ready ones
+    int scored = 0;       ///< end of the others
+    bool sorted = false;  ///< whether the ready ones are sorted
+    Key keys[MaxMoves];
     int upperBounds[MaxMoves];  ///< of the exchange value, by place in the list
 };
 

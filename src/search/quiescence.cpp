@@ -28,7 +28,6 @@ int Searcher::quiesce(int alpha, int beta, int searchPly, bool checkRepetition) 
     generateCaptures(b, list.moves);
     list.count = b.moveCount;
     scoreMoves(list, NoMove, searchPly);
-    list.sort();
 
     int legalMoves = 0;
     while (list.left() != 0) {
