@@ -1,5 +1,7 @@
+#include <algorithm>
+#include <array>
 #include <bit>
-#include <cstdlib>
+#include <cstdint>
 
 #include "eval/evaluate.h"
 #include "eval/terms.h"
@@ -10,6 +12,40 @@ namespace brivok {
 namespace {
 
 [[nodiscard]] constexpr int signOf(int number) { return (number > 0) - (number < 0); }
+
+/// The correction for White's surplus of minor and major pieces, which are not both 0.
+[[nodiscard]] constexpr int TradeValue(int minors, int majors) {
+    if (minors == 0) return weights::ImbalanceMajor * signOf(majors);
+    switch (majors < 0 ? -majors : majors) {
+        case 0: return weights::ImbalanceMajor * signOf(minors);
+        case 1: {
+            // Extra minor pieces of the side with fewer majors.
+            const int instead = -signOf(majors);
+            const int surplus = minors * instead;
+            if (surplus > 1) return weights::ImbalanceMajor * instead;
+            return surplus == 1 ? -weights::ImbalanceMinor * instead : 0;
+        }
+        // With a surplus of two majors, only the minors decide.
+        case 2: return minors > 2 || minors < -2 ? weights::ImbalanceMajor * signOf(minors) : 0;
+        default: return 0;
+    }
+}
+
+/// A larger surplus counts like this one.
+constexpr int MostSurplus = 3;
+using TradeTable = std::array<std::array<std::int16_t, 2 * MostSurplus + 1>, 2 * MostSurplus + 1>;
+
+/// TradeValue() by both surpluses, each counted from -MostSurplus.
+constexpr TradeTable Trades = [] {
+    TradeTable table{};
+    for (int minors = -MostSurplus; minors <= MostSurplus; ++minors) {
+        for (int majors = -MostSurplus; majors <= MostSurplus; ++majors) {
+            table[minors + MostSurplus][majors + MostSurplus] =
+                static_cast<std::int16_t>(TradeValue(minors, majors));
+        }
+    }
+    return table;
+}();
 
 /// Whether the king-side castling right remains or a minor piece is still on the first rank.
 template <Side S>
@@ -36,25 +72,13 @@ int MaterialImbalance(const Board& board) {
     }
     const int minors = board.minorSurplus;
     const int majors = board.majorSurplus;
-    if (minors == 0) {
-        if (majors != 0) return weights::ImbalanceMajor * signOf(majors);
+    if (minors == 0 && majors == 0) {
         const int whiteQueen = board.pieces[WhiteQueen] != 0 ? 1 : 0;
         const int blackQueen = board.pieces[BlackQueen] != 0 ? 1 : 0;
         return weights::ImbalanceQueen * (whiteQueen - blackQueen);
     }
-    switch (std::abs(majors)) {
-        case 0: return weights::ImbalanceMajor * signOf(minors);
-        case 1: {
-            // Extra minor pieces of the side with fewer majors.
-            const int instead = -signOf(majors);
-            const int surplus = minors * instead;
-            if (surplus > 1) return weights::ImbalanceMajor * instead;
-            return surplus == 1 ? -weights::ImbalanceMinor * instead : 0;
-        }
-        // With a surplus of two majors, only the minors decide.
-        case 2: return std::abs(minors) > 2 ? weights::ImbalanceMajor * signOf(minors) : 0;
-        default: return 0;
-    }
+    return Trades[std::clamp(minors, -MostSurplus, MostSurplus) + MostSurplus]
+                 [std::clamp(majors, -MostSurplus, MostSurplus) + MostSurplus];
 }
 
 template <Side S>

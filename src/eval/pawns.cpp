@@ -8,23 +8,6 @@ namespace {
 /// Rows that stand in for the rearmost pawn of a file without one, by side, White first.
 constexpr std::uint8_t RowOfNone[2] = {1, 6};
 
-/// The squares on the neighbouring files of a file.
-constexpr BitboardTable<8> Neighbours = [] {
-    BitboardTable<8> table{};
-    for (int file = 0; file < 8; ++file) {
-        if (file > 0) table.sets[file] |= fileMask[file - 1];
-        if (file < 7) table.sets[file] |= fileMask[file + 1];
-    }
-    return table;
-}();
-
-/// The rows from `row` back to the first rank of S, with rows as S counts them.
-template <Side S>
-[[nodiscard]] constexpr Bitboard RowsFrom(int row) {
-    const Bitboard rows = ~Bitboard{0} << (8 * static_cast<unsigned>(row));
-    return S == White ? rows : __builtin_bswap64(rows);
-}
-
 /// The set and everything in front of it on its files, as S sees the board.
 template <Side S>
 [[nodiscard]] constexpr Bitboard FilledAhead(Bitboard set) {
@@ -38,46 +21,66 @@ template <Side S>
     return static_cast<std::uint8_t>(set);
 }
 
+/// All squares of the files that the set touches.
+[[nodiscard]] constexpr Bitboard WholeFiles(Bitboard set) { return FileA * FilesOf(set); }
+
+/// The squares beside those of the set.
+[[nodiscard]] constexpr Bitboard Beside(Bitboard set) {
+    return (set & ~FileA) >> 1U | (set & ~FileH) << 1U;
+}
+
+/// Sum of the pawn table over a set of pawns of S.
 template <Side S>
-[[nodiscard]] int ScorePawn(Bitboard own, Bitboard enemy, Square sq) {
-    const int file = fileOf(sq);
-    const int row = SeenRow<S>(rowOf(sq));
-    const int placed = weights::pawnTable[Seen<S>(sq)];
-    const Bitboard beside = own & Neighbours[file];
-    const bool openFile = (enemy & fileMask[file]) == 0;
-    int score = placed;
+[[nodiscard]] int Placed(Bitboard pawns) {
+    int sum = 0;
+    while (pawns != 0) sum += weights::pawnTable[Seen<S>(takeNext<White>(pawns))];
+    return sum;
+}
+
+/// Number of pairs of a pawn and another one on its file, each pair counted from both sides.
+[[nodiscard]] int DoubledPairs(Bitboard own) {
+    if (popCount(own) == popCount(FilesOf(own))) return 0;
+    int pairs = 0;
+    for (const Bitboard file : fileMask.sets) {
+        const int count = popCount(own & file);
+        pairs += count * (count - 1);
+    }
+    return pairs;
+}
+
+/// The score of all pawns of S. `enemyReach` is PawnHashRecord::reach of the enemy.
+template <Side S>
+[[nodiscard]] int ScorePawns(Bitboard own, Bitboard enemy, Bitboard enemyReach) {
+    constexpr Bitboard FirstRow = rowMask[SeenRow<S>(7)];
+    constexpr Bitboard LastTwoRows = rowMask[SeenRow<S>(0)] | rowMask[SeenRow<S>(1)];
 
     // Backward: behind all own pawns of the neighbouring files; isolated if there are none. A file
     // without a pawn counts as if one stood on the seventh rank, so a pawn there is neither.
-    const bool backward = row > 1 && (beside & RowsFrom<S>(row)) == 0;
-    const bool isolated = backward && beside == 0;
-    if (backward) score -= weights::BackwardPawn + (openFile ? weights::BackwardOnOpenFile : 0);
-    if (isolated) score -= weights::IsolatedPawn + (openFile ? weights::IsolatedOnOpenFile : 0);
-
-    score -= weights::DoubledPawn * (popCount(own & fileMask[file]) - 1);
-
+    const Bitboard openFile = own & ~WholeFiles(enemy);
+    const Bitboard backward = own & ~LastTwoRows & ~Beside(FilledAhead<S>(own));
+    const Bitboard isolated = backward & ~Beside(WholeFiles(own));
     // Enemy pawns level with a passed pawn do not stop it.
-    if (openFile && row < 7 && (enemy & outpostGuardMask[S][sq]) == 0) {
-        score += weights::PassedTableFactor * placed;
-        if (!isolated) score += weights::PassedNotIsolated;
-    }
-    return score;
+    const Bitboard passed = openFile & ~FirstRow & ~enemyReach;
+
+    return Placed<S>(own) + weights::PassedTableFactor * Placed<S>(passed) +
+           weights::PassedNotIsolated * popCount(passed & ~isolated) -
+           weights::BackwardPawn * popCount(backward) -
+           weights::BackwardOnOpenFile * popCount(backward & openFile) -
+           weights::IsolatedPawn * popCount(isolated) -
+           weights::IsolatedOnOpenFile * popCount(isolated & openFile) -
+           weights::DoubledPawn * DoubledPairs(own);
 }
 
-/// Fills the fields of one side. Returns its score.
+/// Fills the sets and counts of one side.
 template <Side S>
-[[nodiscard]] int FillSide(Bitboard own, Bitboard enemy, PawnHashRecord& record) {
+void FillSide(Bitboard own, PawnHashRecord& record) {
     constexpr unsigned us = whiteFirst(S);
-    const Bitboard cover = pawnCover<S>(own);
-    record.cover[us] = cover;
-    record.reach[us] = FilledAhead<S>(cover);
+    record.cover[us] = pawnCover<S>(own);
+    record.reach[us] = FilledAhead<S>(record.cover[us]);
     record.files[us] = FilesOf(own);
     record.onDark[us] = static_cast<std::uint8_t>(popCount(own & darkSquares));
     record.onLight[us] = static_cast<std::uint8_t>(popCount(own & lightSquares));
     record.rowOfNone[us] = RowOfNone[us];
-    int score = 0;
-    for (Bitboard pawns = own; pawns != 0;) score += ScorePawn<S>(own, enemy, takeNext<S>(pawns));
-    return score;
 }
 
 }  // namespace
@@ -85,7 +88,10 @@ template <Side S>
 void EvaluatePawns(const Board& board, PawnHashRecord& record) {
     const Bitboard white = board.pieces[WhitePawn];
     const Bitboard black = board.pieces[BlackPawn];
-    const int score = FillSide<White>(white, black, record) - FillSide<Black>(black, white, record);
+    FillSide<White>(white, record);
+    FillSide<Black>(black, record);
+    const int score = ScorePawns<White>(white, black, record.reach[1]) -
+                      ScorePawns<Black>(black, white, record.reach[0]);
     record.key = board.pawnKey;
     record.score = static_cast<std::int16_t>(score);
     record.kings = 0;

@@ -1,6 +1,8 @@
 #include "search/ordered_moves.h"
 
 #include <algorithm>
+#include <functional>
+#include <limits>
 
 #include "board/piece_values.h"
 
@@ -44,38 +46,50 @@ int OrderedMoves::see(const Board& board) const {
     return isBound(key) ? exchangeValue(board, moves[indexOf(key)]) : upperBounds[indexOf(key)];
 }
 
-void OrderedMoves::sortReady() {
-    for (int i = picked + 1; i < ready; ++i) {
-        const Key key = keys[i];
-        int at = i;
-        for (; at > picked && keys[at - 1] < key; --at) keys[at] = keys[at - 1];
-        keys[at] = key;
-    }
+Move OrderedMoves::next(const Board& board) {
+    const Move move = nextReady(board);
+    if (move != NoMove || picked == scored) return move;
+    std::sort(keys + picked, keys + scored, std::greater<>());
+    ready = scored;
     sorted = true;
+    return nextReady(board);
 }
 
-Move OrderedMoves::next(const Board& board) {
-    if (!sorted) sortReady();
-    while (true) {
-        if (picked == ready) {
-            if (picked == scored) return NoMove;
-            ready = scored;
-            sortReady();
-        }
+Move OrderedMoves::nextReady(const Board& board) {
+    while (picked != ready) {
+        const Key second = sorted ? secondOfSorted() : bringBestForward();
         const Key key = keys[picked];
-        if (!isBound(key) || staysFirst(board, key)) return moves[indexOf(keys[picked++])];
+        if (!isBound(key) || staysFirst(board, key, second)) {
+            return moves[indexOf(keys[picked++])];
+        }
         lowerFirst(board);
     }
+    return NoMove;
+}
+
+/// Makes the best of the ready moves the first of them, and returns the second best key. They are
+/// few, and their order cannot be guessed: a scan that branches on none of them beats sorting.
+OrderedMoves::Key OrderedMoves::bringBestForward() {
+    int at = picked;
+    Key best = keys[picked];
+    Key second = std::numeric_limits<Key>::min();
+    for (int i = picked + 1; i < ready; ++i) {
+        const Key key = keys[i];
+        second = std::max(second, std::min(best, key));
+        at = key > best ? i : at;
+        best = std::max(best, key);
+    }
+    keys[at] = keys[picked];
+    keys[picked] = best;
+    return second;
 }
 
 /// Whether the move wins or keeps material and remains before all others with the least exchange
-/// value that it can have.
-bool OrderedMoves::staysFirst(const Board& board, Key key) const {
+/// value that it can have. It remains ready as well, so those that are not need not be asked.
+bool OrderedMoves::staysFirst(const Board& board, Key key, Key second) const {
     const int index = indexOf(key);
     const int lost = mostLost(board, moves[index]);
-    if (upperBounds[index] < lost) return false;
-    // It remains ready as well, so those that are not ready yet need not be asked.
-    return picked + 1 == ready || key - Key{lost} * (2 << IndexBits) > keys[picked + 1];
+    return upperBounds[index] >= lost && key - Key{lost} * (2 << IndexBits) > second;
 }
 
 /// The key with a lower bound: of a man that a pawn can take back and that is worth more than its
@@ -100,10 +114,13 @@ OrderedMoves::Key OrderedMoves::lowered(const Board& board, Key key) {
 void OrderedMoves::lowerFirst(const Board& board) {
     const Key key = lowered(board, keys[picked]);
     int at = picked;
-    for (; at + 1 < ready && keys[at + 1] > key; ++at) keys[at] = keys[at + 1];
+    if (sorted) {
+        for (; at + 1 < ready && keys[at + 1] > key; ++at) keys[at] = keys[at + 1];
+    } else if (key < ReadyKey) {
+        at = --ready;
+        keys[picked] = keys[at];
+    }
     keys[at] = key;
-    // Below ReadyScore it is now the last of the ready ones; it joins the others.
-    if (key < ReadyKey && ready < scored) --ready;
 }
 
 }  // namespace brivok

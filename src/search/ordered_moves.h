@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <utility>
 
 #include "movegen/generate.h"
@@ -14,8 +15,9 @@ namespace brivok {
 /// all else that a node knows about a move. So it starts with an upper bound, and the value itself
 /// is computed only if the move comes to the top and might not stay there.
 ///
-/// Most nodes end with one of their first moves. So only the moves that reach a score above nearly
-/// all quiet moves are sorted at once, and the others when it is their turn.
+/// Most nodes end with one of their first moves: good captures, killers, the move of the hash
+/// table. So these, by their score, are picked one by one, and the rest is sorted when its turn
+/// comes.
 class OrderedMoves {
 public:
     /// Added to the exchange value of a capture or promotion that does not lose material.
@@ -44,11 +46,12 @@ public:
     /// Picks the next move; NoMove if none is left. The board is the one that the list is for.
     Move next(const Board& board);
 
-    /// Whether all moves left, of which none is quiet, lose material. May say no before the first
-    /// call of next().
-    [[nodiscard]] bool onlyLosersLeft() const {
-        return picked == ready || (sorted && orderOf(keys[picked]) < GoodCapture);
-    }
+    /// The same, but NoMove if no move that is left reaches ReadyScore. Of a list of captures and
+    /// promotions only losing ones are left then.
+    Move nextReady(const Board& board);
+    static constexpr int ReadyScore = 5'000'000;
+
+    /// Number of moves not picked yet.
     [[nodiscard]] int left() const { return scored - picked; }
 
     /// Place in the list of the move picked last.
@@ -78,9 +81,6 @@ private:
     /// What an exchange value adds to the ordering score.
     static constexpr int orderBySee(int see) { return see >= 0 ? see + GoodCapture : see; }
 
-    /// Moves with at least this score come into the order at once: good captures, killers, the move
-    /// of the hash table.
-    static constexpr int ReadyScore = 5'000'000;
     static constexpr Key ReadyKey = Key{ReadyScore} * (2 << IndexBits);
 
     void append(Key key) {
@@ -90,16 +90,19 @@ private:
     }
     [[nodiscard]] Key boundOfCapture(const Board& board, Move move, int extra);
 
-    void sortReady();
-    [[nodiscard]] bool staysFirst(const Board& board, Key key) const;
+    Key bringBestForward();
+    [[nodiscard]] Key secondOfSorted() const {
+        return picked + 1 < ready ? keys[picked + 1] : std::numeric_limits<Key>::min();
+    }
+    [[nodiscard]] bool staysFirst(const Board& board, Key key, Key second) const;
     [[nodiscard]] Key lowered(const Board& board, Key key);
     void lowerFirst(const Board& board);
 
     // The keys of the moves picked, of those that are ready, and of the others, in this order.
     int picked = 0;
-    int ready = 0;        ///< end of the ready ones
+    int ready = 0;        ///< end of those of at least ReadyScore
     int scored = 0;       ///< end of the others
-    bool sorted = false;  ///< whether the ready ones are sorted
+    bool sorted = false;  ///< whether the others have been sorted, and now count as ready
     Key keys[MaxMoves];
     int upperBounds[MaxMoves];  ///< of the exchange value, by place in the list
 };

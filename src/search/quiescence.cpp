@@ -30,12 +30,7 @@ int Searcher::quiesce(int alpha, int beta, int searchPly, bool checkRepetition) 
     scoreMoves(list, NoMove, searchPly);
 
     int legalMoves = 0;
-    while (list.left() != 0) {
-        if (list.onlyLosersLeft()) {
-            stats.seeCuts += static_cast<std::uint32_t>(list.left());
-            break;
-        }
-        const Move m = list.next(b);
+    for (Move m = list.nextReady(b); m != NoMove; m = list.nextReady(b)) {
         if (list.losesMaterial()) {
             ++stats.seeCuts;
             continue;
@@ -58,6 +53,7 @@ int Searcher::quiesce(int alpha, int beta, int searchPly, bool checkRepetition) 
         alpha = score;
         b.updatePv(searchPly, m);
     }
+    stats.seeCuts += static_cast<std::uint32_t>(list.left());
     return legalMoves == 0 ? standPat : alpha;
 }
 
