@@ -154,6 +154,15 @@ struct Board : KeptState {
     /// position could run out of them.
     void playGameMove(Move move);
 
+    /// The key after a move that neither castles, promotes nor changes a right: a guess at what to
+    /// load into the cache before the move is made.
+    [[nodiscard]] std::uint64_t likelyKeyAfter(Move move) const {
+        const Square to = moveTo(move);
+        const Piece piece = movePiece(move);
+        return ~hashKey ^ epKeys[epSquare] ^ pieceKeys[piece][moveFrom(move)] ^
+               pieceKeys[piece][to] ^ pieceKeys[moveCapture(move)][to];
+    }
+
     /// Passes the move. The resulting positions have keys of their own. The Move and the keys in
     /// the undo record are left as they were.
     void makeNullMove();

@@ -92,6 +92,9 @@ bool Searcher::nullMoveCuts(Node& node, int& score) {
     const int reduction = deep ? settings.nullMoveMax : settings.nullMoveMin;
     ++(deep ? stats.nullTriesMax : stats.nullTriesMin);
     b.makeNullMove();
+    transpositionTable.prefetch(b.hashKey);
+    evaluation.evalHash.prefetch(b.hashKey);
+    evaluation.pawnHash.prefetch(b.pawnKey);
     const int nullDepth = node.depth - reduction - OnePly;
     const int childPly = node.searchPly + 1;
     score = nullDepth >= OnePly
@@ -195,9 +198,11 @@ int Searcher::search(int alpha, int beta, int depth, int searchPly, bool allowNu
     Move bestMove = NoMove;
     int movesDone = 0;
     for (Move m = list.next(b); m != NoMove; m = list.next(b)) {
+        const std::uint64_t likelyKey = b.likelyKeyAfter(m);
+        transpositionTable.prefetch(likelyKey);
+        evaluation.evalHash.prefetch(likelyKey);
         b.makeMove(m);
-        transpositionTable.prefetch(b.hashKey);
-        evaluation.evalHash.prefetch(b.hashKey);
+        evaluation.pawnHash.prefetch(b.pawnKey);
         if (!node.inCheck && b.moverInCheck()) {
             ++stats.nodes;
             b.unmakeMove();

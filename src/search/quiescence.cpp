@@ -27,6 +27,10 @@ int Searcher::quiesce(int alpha, int beta, int searchPly, bool checkRepetition) 
     OrderedMoves list;
     generateCaptures(b, list.moves);
     list.count = b.moveCount;
+    // Ordering takes about as long as memory takes to answer.
+    for (int i = 0; i < list.count; ++i) {
+        evaluation.evalHash.prefetch(b.likelyKeyAfter(list.moves[i]));
+    }
     scoreMoves(list, NoMove, searchPly);
 
     int legalMoves = 0;
@@ -40,7 +44,7 @@ int Searcher::quiesce(int alpha, int beta, int searchPly, bool checkRepetition) 
             continue;
         }
         b.makeMove(m);
-        evaluation.evalHash.prefetch(b.hashKey);
+        evaluation.pawnHash.prefetch(b.pawnKey);
         if (b.moverInCheck()) {
             b.unmakeMove();
             continue;
