@@ -66,9 +66,9 @@ def test_all_commands():
     ("fischerandom", "qrkb1nbr/pppppppp/8/8/8/8/PPPPPPPP/QRKB1NBR w KQkq - 0 1", 3, 6586),
 ])
 def test_perft(variant, fen, depth, count):
-    for how in ([], ["--bulk"]):
-        perft = measured("perft", "--depth", depth, "--variant", variant, "--fen", fen,
-                         *how)["perft"]
+    plain = ["perft", "--depth", depth, "--variant", variant, "--fen", fen]
+    for arguments in (plain, [*plain, "--bulk"]):
+        perft = measured(*arguments)["perft"]
         assert [(p["fen"], p["variant"]) for p in perft["positions"]] == [(fen, variant)]
         assert perft["nodes"] == count
 
