@@ -11,7 +11,7 @@
 namespace brivok {
 namespace {
 
-/// Scores every position's list and picks `picks` moves from it.
+/// Scores every position's list and picks at most `picks` moves from it.
 void order(benchmark::State& state, void (*generate)(Board&, Move*), int picks) {
     const std::span<Board> boards = quietPositions();
     const auto list = std::make_unique<OrderedMoves>();
@@ -21,7 +21,9 @@ void order(benchmark::State& state, void (*generate)(Board&, Move*), int picks) 
             list->count = board.moveCount;
             list->restart();
             for (int i = 0; i < list->count; ++i) list->score(board, 0);
-            for (int i = 0; i < picks; ++i) benchmark::DoNotOptimize(list->next(board));
+            Move move = list->next(board);
+            for (int i = 1; i < picks && move != NoMove; ++i) move = list->next(board);
+            benchmark::DoNotOptimize(move);
         }
     }
     tellTimeOfEach(state, boards.size());

@@ -35,15 +35,15 @@ private:
     /// A step straight away from a sliding checker stays on its line. The attack test misses that,
     /// because the king still blocks the line.
     void kingMoves(Bitboard own, Bitboard checkers) {
-        Bitboard behind = 0;
+        Bitboard barred = 0;
         for (int count = 0; checkers != 0 && count < 2; ++count) {
             const Square checker = takeNext<White>(checkers);
             const std::uint32_t line = direction[checker][king];
             if (line == 0 || isPawn(board.squares[checker])) continue;
             const Square away = king + StepOfDirection[line];
-            if (away >= 0 && away < Squares && direction[king][away] == line) behind |= bit[away];
+            if (away >= 0 && away < Squares && direction[king][away] == line) barred |= bit[away];
         }
-        for (Bitboard targets = kingAttacks[king] & ~own & ~behind; targets != 0;) {
+        for (Bitboard targets = kingAttacks[king] & ~own & ~barred; targets != 0;) {
             const Square to = takeNext<S>(targets);
             if (!board.isAttacked(to, Them)) writer.addPiece(pieceOf(Kind::King, S), king, to);
         }
