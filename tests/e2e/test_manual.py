@@ -28,6 +28,7 @@ def test_options(name):
     page = (ROOT / f"docs/man/{name}.1").read_text().replace("\\-", "-")
     described = page[page.index(".SH DESCRIPTION"):page.index(".SH EXIT STATUS")]
     assert set(OPTION.findall(described)) == options
+    described = described.partition(".SH ENVIRONMENT")[0]
     assert set(re.findall(r"^\.TP\n\.B (\w+)$", described, re.M)) == set(commands)
 
 
