@@ -36,13 +36,17 @@ def running(tmp_path, command, executable=None, **forced):
     assert process.stdin and process.stdout
     process.stdin.write("uci\n")
     process.stdin.flush()
-    first = process.stdout.readline()
+    said = ""
+    for line in process.stdout:
+        said += line
+        if line == "uciok\n":
+            break
     about = Path(f"/proc/{process.pid}")
     words = (about / "cmdline").read_text().split("\0")[:-1]
     file = os.readlink(about / "exe")
-    said, errors = process.communicate("quit\n", PATIENCE)
+    _, errors = process.communicate("quit\n", PATIENCE)
     assert process.returncode == 0 and said.endswith("uciok\n")
-    return words, file, first + said, errors
+    return words, file, said, errors
 
 
 def test_same_nodes():
