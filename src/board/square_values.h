@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 
 #include "board/types.h"
@@ -62,16 +61,21 @@ inline constexpr SquareTable queenTable{
 }  // namespace weights
 
 /// Values by piece code and square.
-using PlaceValues = std::array<std::array<std::int16_t, 64>, PieceCodes>;
+struct PlaceValues {
+    std::int16_t values[PieceCodes][64];
+    [[nodiscard]] constexpr const std::int16_t (&operator[](Piece piece) const)[64] {
+        return values[piece];
+    }
+};
 
 namespace detail {
 consteval PlaceValues placeValues() {
-    PlaceValues values{};
+    PlaceValues table{};
     for (Square sq = 0; sq < 64; ++sq) {
         const Square mirrored = sq ^ 56;
         const auto fill = [&](Kind kind, std::int16_t white, std::int16_t black) {
-            values[pieceOf(kind, White)][sq] = white;
-            values[pieceOf(kind, Black)][sq] = static_cast<std::int16_t>(-black);
+            table.values[pieceOf(kind, White)][sq] = white;
+            table.values[pieceOf(kind, Black)][sq] = static_cast<std::int16_t>(-black);
         };
         const std::int16_t rook = weights::rookFileTable[fileOf(sq)];
         fill(Kind::Knight, weights::knightTable[sq], weights::knightTable[mirrored]);
@@ -79,7 +83,7 @@ consteval PlaceValues placeValues() {
         fill(Kind::Rook, rook, rook);
         fill(Kind::Queen, weights::queenTable[sq], weights::queenTable[mirrored]);
     }
-    return values;
+    return table;
 }
 }  // namespace detail
 

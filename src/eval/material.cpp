@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cstdint>
 
@@ -33,14 +32,16 @@ namespace {
 
 /// A larger surplus counts like this one.
 constexpr int MostSurplus = 3;
-using TradeTable = std::array<std::array<std::int16_t, 2 * MostSurplus + 1>, 2 * MostSurplus + 1>;
+struct TradeTable {
+    std::int16_t values[2 * MostSurplus + 1][2 * MostSurplus + 1];
+};
 
 /// TradeValue() by both surpluses, each counted from -MostSurplus.
 constexpr TradeTable Trades = [] {
     TradeTable table{};
     for (int minors = -MostSurplus; minors <= MostSurplus; ++minors) {
         for (int majors = -MostSurplus; majors <= MostSurplus; ++majors) {
-            table[minors + MostSurplus][majors + MostSurplus] =
+            table.values[minors + MostSurplus][majors + MostSurplus] =
                 static_cast<std::int16_t>(TradeValue(minors, majors));
         }
     }
@@ -77,8 +78,8 @@ int MaterialImbalance(const Board& board) {
         const int blackQueen = board.pieces[BlackQueen] != 0 ? 1 : 0;
         return weights::ImbalanceQueen * (whiteQueen - blackQueen);
     }
-    return Trades[std::clamp(minors, -MostSurplus, MostSurplus) + MostSurplus]
-                 [std::clamp(majors, -MostSurplus, MostSurplus) + MostSurplus];
+    return Trades.values[std::clamp(minors, -MostSurplus, MostSurplus) + MostSurplus]
+                        [std::clamp(majors, -MostSurplus, MostSurplus) + MostSurplus];
 }
 
 template <Side S>
