@@ -144,7 +144,7 @@ TEST(ZeroedArray, Sizes) {
     };
     // Small and large ones, of whole pages and not, and each size again: memory is given back
     // dirty.
-    for (const std::size_t count : {3, 3, 16384, 65536, 65536, 100001, 3, 131072, 65536}) {
+    for (const std::size_t count : {3U, 3U, 16384U, 65536U, 65536U, 100001U, 3U, 131072U, 65536U}) {
         ASSERT_TRUE(lines.allocate(count));
         ASSERT_EQ(lines.size(), count);
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(&lines[0]) % 4096, 0U);
