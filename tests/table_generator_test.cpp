@@ -27,8 +27,6 @@ namespace {
 
 class TableGeneratorTest : public EngineTest {
 protected:
-    TableGeneratorTest() { prepareMoves(); }
-
     /// Calls check(material, index, position) for random legal entries of a table's files, many of
     /// them with an en passant square if there are any.
     template <typename Check>

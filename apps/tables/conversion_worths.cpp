@@ -223,7 +223,7 @@ Worth ConversionWorths::enPassant(const Squares& squares, std::size_t pawn) cons
     Worth worth = NoWorth;
     for (std::size_t captor = 2; captor < material.count; ++captor) {
         if (material.man[captor] != Kind::Pawn || material.side[captor] == material.side[pawn] ||
-            (neighboursInRank(squares[pawn]) & bit[squares[captor]]) == 0) {
+            (besides(bit[squares[pawn]]) & bit[squares[captor]]) == 0) {
             continue;
         }
         Squares after = squares;

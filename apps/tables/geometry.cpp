@@ -3,21 +3,6 @@
 #include "board/static_tables.h"
 
 namespace brivok::tables {
-namespace {
-
-/// By two squares of a line: the squares behind the second, seen from the first.
-Bitboard behind[brivok::Squares][brivok::Squares];
-
-}  // namespace
-
-void prepareMoves() {
-    for (Square from = 0; from < brivok::Squares; ++from) {
-        for (Square beyond = 0; beyond < brivok::Squares; ++beyond) {
-            Bitboard path = between[from][beyond];
-            while (path != 0) behind[from][takeNext<White>(path)] |= bit[beyond];
-        }
-    }
-}
 
 // The tables of the board number the ranks the other way round. Moves of pieces look the same in
 // both numberings; White's pawns move towards higher squares here, as Black's do there.

@@ -4,12 +4,10 @@
 #include "board/types.h"
 
 /// Where men move, on squares numbered as in the table files: a1 = 0 to h8 = 63. Side 0 moves up.
+/// Needs buildStaticTables().
 namespace brivok::tables {
 
 inline constexpr Bitboard OuterRanks = rowMask[0] | rowMask[7];
-
-/// Builds the move tables. Call once, after buildStaticTables().
-void prepareMoves();
 
 /// A side's pawn step, and the home rank of its pawns (0 to 7).
 [[nodiscard]] constexpr int pawnStep(unsigned side) { return side == 0 ? 8 : -8; }
@@ -22,11 +20,6 @@ void prepareMoves();
 
 /// The square reflected in the a1-h8 diagonal.
 [[nodiscard]] constexpr Square mirrored(Square square) { return (square & 7) << 3 | square >> 3; }
-
-/// The neighbours of a square on its rank.
-[[nodiscard]] inline Bitboard neighboursInRank(Square square) {
-    return ((bit[square] & ~FileA) >> 1) | ((bit[square] & ~FileH) << 1);
-}
 
 [[nodiscard]] constexpr bool isSlider(Kind man) {
     return man == Kind::Bishop || man == Kind::Rook || man == Kind::Queen;

@@ -194,7 +194,6 @@ int run(int argc, char** argv) {
     if (unpacking->parsed()) return unpack(options);
     buildStaticTables();
     prepareTableIndex();
-    prepareMoves();
     if (making->parsed()) return make(options);
     if (verifying->parsed()) return verify(options);
     return info(options);

@@ -44,7 +44,7 @@ bool epSquareFits(const Material& material, const Position& position, Bitboard o
     const Square pawn = position.ep + step;
     return origin >> 3 == pawnHome(other) && (occupied & (bit[position.ep] | bit[origin])) == 0 &&
            (pawnsOf(material, position.squares, other) & bit[pawn]) != 0 &&
-           (pawnsOf(material, position.squares, position.mover) & neighboursInRank(pawn)) != 0;
+           (pawnsOf(material, position.squares, position.mover) & besides(bit[pawn])) != 0;
 }
 
 }  // namespace
@@ -69,7 +69,7 @@ int epSquareBehind(const Material& material, const Squares& squares, std::size_t
     const unsigned side = material.side[pawn];
     const Square square = squares[pawn];
     const Bitboard enemies = pawnsOf(material, squares, side ^ 1U);
-    return (neighboursInRank(square) & enemies) != 0 ? square - pawnStep(side) : NoEnPassant;
+    return (besides(bit[square]) & enemies) != 0 ? square - pawnStep(side) : NoEnPassant;
 }
 
 Position positionAfter(const Material& material, const Position& position, std::size_t man,

@@ -165,7 +165,7 @@ void Predecessors::findByOuter(unsigned pair, std::size_t man, const Bitboard* i
         const Bitboard kings = still.blockers;
         for (Square other = 0; other < 64; ++other, into += 64, from += 64) {
             still.blockers = kings | bit[other];
-            still.noDoubleStep = isEnemyPawn(2) ? neighboursInRank(other) : 0;
+            still.noDoubleStep = isEnemyPawn(2) ? besides(bit[other]) : 0;
             findByMan<1>(man, still, into, from);
         }
     }
@@ -226,7 +226,7 @@ void Predecessors::findByPawn(unsigned mover, const Still& still, const Bitboard
             continue;
         }
         const Bitboard* const two = into + static_cast<std::size_t>(target) * Inner;
-        const Bitboard beside = neighboursInRank(target);
+        const Bitboard beside = besides(bit[target]);
         const Bitboard rows =
             Inner == 1 ? 1 : ~(bit[middle] | (still.innerIsEnemyPawn ? beside : 0));
         const Bitboard lasts = ~(bit[middle] | (still.lastIsEnemyPawn ? beside : 0));
@@ -272,7 +272,7 @@ void Predecessors::findByLast(unsigned pair, const Bitboard* into, Bitboard* fro
             const auto beside = [&](std::size_t man, std::size_t square) {
                 const bool isEnemyPawn =
                     material.man[man] == Kind::Pawn && material.side[man] != mover;
-                return isEnemyPawn ? neighboursInRank(static_cast<Square>(square)) : 0;
+                return isEnemyPawn ? besides(bit[square]) : 0;
             };
             inEachRow([&](Bitboard set, Bitboard empty, std::size_t row) {
                 Bitboard twice = set & doubled;

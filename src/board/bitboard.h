@@ -58,14 +58,16 @@ inline constexpr Bitboard darkSquares = 0x55AA55AA55AA55AA;  ///< a1 is dark
     return __builtin_ctzll(set);
 }
 
+/// The highest set bit. Undefined on an empty set.
+[[nodiscard]] inline Square highestBit(Bitboard set) {
+    assert(set != 0);
+    return __builtin_clzll(set) ^ 63;
+}
+
 /// The highest set bit of squares 0 to 31 if there is one, else the highest of squares 32 to 63:
 /// the scan runs from h5 back to a8, then from h1 back to a4. Swapping the halves makes it one
-/// plain scan from the top; the square is then 63 less the count, and 32 away. Undefined on an
-/// empty set.
-[[nodiscard]] inline Square lastBit(Bitboard set) {
-    assert(set != 0);
-    return __builtin_clzll(std::rotl(set, 32)) ^ 63 ^ 32;
-}
+/// plain scan from the top; the square found is then 32 away. Undefined on an empty set.
+[[nodiscard]] inline Square lastBit(Bitboard set) { return highestBit(std::rotl(set, 32)) ^ 32; }
 
 /// The number of squares in each of the set's eight bytes, side by side (Knuth, The Art of Computer
 /// Programming 4A, 7.1.3). Up to 31 results can be added up before a byte can overflow.
@@ -99,6 +101,17 @@ template <Side S>
         set &= notBit[sq];
         return sq;
     }
+}
+
+/// The neighbours, on their ranks, of the squares of a set.
+[[nodiscard]] constexpr Bitboard besides(Bitboard set) {
+    return (set & ~FileA) >> 1U | (set & ~FileH) << 1U;
+}
+
+/// Moves a set of pawns one step forward.
+template <Side S>
+[[nodiscard]] constexpr Bitboard pushed(Bitboard pawns) {
+    return S == White ? pawns >> 8U : pawns << 8U;
 }
 
 /// Squares that pawns attack towards the a-file.

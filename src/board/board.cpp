@@ -103,9 +103,8 @@ void Board::recomputeDerived() {
         material[side] += pieceValue[piece];
         phaseCount[side] += phaseWeight[piece];
         placement += placeValue[piece][sq];
-        const int sign = side == White ? 1 : -1;
-        minorSurplus = static_cast<std::int16_t>(minorSurplus + sign * minorWeight[piece]);
-        majorSurplus = static_cast<std::int16_t>(majorSurplus + sign * majorWeight[piece]);
+        minorSurplus = static_cast<std::int16_t>(minorSurplus + minorWeight[piece]);
+        majorSurplus = static_cast<std::int16_t>(majorSurplus + majorWeight[piece]);
     }
     occRot90 = rotate90(occupied());
     occDiagNE = rotateDiagNE(occupied());

@@ -300,8 +300,6 @@ private:
     template <Side S>
     std::uint64_t takeFor(Piece taken, Square to);
     template <Side S>
-    void countTrade(Piece piece, int change);
-    template <Side S>
     std::uint64_t movePawnFor(Piece pawn, Move move);
 
     template <Side S>

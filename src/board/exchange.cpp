@@ -1,5 +1,3 @@
-#include <bit>
-
 #include "board/board.h"
 #include "board/piece_values.h"
 
@@ -20,7 +18,7 @@ Bitboard Board::addXray(Bitboard attackers, Square sq, Square to) const {
                                               : pieces[WhiteBishop] | pieces[BlackBishop]));
     if (sliders == 0) return attackers;
     const Bitboard men = ray & occupied();
-    const Square next = sq > to ? firstBit(men) : 63 - std::countl_zero(men);
+    const Square next = sq > to ? firstBit(men) : highestBit(men);
     return attackers | (sliders & bit[next]);
 }
 

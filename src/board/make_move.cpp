@@ -29,10 +29,7 @@ constexpr Square enPassantVictim(Square to) {
 
 /// Whether an enemy pawn stands beside the square where a double push ended. A pawn across the
 /// board's edge does not count.
-bool pawnBeside(Bitboard enemyPawns, Square to) {
-    const Bitboard square = bit[to];
-    return (enemyPawns & (((square & ~FileA) >> 1U) | ((square & ~FileH) << 1U))) != 0;
-}
+bool pawnBeside(Bitboard enemyPawns, Square to) { return (enemyPawns & besides(bit[to])) != 0; }
 
 }  // namespace
 
@@ -148,14 +145,6 @@ std::uint64_t Board::castleFor(Move move) {
            pieceKeys[king][kingTo];
 }
 
-/// A man of side S joins (1) or leaves (-1) the counts of minor and major pieces.
-template <Side S>
-void Board::countTrade(Piece piece, int change) {
-    const int forWhite = S == White ? change : -change;
-    minorSurplus = static_cast<std::int16_t>(minorSurplus + forWhite * minorWeight[piece]);
-    majorSurplus = static_cast<std::int16_t>(majorSurplus + forWhite * majorWeight[piece]);
-}
-
 template <Side S>
 std::uint64_t Board::takeFor(Piece taken, Square to) {
     constexpr Side Them = opposite(S);
@@ -164,7 +153,8 @@ std::uint64_t Board::takeFor(Piece taken, Square to) {
     pieces[taken] ^= bit[to];
     material[Them] -= pieceValue[taken];
     phaseCount[Them] -= phaseWeight[taken];
-    countTrade<Them>(taken, -1);
+    minorSurplus = static_cast<std::int16_t>(minorSurplus - minorWeight[taken]);
+    majorSurplus = static_cast<std::int16_t>(majorSurplus - majorWeight[taken]);
     placement -= placeValue[taken][to];
     const std::uint64_t key = pieceKeys[taken][to];
     if (isPawn(taken)) {
@@ -195,7 +185,8 @@ std::uint64_t Board::movePawnFor(Piece pawn, Move move) {
         pieces[promo] |= bit[to];
         material[S] += pieceValue[promo] - pieceValue[pawn];
         phaseCount[S] += phaseWeight[promo];
-        countTrade<S>(promo, 1);
+        minorSurplus = static_cast<std::int16_t>(minorSurplus + minorWeight[promo]);
+        majorSurplus = static_cast<std::int16_t>(majorSurplus + majorWeight[promo]);
         placement += placeValue[promo][to];
         ++pieceCount[us];
         --pawnCount[us];

@@ -17,9 +17,12 @@ inline std::array<int, PieceCodes> pieceValue{};
 /// the game with 31.
 inline constexpr std::array<int, PieceCodes> phaseWeight{0, 0, 0, 3, 3, 0, 0, 5, 5, 9, 9, 3, 3, 0};
 
-/// By piece code, for trades of minor against major pieces: a queen counts as two majors.
-inline constexpr std::array<int, PieceCodes> minorWeight{0, 0, 0, 1, 1, 0, 0, 0, 0, 0, 0, 1, 1, 0};
-inline constexpr std::array<int, PieceCodes> majorWeight{0, 0, 0, 0, 0, 0, 0, 1, 1, 2, 2, 0, 0, 0};
+/// By piece code, for trades of minor against major pieces, from White's view: a black man's weight
+/// is negative. A queen counts as two majors.
+inline constexpr std::array<int, PieceCodes> minorWeight{0, 0, 0, 1, -1, 0,  0,
+                                                         0, 0, 0, 0, 1,  -1, 0};
+inline constexpr std::array<int, PieceCodes> majorWeight{0, 0,  0, 0,  0, 0, 0,
+                                                         1, -1, 2, -2, 0, 0, 0};
 
 /// Derives `pieceValue` from the five piece settings. An existing position keeps the `material`
 /// summed from the old values until it is recomputed.

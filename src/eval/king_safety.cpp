@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <bit>
 #include <cstdlib>
 
 #include "eval/terms.h"
@@ -17,7 +16,7 @@ namespace {
 /// stood on the one before. Undefined on an empty set.
 template <Side S>
 [[nodiscard]] int RearRow(Bitboard pawns) {
-    const Square sq = S == White ? 63 - std::countl_zero(pawns) : firstBit(pawns);
+    const Square sq = S == White ? highestBit(pawns) : firstBit(pawns);
     return std::max(SeenRow<S>(rowOf(sq)), 1);
 }
 
@@ -59,10 +58,8 @@ template <Side S>
 int CastlingState(const Board& board, const PawnHashRecord& pawns) {
     constexpr std::uint32_t KingSide = S == White ? WhiteCastledKingSide : BlackCastledKingSide;
     constexpr std::uint32_t QueenSide = S == White ? WhiteCastledQueenSide : BlackCastledQueenSide;
-    if ((board.castling & (KingSide | QueenSide)) != 0) {
-        return (board.castling & KingSide) != 0 ? weights::JustCastledKingSide
-                                                : weights::JustCastledQueenSide;
-    }
+    if ((board.castling & KingSide) != 0) return weights::JustCastledKingSide;
+    if ((board.castling & QueenSide) != 0) return weights::JustCastledQueenSide;
     constexpr unsigned us = whiteFirst(S);
     const Square king = board.kingSquare[us];
     if (king == board.kingStart[us]) return 0;

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 
 #include "eval/evaluate.h"
@@ -61,7 +60,7 @@ template <Side S>
 /// takeNext(), this is a plain scan for both sides.
 template <Side S>
 [[nodiscard]] Square QueenToDevelop(Bitboard queens) {
-    return S == White ? firstBit(queens) : 63 - std::countl_zero(queens);
+    return S == White ? firstBit(queens) : highestBit(queens);
 }
 
 }  // namespace
@@ -89,7 +88,7 @@ int Development(const Board& board) {
     const Bitboard pawns = board.pieces[pieceOf(Kind::Pawn, S)];
 
     const Bitboard centre = pawns & (square("d2") | square("e2"));
-    const Bitboard blocked = (S == White ? centre >> 8U : centre << 8U) & board.occupied();
+    const Bitboard blocked = pushed<S>(centre) & board.occupied();
     int score = -weights::BlockedCentrePawn * popCount(blocked);
     const Bitboard gambit = square("c2") | square("d4");
     if ((pawns & gambit) == gambit &&

@@ -24,11 +24,6 @@ template <Side S>
 /// All squares of the files that the set touches.
 [[nodiscard]] constexpr Bitboard WholeFiles(Bitboard set) { return FileA * FilesOf(set); }
 
-/// The squares beside those of the set.
-[[nodiscard]] constexpr Bitboard Beside(Bitboard set) {
-    return (set & ~FileA) >> 1U | (set & ~FileH) << 1U;
-}
-
 /// Sum of the pawn table over a set of pawns of S.
 template <Side S>
 [[nodiscard]] int Placed(Bitboard pawns) {
@@ -57,8 +52,8 @@ template <Side S>
     // Backward: behind all own pawns of the neighbouring files; isolated if there are none. A file
     // without a pawn counts as if one stood on the seventh rank, so a pawn there is neither.
     const Bitboard openFile = own & ~WholeFiles(enemy);
-    const Bitboard backward = own & ~LastTwoRows & ~Beside(FilledAhead<S>(own));
-    const Bitboard isolated = backward & ~Beside(WholeFiles(own));
+    const Bitboard backward = own & ~LastTwoRows & ~besides(FilledAhead<S>(own));
+    const Bitboard isolated = backward & ~besides(WholeFiles(own));
     // Enemy pawns level with a passed pawn do not stop it.
     const Bitboard passed = openFile & ~FirstRow & ~enemyReach;
 

@@ -61,12 +61,6 @@ template <Side S>
 /// Reached by single pushes from home.
 inline constexpr Bitboard ThirdRank = rowMask[S == White ? 5 : 2];
 
-/// Moves a set of pawns one step forward.
-template <Side S>
-[[nodiscard]] constexpr Bitboard pushed(Bitboard pawns) {
-    return S == White ? pawns >> 8U : pawns << 8U;
-}
-
 /// Step of a pawn's capture towards the a-file, from the pawn's square.
 template <Side S>
 inline constexpr int CaptureWest = S == White ? NorthWest : SouthWest;
