@@ -1,0 +1,54 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace brivok::tables {
+
+/// The commands of brivok-tables, without command line parsing. They print their results on
+/// standard output. If a command fails it throws AppError and leaves no incomplete file behind.
+
+[[nodiscard]] inline unsigned allProcessors() {
+    return std::max(1U, std::thread::hardware_concurrency());
+}
+
+struct MakeOptions {
+    std::vector<std::string> targets;  ///< as in tablesToMake()
+    std::filesystem::path folder = ".";
+    unsigned threads = allProcessors();
+    bool compress = false;  ///< pack the files and remove the plain ones
+};
+/// Makes tables and all that they depend on.
+void makeTables(const MakeOptions& options);
+
+struct VerifyOptions {
+    std::filesystem::path folder;
+    std::uint64_t sample = 0;  ///< entries of each file, by the engine's own moves; 0 checks all
+    unsigned threads = allProcessors();
+};
+/// Compares the entries of all tables in a folder with those of their successors, up to the first
+/// table that is wrong. Returns whether all are right.
+[[nodiscard]] bool verifyTables(const VerifyOptions& options);
+
+/// Table files.
+using Files = std::vector<std::string>;
+
+struct PackFilesOptions {
+    Files files;
+    bool best = false;  ///< several times as long, for slightly smaller files
+    unsigned threads = allProcessors();
+};
+/// Writes FILE.emd for each file.
+void packFiles(const PackFilesOptions& options);
+
+/// Writes FILE for each FILE.emd.
+void unpackFiles(const Files& files);
+
+/// Prints what the files hold.
+void describeFiles(const Files& files);
+
+}  // namespace brivok::tables
