@@ -2,8 +2,10 @@
 #include <string>
 
 #include "commands.h"
+#include "making_watch.h"
 #include "material.h"
 #include "table_maker.h"
+#include "table_record.h"
 #include "table_store.h"
 #include "task.h"
 #include "verify.h"
@@ -39,14 +41,18 @@ void makeTables(const MakeOptions& options) {
         if (isFinished(id, store, task)) {
             task.report("already there");
         } else {
+            const MakingWatch watch;
             store.put(id, makeTable(id, store, options.threads,
                                     [&](const std::string& step) { task.show(step); }));
+            const Making making = watch.finish(options.threads);
             store.save(id);
+            writeRecord(options.folder, recordOf(id, store, making));
             task.report("made");
         }
         if (options.compress) {
             task.show("packing");
             store.pack(id, options.threads);
+            recordPacking(options.folder, id);
         }
     }
 }

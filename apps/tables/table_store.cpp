@@ -1,11 +1,11 @@
 #include "table_store.h"
 
 #include <algorithm>
-#include <fstream>
 #include <string_view>
 #include <utility>
 
 #include "../common/files.h"
+#include "file_pieces.h"
 #include "material.h"
 #include "pack.h"
 
@@ -105,27 +105,10 @@ std::filesystem::path plainName(const std::filesystem::path& packed) {
 }
 
 std::vector<std::uint8_t> readTableFile(const std::filesystem::path& path, std::uint64_t most) {
-    const auto checkSize = [&](std::uint64_t size) {
-        if (size > most) fail(path, "more than " + std::to_string(most) + " entries");
-    };
-    if (isPackedName(path)) {
-        std::vector<std::uint8_t> bytes;
-        forEachUnpackedBlock(path, [&](ByteSpan block, std::uint64_t, std::uint64_t) {
-            checkSize(bytes.size() + block.size());
-            bytes.insert(bytes.end(), block.begin(), block.end());
-        });
-        return bytes;
-    }
-    std::ifstream file(path, std::ios::binary);
-    std::error_code failure;
-    const std::uintmax_t size = std::filesystem::file_size(path, failure);
-    if (failure) fail(path, "cannot be read");
-    checkSize(size);
-    std::vector<std::uint8_t> bytes(size);
-    if (!file.read(reinterpret_cast<char*>(bytes.data()),
-                   static_cast<std::streamsize>(bytes.size()))) {
-        fail(path, "cannot be read");
-    }
+    std::vector<std::uint8_t> bytes;
+    bytes.reserve(most);
+    forEachPiece(path, most,
+                 [&](ByteSpan piece) { bytes.insert(bytes.end(), piece.begin(), piece.end()); });
     return bytes;
 }
 

@@ -79,7 +79,7 @@ private:
 [[nodiscard]] std::filesystem::path plainName(const std::filesystem::path& packed);
 
 /// The entries of a file, packed if its name says so. Throws AppError, also if the file has more
-/// than `most` entries, whatever size it claims or unpacks to.
+/// than `most` bytes, whatever size it claims or unpacks to.
 [[nodiscard]] std::vector<std::uint8_t> readTableFile(const std::filesystem::path& path,
                                                       std::uint64_t most);
 

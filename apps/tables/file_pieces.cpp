@@ -1,0 +1,38 @@
+#include "file_pieces.h"
+
+#include <cstddef>
+#include <cstdio>
+#include <string>
+
+#include "../common/files.h"
+#include "egtb/descriptors.h"
+#include "pack.h"
+#include "table_store.h"
+
+namespace brivok::tables {
+
+unsigned entryBytesOf(int id) { return (descriptorOf(id).flags & TwoByte) != 0 ? 2 : 1; }
+
+void forEachPiece(const std::filesystem::path& path, std::uint64_t most,
+                  const std::function<void(ByteSpan)>& visit) {
+    std::uint64_t size = 0;
+    const auto visitChecked = [&](ByteSpan piece) {
+        size += piece.size();
+        if (size > most) fail(path, "more than " + std::to_string(most) + " bytes");
+        visit(piece);
+    };
+    if (isPackedName(path)) {
+        forEachUnpackedBlock(
+            path, [&](ByteSpan block, std::uint64_t, std::uint64_t) { visitChecked(block); });
+        return;
+    }
+    constexpr std::size_t PieceSize = 1 << 16;
+    const FileHandle file = openForReading(path);
+    Bytes piece(PieceSize);
+    while (const std::size_t count = std::fread(piece.data(), 1, piece.size(), file.get())) {
+        visitChecked(ByteSpan(piece).first(count));
+    }
+    if (std::ferror(file.get()) != 0) failWithErrno(path);
+}
+
+}  // namespace brivok::tables

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+
+#include "datacomp_symbols.h"
+
+namespace brivok::tables {
+
+/// Bytes that the entries of a table take in a file.
+[[nodiscard]] unsigned entryBytesOf(int id);
+
+/// Calls visit(bytes) for the plain bytes of a table file in order, a piece at a time; unpacks the
+/// file if its name says so. Throws AppError, also before a piece goes beyond `most` bytes,
+/// whatever size the file claims or unpacks to.
+void forEachPiece(const std::filesystem::path& path, std::uint64_t most,
+                  const std::function<void(ByteSpan)>& visit);
+
+}  // namespace brivok::tables
