@@ -34,6 +34,13 @@ struct VerifyOptions {
 /// table that is wrong. Returns whether all are right.
 [[nodiscard]] bool verifyTables(const VerifyOptions& options);
 
+struct SolveOptions {
+    std::string fen;
+    std::string folders = ".";  ///< separated by "," or ";"
+};
+/// Prints the value of a position, of its moves, and a line to mate.
+void solvePosition(const SolveOptions& options);
+
 /// Table files.
 using Files = std::vector<std::string>;
 

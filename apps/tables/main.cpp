@@ -17,9 +17,11 @@ constexpr std::uint64_t LargestSample = 1'000'000'000'000;
 
 /// The command line: the command to run, with its options.
 struct CommandLine {
-    CLI::App app{"Makes, checks, packs and describes Nalimov endgame tables of 3 to 5 men"};
+    CLI::App app{
+        "Makes, checks, packs, describes and consults Nalimov endgame tables of 3 to 5 men"};
     MakeOptions make;
     VerifyOptions verify;
+    SolveOptions solve;
     PackFilesOptions pack;
     Files files;
     bool succeeded = true;
@@ -28,6 +30,7 @@ struct CommandLine {
         app.require_subcommand(1);
         addMake();
         addVerify();
+        addSolve();
         addPack();
         addForFiles("unpack", "Write FILE for each FILE.emd", unpackFiles);
         addForFiles("info", "Describe table files", describeFiles);
@@ -57,6 +60,16 @@ struct CommandLine {
             ->check(CLI::Range(std::uint64_t{1}, LargestSample));
         addThreads(command, verify.threads);
         command->callback([this] { succeeded = verifyTables(verify); });
+    }
+
+    void addSolve() {
+        CLI::App* const command = app.add_subcommand(
+            "solve", "Tell the value of a position, of its moves, and a line to mate");
+        command->add_option("FEN", solve.fen, "The position, in quotes")->required();
+        command
+            ->add_option("-o,--tables", solve.folders, "Folders of the tables, separated by , or ;")
+            ->capture_default_str();
+        command->callback([this] { solvePosition(solve); });
     }
 
     void addPack() {
