@@ -73,10 +73,11 @@ void solvePosition(const SolveOptions& options) {
     if ((board->castling & AllRights) != 0) print("Tables know no castling: the right is ignored.");
     if (!moves.empty()) print("");
     printMoves(moves);
-    if (line.moves.empty()) return;
-    print("");
-    printWrapped(numbered(line.moves, board->sideToMove));
-    if (!line.gap.empty()) print("The line ends here: " + line.gap);
+    if (!line.moves.empty()) {
+        print("");
+        printWrapped(numbered(line.moves, board->sideToMove));
+    }
+    if (!line.gap.empty()) print("\nThe line ends here: " + line.gap);
 }
 
 }  // namespace brivok::tables

@@ -91,19 +91,12 @@ bool isRegistered(int id, unsigned side) {
            });
 }
 
-/// SAN of a move, with its origin in full if that is what it takes, and with the mark of mate only
-/// if no capture in passing answers it.
+/// SAN, with the origin in full where a file or a rank is not enough.
 std::string nameOf(Board& board, Move move) {
     std::string name = moveToSan(board, move);
-    name.erase(name.find_last_not_of("+#") + 1);
-    if (!isPawn(movePiece(move)) && readSan(board, name).move != move) {
-        name = name.substr(0, 1) + squareName(moveFrom(move)) +
-               (moveCapture(move) == Empty ? "" : "x") + squareName(moveTo(move));
-    }
-    board.makeMove(move);
-    if (board.inCheck()) name += canMove(board) ? "+" : "#";
-    board.unmakeMove();
-    return name;
+    if (isPawn(movePiece(move)) || readSan(board, name).move == move) return name;
+    const std::string target = moveCapture(move) == Empty ? squareName(moveTo(move)) : "x";
+    return name.substr(0, 1) + squareName(moveFrom(move)) + name.substr(name.find(target));
 }
 
 PieceCounts countMen(const Board& board) {

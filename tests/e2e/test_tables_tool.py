@@ -12,6 +12,7 @@ from chesskit import SLOW, TABLES_TOOL, run_tool
 FOLDER = Path(os.environ.get("BRIVOK_TABLES", "."))
 THREE = ("kpk", "knk", "kbk", "krk", "kqk")
 MORE = () if SLOW else ("krrk",)
+QUEEN = "8/8/8/8/8/2k5/8/K6Q w - - 0 1"
 LONGEST = {  # moves to the longest mate, with the first and with the second side to move
     "kqk": (10, 0), "krk": (16, 0), "kpk": (28, 0), "kbk": (0, 0), "knk": (0, 0), "krrk": (7, 0),
 }
@@ -95,6 +96,23 @@ def test_damage_is_found_and_mended(small):
     tool("verify", small, "--sample", "200")
 
 
+def test_solve(small, tmp_path):
+    """Missing: one side of a table; a table that a move leads to."""
+    said = tool("solve", QUEEN, "-o", small)
+    assert said.startswith("White mates in 6 moves\n\n  Qd5   mate in 6\n  Qe4   mate in 6\n")
+    assert said.endswith("\n\n1. Qd5 Kc2 2. Ka2 Kc3 3. Ka3 Kc2 4. Qd4 Kc1 5. Kb3 Kb1 6. Qb2#\n")
+    (tmp_path / "kqk.nbb").symlink_to(small / "kqk.nbb")
+    assert tool("solve", QUEEN, "-o", tmp_path) == said
+    if MORE:
+        for side in ("nbw", "nbb"):
+            (tmp_path / f"krrk.{side}").symlink_to(small / f"krrk.{side}")
+        assert tool("solve", "8/8/8/8/8/k7/1R6/3K3R b - - 0 1", "-o", tmp_path) == (
+            "White mates in 5 moves\n\n  Ka4   mated in 2\n  Kxb2  krk.nbw is missing\n\n"
+            "The line ends here: krk.nbw is missing\n")
+    moves = tool("solve", "4k3/8/8/8/8/8/8/R3K3 w Q - 0 1", "-o", small).splitlines()
+    assert "castling" in moves[1] and not any("O-O" in line for line in moves)
+
+
 def test_packed_tables(small, tmp_path):
     """Packed tables work like plain ones, count as present, and unpack to the same bytes."""
     assert "krk: made" in tool("make", "krk", "kqk", "--compress", "-o", tmp_path)
@@ -102,6 +120,7 @@ def test_packed_tables(small, tmp_path):
     assert sorted(f.name for f in tmp_path.iterdir()) == sorted((*names, "kqk.json", "krk.json"))
     assert tool("verify", tmp_path) == "krk: correct\nkqk: correct\n"
     assert info(tmp_path / "krk.nbw.emd") == info(small / "krk.nbw")
+    assert tool("solve", QUEEN, "--tables", tmp_path) == tool("solve", QUEEN, "-o", small)
     tool("unpack", *(tmp_path / name for name in names))
     for name in names:
         assert (tmp_path / name[:-4]).read_bytes() == (small / name[:-4]).read_bytes()
@@ -123,7 +142,9 @@ def test_packed_tables(small, tmp_path):
     (("make", "krkq"), "no such table"), (("make", "kqqkqq"), "six men"),
     (("info", "kqqkqq.nbw"), "not the name"), (("info", "kqk.nbw"), "No such file"),
     (("verify", "."), "no tables"), (("pack", "kqk.nbw.emd"), "already packed"), ((), "subcommand"),
-    (("verify", ".", "--sample", "-5"), "not in range"),
+    (("verify", ".", "--sample", "-5"), "not in range"), (("solve", QUEEN), "no tables found"),
+    (("solve", "8/8/8/8/8/2k5/8/K6q b - -"), "White is in check"), (("solve", ""), "FEN is empty"),
+    (("solve", "7k/8/8/8/8/8/PPPPP3/K7 w - -"), "7 men"),
 ])
 def test_refusals(arguments, reason, tmp_path, monkeypatch):
     monkeypatch.chdir(tmp_path)
