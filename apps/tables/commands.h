@@ -35,10 +35,11 @@ struct VerifyOptions {
 [[nodiscard]] bool verifyTables(const VerifyOptions& options);
 
 struct SolveOptions {
-    std::string fen;
+    std::string fen;            ///< or "-" for standard input, a FEN a line
     std::string folders = ".";  ///< separated by "," or ";"
 };
-/// Prints the value of a position, of its moves, and a line to mate.
+/// Prints the value of a position, of its moves, and a line to mate; of several positions only the
+/// values, or what is wrong with them.
 void solvePosition(const SolveOptions& options);
 
 /// Table files.

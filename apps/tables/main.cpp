@@ -65,7 +65,10 @@ struct CommandLine {
     void addSolve() {
         CLI::App* const command = app.add_subcommand(
             "solve", "Tell the value of a position, of its moves, and a line to mate");
-        command->add_option("FEN", solve.fen, "The position, in quotes")->required();
+        command
+            ->add_option("FEN", solve.fen,
+                         "The position, in quotes; - reads positions line by line")
+            ->required();
         command
             ->add_option("-o,--tables", solve.folders, "Folders of the tables, separated by , or ;")
             ->capture_default_str();

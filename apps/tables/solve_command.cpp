@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdio>
+#include <iostream>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -57,9 +58,7 @@ void printWrapped(const std::string& text) {
     print(line);
 }
 
-}  // namespace
-
-void solvePosition(const SolveOptions& options) {
+void solveOne(const SolveOptions& options) {
     const std::unique_ptr<Board> board = boardToSolve(options.fen);
     TableSolver solver(options.folders);
     const PositionValue value = solver.valueOf(*board);
@@ -78,6 +77,29 @@ void solvePosition(const SolveOptions& options) {
         printWrapped(numbered(line.moves, board->sideToMove));
     }
     if (!line.gap.empty()) print("\nThe line ends here: " + line.gap);
+}
+
+/// Answers each line as it comes, so that another program can ask.
+void solveLines(const SolveOptions& options) {
+    TableSolver solver(options.folders);
+    for (std::string fen; std::getline(std::cin, fen);) {
+        try {
+            print(solver.valueOf(*boardToSolve(fen)).text());
+        } catch (const NotSolvable& fault) {
+            print(fault.what());
+        }
+        std::fflush(stdout);
+    }
+}
+
+}  // namespace
+
+void solvePosition(const SolveOptions& options) {
+    if (options.fen == "-") {
+        solveLines(options);
+    } else {
+        solveOne(options);
+    }
 }
 
 }  // namespace brivok::tables

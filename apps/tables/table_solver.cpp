@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "../common/app_error.h"
 #include "board/coordinate.h"
 #include "egtb/registration.h"
 #include "egtb/signature.h"
@@ -226,11 +225,11 @@ BestLine TableSolver::lineToMate(const Board& position) {
 std::unique_ptr<Board> boardToSolve(std::string_view fen) {
     auto board = std::make_unique<Board>();
     if (const std::string fault = setUpPosition(*board, fen); !fault.empty()) {
-        throw AppError("not a position: " + fault);
+        throw NotSolvable("not a position: " + fault);
     }
     if (const int men = board->totalMen(); men > MostMenSolved) {
-        throw AppError(std::to_string(men) + " men, but tables have at most " +
-                       std::to_string(MostMenSolved));
+        throw NotSolvable(std::to_string(men) + " men, but tables have at most " +
+                          std::to_string(MostMenSolved));
     }
     return board;
 }

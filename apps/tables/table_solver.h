@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "../common/app_error.h"
 #include "board/board.h"
 
 /// Solves positions: their values, those of their moves, and lines to mate. The tables are read as
@@ -74,8 +75,12 @@ private:
     std::unique_ptr<Board> board;  ///< a working copy of the position
 };
 
-/// A board with the position of a FEN. Throws AppError if it is not a legal position, or has more
-/// than MostMenSolved men.
+/// A FEN is not a legal position, or has more than MostMenSolved men.
+class NotSolvable : public AppError {
+    using AppError::AppError;
+};
+
+/// A board with the position of a FEN. Throws NotSolvable.
 [[nodiscard]] std::unique_ptr<Board> boardToSolve(std::string_view fen);
 
 /// The moves with their numbers: "1. Kb2 Kd3 2. Qe5", or "1... Kd3 2. Qe5" if Black begins.

@@ -109,6 +109,9 @@ def test_solve(small, tmp_path):
         assert tool("solve", "8/8/8/8/8/k7/1R6/3K3R b - - 0 1", "-o", tmp_path) == (
             "White mates in 5 moves\n\n  Ka4   mated in 2\n  Kxb2  krk.nbw is missing\n\n"
             "The line ends here: krk.nbw is missing\n")
+    lines = f"{QUEEN}\n{QUEEN.replace('w', 'b')}\n8/8/8/8/8/2k5/8/K7 w - -\nkk\n"
+    answers = run_tool(TABLES_TOOL, "solve", "-", "-o", small, input=lines).stdout.splitlines()
+    assert answers[:3] == ["mate in 6", "mated in 8", "draw"] and "rank 8" in answers[3]
     moves = tool("solve", "4k3/8/8/8/8/8/8/R3K3 w Q - 0 1", "-o", small).splitlines()
     assert "castling" in moves[1] and not any("O-O" in line for line in moves)
 
