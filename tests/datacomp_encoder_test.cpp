@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <iterator>
 #include <numeric>
 #include <queue>
@@ -210,6 +211,39 @@ TEST_F(DatacompEncoderTest, ThreadsChangeNothing) {
     EXPECT_EQ(reports.back(), 0);
 }
 
+/// Inverts the checksums of some blocks of a packed file, as if they were of another kind.
+Bytes withOtherSums(Bytes file, std::initializer_list<std::size_t> blocks) {
+    for (const std::size_t block : blocks) {
+        for (std::size_t i = 0; i < datacomp::BlockSumsSize; ++i) {
+            file[datacomp::BlockSumsOffset + block * datacomp::BlockSumsSize + i] ^= 0xFF;
+        }
+    }
+    const std::size_t end =
+        datacomp::bigEndian32(&file[datacomp::HeaderSizeOffset]) - datacomp::ChecksumSize;
+    const std::uint32_t sum = datacomp::checksum(ByteSpan(file).first(end));
+    for (std::size_t i = 0; i < datacomp::ChecksumSize; ++i) {
+        file[end + i] = static_cast<std::uint8_t>(sum >> (24 - 8 * i));
+    }
+    return file;
+}
+
+TEST_F(DatacompEncoderTest, ChecksumsTellDamageFromFilesOfOtherOrigin) {
+    const auto agree = [this](const Bytes& file) {
+        return forEachUnpackedBlock(write("file", file), [](ByteSpan, auto, auto) {});
+    };
+    const Bytes three = packed(tableLike(2 * BlockSize + 5));
+    EXPECT_TRUE(agree(three));
+    EXPECT_FALSE(agree(withOtherSums(three, {0, 1, 2})));
+    EXPECT_THROW((void)agree(withOtherSums(three, {0})), AppError);
+    EXPECT_THROW((void)agree(withOtherSums(three, {0, 1})), AppError);
+    EXPECT_THROW((void)agree(withOtherSums(three, {2})), AppError);
+    EXPECT_THROW((void)agree(withOtherSums(packed(tableLike(1000)), {0})), AppError);
+    Bytes stored = packed(randomBytes(2 * BlockSize));
+    EXPECT_TRUE(agree(stored));
+    stored.back() ^= 1;
+    EXPECT_THROW((void)agree(stored), AppError);
+}
+
 TEST_F(DatacompEncoderTest, FailuresLeaveNothingBehind) {
     const fs::path plain = write("plain", tableLike(1000));
     const fs::path packed = folder / "packed";
@@ -234,6 +268,7 @@ TEST_F(DatacompEncoderTest, FailuresLeaveNothingBehind) {
         EXPECT_THROW(packFile(input, packed), AppError) << input;
     }
     EXPECT_THROW(unpackFile(packed, folder / "missing" / "file"), AppError);
+    EXPECT_THROW(unpackFile(packed, folder / "new", {.sha256 = std::string(64, '0')}), AppError);
     for (const fs::path& input : {folder / "missing", plain, empty, shortened, damaged}) {
         EXPECT_THROW(unpackFile(input, folder / "new"), AppError) << input;
     }

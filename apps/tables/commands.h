@@ -50,10 +50,11 @@ struct PackFilesOptions {
     bool best = false;  ///< several times as long, for slightly smaller files
     unsigned threads = allProcessors();
 };
-/// Writes FILE.emd for each file.
+/// Writes FILE.emd for each file, and adds it to the record of the table. Refuses a plain file that
+/// is not as recorded.
 void packFiles(const PackFilesOptions& options);
 
-/// Writes FILE for each FILE.emd.
+/// Writes FILE for each FILE.emd. Refuses a packed file whose checksums do not agree.
 void unpackFiles(const Files& files);
 
 /// Prints what the files hold.

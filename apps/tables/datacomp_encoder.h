@@ -20,8 +20,8 @@ struct Coding {
 /// Blocks per thread at a time.
 inline constexpr std::uint64_t BlocksAtOnce = 8;
 
-/// A block's entry in the header. The checksums have the same form as the header's; nothing reads
-/// them.
+/// A block's entry in the header. The checksums have the same form as the header's; BlockSums
+/// checks them.
 struct BlockRecord {
     std::uint32_t packedSize = 0;  ///< size of the block itself if it is stored
     std::uint32_t plainSum = 0;    ///< of the decoded block

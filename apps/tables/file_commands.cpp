@@ -3,9 +3,11 @@
 #include <filesystem>
 #include <string>
 
+#include "../common/sha256.h"
 #include "commands.h"
 #include "pack.h"
 #include "table_info.h"
+#include "table_record.h"
 #include "table_store.h"
 #include "task.h"
 
@@ -21,13 +23,16 @@ PackProgress percentage(Task& task) {
 }  // namespace
 
 void packFiles(const PackFilesOptions& options) {
-    for (const std::string& file : options.files) {
+    for (const std::filesystem::path file : options.files) {
         const std::filesystem::path packed = packedName(file);
         if (isPackedName(file)) fail(file, "already packed");
         Task task(packed.string());
+        const bool recorded = recordBeside(file) && requireRecorded(file, sha256OfFile(file));
         const PackResult result = packFile(
             file, packed,
             {.threads = options.threads, .best = options.best, .progress = percentage(task)});
+        if (recorded)
+            recordPacking(file.parent_path(), parseTableFileName(file.filename().string()).id);
         task.report(std::to_string(result.packedSize) + " of " + std::to_string(result.plainSize) +
                     " bytes");
     }
@@ -37,7 +42,9 @@ void unpackFiles(const Files& files) {
     for (const std::string& file : files) {
         const std::filesystem::path plain = plainName(file);
         Task task(plain.string());
-        const std::uint64_t size = unpackFile(file, plain, percentage(task));
+        const auto record = recordBeside(file);
+        const std::uint64_t size = unpackFile(
+            file, plain, {.sha256 = record ? record->sha256 : "", .progress = percentage(task)});
         task.report(std::to_string(size) + " bytes");
     }
 }

@@ -13,7 +13,7 @@ namespace brivok::tables {
 
 unsigned entryBytesOf(int id) { return (descriptorOf(id).flags & TwoByte) != 0 ? 2 : 1; }
 
-void forEachPiece(const std::filesystem::path& path, std::uint64_t most,
+bool forEachPiece(const std::filesystem::path& path, std::uint64_t most,
                   const std::function<void(ByteSpan)>& visit) {
     std::uint64_t size = 0;
     const auto visitChecked = [&](ByteSpan piece) {
@@ -22,9 +22,8 @@ void forEachPiece(const std::filesystem::path& path, std::uint64_t most,
         visit(piece);
     };
     if (isPackedName(path)) {
-        forEachUnpackedBlock(
+        return forEachUnpackedBlock(
             path, [&](ByteSpan block, std::uint64_t, std::uint64_t) { visitChecked(block); });
-        return;
     }
     constexpr std::size_t PieceSize = 1 << 16;
     const FileHandle file = openForReading(path);
@@ -33,6 +32,7 @@ void forEachPiece(const std::filesystem::path& path, std::uint64_t most,
         visitChecked(ByteSpan(piece).first(count));
     }
     if (std::ferror(file.get()) != 0) failWithErrno(path);
+    return true;
 }
 
 }  // namespace brivok::tables

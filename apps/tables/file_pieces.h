@@ -12,9 +12,10 @@ namespace brivok::tables {
 [[nodiscard]] unsigned entryBytesOf(int id);
 
 /// Calls visit(bytes) for the plain bytes of a table file in order, a piece at a time; unpacks the
-/// file if its name says so. Throws AppError, also before a piece goes beyond `most` bytes,
+/// file if its name says so. Returns false if that is so and the checksums of its blocks are
+/// unknown: see BlockSums. Throws AppError, also before a piece goes beyond `most` bytes,
 /// whatever size the file claims or unpacks to.
-void forEachPiece(const std::filesystem::path& path, std::uint64_t most,
+bool forEachPiece(const std::filesystem::path& path, std::uint64_t most,
                   const std::function<void(ByteSpan)>& visit);
 
 }  // namespace brivok::tables

@@ -11,6 +11,8 @@
 #include <vector>
 
 #include "../common/files.h"
+#include "../common/sha256.h"
+#include "block_sums.h"
 #include "datacomp_encoder.h"
 #include "distance_choice.h"
 #include "egtb/datacomp.h"
@@ -202,7 +204,7 @@ PackResult packFile(const path& plain, const path& packed, const PackOptions& op
     return result;
 }
 
-void forEachUnpackedBlock(const path& packed, const UnpackedBlockVisitor& visit) {
+bool forEachUnpackedBlock(const path& packed, const UnpackedBlockVisitor& visit) {
     const FileHandle input = openForReading(packed);
     const auto check = [&](DatacompFailure failure) {
         if (failure != DatacompFailure::None) fail(packed, reasonOf(failure));
@@ -214,6 +216,7 @@ void forEachUnpackedBlock(const path& packed, const UnpackedBlockVisitor& visit)
         fail(packed, "has an unexpected block size");
     }
     const std::uint32_t count = decoder->blockCount;
+    BlockSums sums(packed, input.get(), count);
     const auto scratch = std::make_unique<DecodeScratch>();
     Bytes block(BlockSize + DecodeSlack);
     for (std::uint32_t number = 0; number < count; ++number) {
@@ -221,18 +224,27 @@ void forEachUnpackedBlock(const path& packed, const UnpackedBlockVisitor& visit)
         check(ReadDatacompBlock(*decoder, *scratch, input.get(), number));
         check(DecodeDatacompBlock(*decoder, *scratch));
         const std::size_t length = number + 1 == count ? decoder->lastBlockSize : BlockSize;
-        visit(ByteSpan(block).first(length), number, count);
+        const ByteSpan plain = ByteSpan(block).first(length);
+        const bool stored = scratch->decodedSize == 0;
+        sums.check(plain, stored ? plain : ByteSpan(scratch->input).first(scratch->compressedSize));
+        visit(plain, number, count);
     }
+    return sums.agree();
 }
 
-std::uint64_t unpackFile(const path& packed, const path& plain, const PackProgress& progress) {
+std::uint64_t unpackFile(const path& packed, const path& plain, const UnpackOptions& options) {
     NewFile output(plain);
+    Sha256 sum;
     std::uint64_t size = 0;
     forEachUnpackedBlock(packed, [&](ByteSpan block, std::uint64_t number, std::uint64_t count) {
         output.write(block);
+        sum.add(block);
         size += block.size();
-        if (progress) progress(number + 1, count);
+        if (options.progress) options.progress(number + 1, count);
     });
+    if (!options.sha256.empty() && sum.finish() != options.sha256) {
+        fail(packed, "is damaged: it does not have the recorded SHA-256 sum");
+    }
     output.finish();
     return size;
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <string>
 
 #include "../common/app_error.h"
 #include "datacomp_symbols.h"
@@ -35,11 +36,19 @@ PackResult packFile(const std::filesystem::path& plain, const std::filesystem::p
 using UnpackedBlockVisitor =
     std::function<void(ByteSpan block, std::uint64_t number, std::uint64_t count)>;
 
-/// Unpacks a DATACOMP file block by block. Throws AppError.
-void forEachUnpackedBlock(const std::filesystem::path& packed, const UnpackedBlockVisitor& visit);
+/// Unpacks a DATACOMP file block by block. Throws AppError if it is damaged, perhaps only after the
+/// last block. Returns whether the checksums of the blocks agree; if not, they are unknown: see
+/// BlockSums.
+bool forEachUnpackedBlock(const std::filesystem::path& packed, const UnpackedBlockVisitor& visit);
 
-/// Unpacks a DATACOMP file. Returns the size of the plain file. Throws AppError.
+struct UnpackOptions {
+    std::string sha256{};  ///< of the plain file; empty if that is not known
+    PackProgress progress{};
+};
+
+/// Unpacks a DATACOMP file. Returns the size of the plain file. Throws AppError, also if the plain
+/// file has another sum than expected.
 std::uint64_t unpackFile(const std::filesystem::path& packed, const std::filesystem::path& plain,
-                         const PackProgress& progress = {});
+                         const UnpackOptions& options = {});
 
 }  // namespace brivok::tables

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <optional>
 
-#include "file_pieces.h"
 #include "table_record.h"
 #include "table_store.h"
 
@@ -31,10 +30,13 @@ std::string longest(const std::optional<LongestMate>& mate) {
 
 std::string tableInfo(const std::filesystem::path& path) {
     const TableFileName name = parseTableFileName(path.filename().string());
-    FileTally tally(name.id, name.side);
-    forEachPiece(path, descriptorOf(name.id).size[name.side] * entryBytesOf(name.id),
-                 [&](ByteSpan piece) { tally.add(piece); });
-    const FileRecord file = tally.finish();
+    const FileReading reading = readTable(path);
+    const FileRecord& file = reading.record;
+    const std::string blocks =
+        !isPackedName(path)
+            ? ""
+            : line("Blocks", reading.blockSumsKnown ? "their checksums agree"
+                                                    : "their checksums are of an unknown kind");
     return line("Table", std::string(descriptorOf(name.id).signature())) +
            line("Side to move", name.side == 0 ? "first" : "second") +
            line("Entries", std::to_string(file.entries)) +
@@ -43,7 +45,8 @@ std::string tableInfo(const std::filesystem::path& path) {
            line("Losses", share(file.losses, file.legal())) +
            line("Broken", std::to_string(file.withoutValue)) +
            line("Longest mate", longest(file.longestWin)) +
-           line("Longest defence", longest(file.longestLoss));
+           line("Longest defence", longest(file.longestLoss)) +
+           line("SHA-256", file.sha256 + (reading.recorded ? ", as recorded" : "")) + blocks;
 }
 
 }  // namespace brivok::tables

@@ -220,17 +220,20 @@ FileRecord recordOf(int id, unsigned side, ByteSpan bytes) {
     return tally.finish();
 }
 
-FileRecord recordOfFile(const std::filesystem::path& path) {
+FileReading readTable(const std::filesystem::path& path) {
     const TableFileName name = parseTableFileName(path.filename().string());
     const std::uint64_t size = descriptorOf(name.id).size[name.side];
     FileTally tally(name.id, name.side);
-    forEachPiece(path, size * entryBytesOf(name.id), [&](ByteSpan piece) { tally.add(piece); });
-    FileRecord record = tally.finish();
-    if (record.entries != size) {
-        fail(path, std::to_string(record.entries) + " entries instead of " + std::to_string(size));
+    FileReading reading;
+    reading.blockSumsKnown =
+        forEachPiece(path, size * entryBytesOf(name.id), [&](ByteSpan piece) { tally.add(piece); });
+    reading.record = tally.finish();
+    if (reading.record.entries != size) {
+        fail(path, std::to_string(reading.record.entries) + " entries instead of " +
+                       std::to_string(size));
     }
-    if (isPackedName(path)) record.packed = packedRecordOf(path);
-    return record;
+    reading.recorded = requireRecorded(path, reading.record.sha256);
+    return reading;
 }
 
 TableRecord recordOf(int id, TableStore& store, const std::optional<Making>& making) {
@@ -268,6 +271,22 @@ std::optional<TableRecord> readRecord(const std::filesystem::path& folder, int i
     }
     if (!isSound(record, id)) fail(path, "contradicts itself, or tells of another table");
     return record;
+}
+
+std::optional<FileRecord> recordBeside(const std::filesystem::path& file) {
+    const auto name = tableFileOf(file.filename().string());
+    if (!name) return std::nullopt;
+    const auto record = readRecord(file.parent_path(), name->id);
+    if (!record) return std::nullopt;
+    return record->files[name->side];
+}
+
+bool requireRecorded(const std::filesystem::path& file, const std::string& sha256) {
+    const auto record = recordBeside(file);
+    if (record && record->sha256 != sha256) {
+        fail(file, "is damaged: it does not have the recorded SHA-256 sum");
+    }
+    return record.has_value();
 }
 
 void writeRecord(const std::filesystem::path& folder, const TableRecord& record) {

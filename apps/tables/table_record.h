@@ -95,9 +95,16 @@ private:
 /// The record of a file's entries.
 [[nodiscard]] FileRecord recordOf(int id, unsigned side, ByteSpan bytes);
 
-/// Reads a file, plain or packed. Its record tells of the packed file if this is one. Throws
-/// AppError, also for a file of another length.
-[[nodiscard]] FileRecord recordOfFile(const std::filesystem::path& path);
+/// What reading a whole file tells.
+struct FileReading {
+    FileRecord record;            ///< without what is known of a packed file
+    bool blockSumsKnown = false;  ///< in a packed file; they agree then
+    bool recorded = false;        ///< as the record beside it tells
+};
+
+/// Reads a file, plain or packed. Throws AppError, also for a file of another length, and for one
+/// that is not as recorded.
+[[nodiscard]] FileReading readTable(const std::filesystem::path& path);
 
 /// The record of a table whose entries are in the store, or in its folder.
 [[nodiscard]] TableRecord recordOf(int id, TableStore& store, const std::optional<Making>& making);
@@ -111,6 +118,14 @@ private:
 /// The record of a table; none if there is no file. Throws AppError if the file is damaged or tells
 /// of another table.
 [[nodiscard]] std::optional<TableRecord> readRecord(const std::filesystem::path& folder, int id);
+
+/// What the record beside a table file tells of it; none if there is no record, or if the file is
+/// no table by its name. Throws AppError if the record is damaged.
+[[nodiscard]] std::optional<FileRecord> recordBeside(const std::filesystem::path& file);
+
+/// Throws AppError if the record beside a table file, plain or packed, has another sum of its plain
+/// bytes. Returns whether there is a record.
+bool requireRecorded(const std::filesystem::path& file, const std::string& sha256);
 
 /// Writes the record of a table, replacing an existing one. Throws AppError.
 void writeRecord(const std::filesystem::path& folder, const TableRecord& record);

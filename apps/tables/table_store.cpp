@@ -5,9 +5,11 @@
 #include <utility>
 
 #include "../common/files.h"
+#include "../common/sha256.h"
 #include "file_pieces.h"
 #include "material.h"
 #include "pack.h"
+#include "table_record.h"
 
 namespace brivok::tables {
 namespace {
@@ -20,16 +22,22 @@ std::string tableFileName(int id, unsigned side) {
     return std::string(descriptorOf(id).signature()) + (side == 0 ? ".nbw" : ".nbb");
 }
 
-TableFileName parseTableFileName(std::string_view fileName) {
+std::optional<TableFileName> tableFileOf(std::string_view fileName) {
     for (int id = 1; id < TableCount && descriptorOf(id).signature().size() <= MaxMen; ++id) {
         for (unsigned side = 0; side < filesOf(id); ++side) {
             const std::string plain = tableFileName(id, side);
             if (fileName == plain || fileName == packedName(plain)) {
-                return {id, side};
+                return TableFileName{id, side};
             }
         }
     }
-    fail(fileName, "not the name of a table of 3 to 5 men");
+    return std::nullopt;
+}
+
+TableFileName parseTableFileName(std::string_view fileName) {
+    const auto name = tableFileOf(fileName);
+    if (!name) fail(fileName, "not the name of a table of 3 to 5 men");
+    return *name;
 }
 
 std::filesystem::path TableStore::find(int id, unsigned side) const {
@@ -61,12 +69,17 @@ const std::vector<std::uint8_t>& TableStore::entries(int id, unsigned side) {
     if (bytes.size() != size) {
         fail(path, std::to_string(bytes.size()) + " entries instead of " + std::to_string(size));
     }
+    if (!trusted.contains(key)) {
+        requireRecorded(path, sha256Of(bytes));
+        trusted.insert(key);
+    }
     return loaded.emplace(key, std::move(bytes)).first->second;
 }
 
 void TableStore::put(int id, TableBytes bytes) {
     for (unsigned side = 0; side < filesOf(id); ++side) {
         loaded.insert_or_assign({id, side}, std::move(bytes[side]));
+        trusted.insert({id, side});
     }
 }
 

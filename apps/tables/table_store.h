@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -28,7 +30,11 @@ struct TableFileName {
     unsigned side = 0;
 };
 
-/// The table and side that a file, plain or packed, holds according to its name. Throws AppError.
+/// The table and side that a file, plain or packed, holds according to its name; none if that is
+/// not the name of a table's file.
+[[nodiscard]] std::optional<TableFileName> tableFileOf(std::string_view fileName);
+
+/// The same. Throws AppError if there is none.
 [[nodiscard]] TableFileName parseTableFileName(std::string_view fileName);
 
 /// The entries of a table by side to move, in file order.
@@ -49,7 +55,7 @@ public:
     [[nodiscard]] bool hasAny(int id) const;
 
     /// The entries of the file for a side to move, or of the only file. Throws AppError if it is
-    /// missing, unreadable or of the wrong length.
+    /// missing, unreadable, of the wrong length, or not the one that the table's record tells of.
     [[nodiscard]] const std::vector<std::uint8_t>& entries(int id, unsigned side);
 
     /// Sets the entries of the table, in memory only.
@@ -67,6 +73,7 @@ public:
 private:
     std::filesystem::path folder;
     std::map<std::pair<int, unsigned>, std::vector<std::uint8_t>> loaded;  ///< by id and file
+    std::set<std::pair<int, unsigned>> trusted;  ///< made here, or found to be as recorded
 };
 
 /// The name of a packed file: the plain file's name plus ".emd".

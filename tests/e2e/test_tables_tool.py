@@ -1,5 +1,7 @@
 """The command line of the table generator: making, verifying and describing tables."""
 
+import hashlib
+import json
 import os
 import random
 import re
@@ -78,6 +80,11 @@ def test_damage_is_found_and_mended(small):
     place = next(i for i, byte in enumerate(right) if byte == 256 - 126 + 7)  # mated in 7
     damaged[place] += 1
     file.write_bytes(damaged)
+    unlike = f"{file}: is damaged: it does not have the recorded SHA-256 sum"
+    for arguments in (("info", file), ("pack", file), ("verify", small)):
+        assert unlike in tool(*arguments, code=1)
+    assert not (small / "krk.nbb.emd").exists()
+    (small / "krk.json").unlink()
     finding = tool("verify", small, code=1)
     fault = f"krk: krk.nbb entry {place} says mated in 8 instead of mated in 7"
     assert re.search(rf"^{fault}: \S+ b - - 0 1$", finding, re.M), finding
@@ -122,7 +129,13 @@ def test_packed_tables(small, tmp_path):
     names = [f"{n}.{s}.emd" for n in ("kqk", "krk") for s in ("nbb", "nbw")]
     assert sorted(f.name for f in tmp_path.iterdir()) == sorted((*names, "kqk.json", "krk.json"))
     assert tool("verify", tmp_path) == "krk: correct\nkqk: correct\n"
-    assert info(tmp_path / "krk.nbw.emd") == info(small / "krk.nbw")
+    of_packed = info(tmp_path / "krk.nbw.emd")
+    assert of_packed.pop("Blocks") == "their checksums agree"
+    assert of_packed == info(small / "krk.nbw") and "as recorded" in of_packed["SHA-256"]
+    record = json.loads((tmp_path / "krk.json").read_text())["files"][0]
+    packed = (tmp_path / "krk.nbw.emd").read_bytes()
+    assert record["packed"] == {"bytes": len(packed), "sha256": hashlib.sha256(packed).hexdigest()}
+    assert record["sha256"] == hashlib.sha256((small / "krk.nbw").read_bytes()).hexdigest()
     assert tool("solve", QUEEN, "--tables", tmp_path) == tool("solve", QUEEN, "-o", small)
     tool("unpack", *(tmp_path / name for name in names))
     for name in names:
@@ -136,9 +149,14 @@ def test_packed_tables(small, tmp_path):
     damaged = bytearray((tmp_path / names[0]).read_bytes())
     damaged[-20] ^= 0xFF
     (tmp_path / names[0]).write_bytes(damaged)
-    tool("verify", tmp_path, code=1)
+    for arguments in (("info", tmp_path / names[0]), ("unpack", tmp_path / names[0]),
+                      ("verify", tmp_path)):
+        assert "is damaged" in tool(*arguments, code=1)
+    assert not (tmp_path / names[0][:-4]).exists()
     assert "krk: made" in tool("make", "krk", "--compress", "-o", tmp_path)
     tool("verify", tmp_path)
+    (tmp_path / "krk.json").write_text("{}")
+    assert "krk.json: is no record" in tool("info", tmp_path / names[0], code=1)
 
 
 @pytest.mark.parametrize("arguments, reason", [
