@@ -17,6 +17,7 @@
 #include "../apps/tables/table_maker.h"
 #include "../apps/tables/table_reader.h"
 #include "../apps/tables/table_store.h"
+#include "../apps/tables/targets.h"
 #include "../apps/tables/verify.h"
 #include "egtb/table_index.h"
 #include "engine_fixture.h"
@@ -162,7 +163,9 @@ TEST_F(TableGeneratorTest, TargetsComeAfterWhatTheyDependOn) {
     EXPECT_EQ(names({"kpk"}), "knk kbk krk kqk kpk ");
     EXPECT_EQ(tablesToMake({"3men"}).size(), 5U);
     EXPECT_EQ(tablesToMake({"all4"}).size(), 35U);
-    for (const char* unknown : {"kk", "krkq", "5men", "kqqkqq", ""}) {
+    EXPECT_EQ(tablesNamed({"5men", "5men"}).size(), 110U);
+    EXPECT_EQ(tablesToMake({"5men"}).size(), 145U);
+    for (const char* unknown : {"kk", "krkq", "6men", "kqqkqq", ""}) {
         EXPECT_THROW((void)tablesToMake({unknown}), AppError) << unknown;
     }
 }

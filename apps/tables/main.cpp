@@ -40,7 +40,7 @@ struct CommandLine {
         CLI::App* const command = app.add_subcommand(
             "make", "Make tables and all that they depend on; existing tables are kept");
         command
-            ->add_option("TABLES", make.targets, "3men, 4men, all4, or names such as kqk or krkbn")
+            ->add_option("TABLES", make.targets, "3men, 4men, 5men, all4, all5, or names such as krkbn")
             ->required();
         command->add_option("-o,--output", make.folder, "Folder of the tables")
             ->capture_default_str();

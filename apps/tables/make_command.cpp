@@ -7,6 +7,7 @@
 #include "table_maker.h"
 #include "table_record.h"
 #include "table_store.h"
+#include "targets.h"
 #include "task.h"
 #include "verify.h"
 

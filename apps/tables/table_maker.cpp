@@ -1,7 +1,5 @@
 #include "table_maker.h"
 
-#include <algorithm>
-
 #include "file_walk.h"
 #include "parallel.h"
 #include "retrograde.h"
@@ -9,20 +7,6 @@
 
 namespace brivok::tables {
 namespace {
-
-void addWithTablesBelow(int id, std::vector<int>& ids) {
-    if (std::find(ids.begin(), ids.end(), id) != ids.end()) return;
-    for (const int below : tablesBelow(id)) addWithTablesBelow(below, ids);
-    ids.push_back(id);
-}
-
-/// Whether a target on the command line includes the table.
-bool namesTable(std::string_view target, std::string_view signature) {
-    if (target == "3men") return signature.size() == 3;
-    if (target == "4men") return signature.size() == 4;
-    if (target == "all4") return signature.size() == 3 || signature.size() == 4;
-    return target == signature;
-}
 
 /// Sets the entries of a file for one side to move.
 void fill(int id, const Material& material, unsigned side, const Retrograde& retrograde,
@@ -44,24 +28,6 @@ void fill(int id, const Material& material, unsigned side, const Retrograde& ret
 }
 
 }  // namespace
-
-std::vector<int> tablesToMake(const std::vector<std::string>& targets) {
-    std::vector<int> ids;
-    for (const std::string& target : targets) {
-        bool known = false;
-        for (int id = 1; id < TableCount; ++id) {
-            const std::string_view signature = descriptorOf(id).signature();
-            if (!namesTable(target, signature)) continue;
-            if (signature.size() > MaxMen) {
-                throw AppError(target + ": tables of six men cannot be made");
-            }
-            known = true;
-            addWithTablesBelow(id, ids);
-        }
-        if (!known) throw AppError(target + ": no such table");
-    }
-    return ids;
-}
 
 TableBytes makeTable(int id, TableStore& store, unsigned threads,
                      const std::function<void(const std::string&)>& progress) {

@@ -22,11 +22,15 @@ TableReader::TableReader(const Material& material, unsigned itsMover, TableStore
     if (finder.table() != 0) entries = &store.entries(finder.table(), finder.sideOf(mover));
 }
 
+unsigned moverAfter(const Material& material, const Conversion& conversion) {
+    return conversion.captured != 0 ? material.side[conversion.captured]
+                                    : material.side[conversion.promoted] ^ 1U;
+}
+
 ConversionReader::ConversionReader(const Material& material, TableStore& store) {
     for (const Conversion& conversion : conversionsOf(material)) {
-        const unsigned mover = conversion.captured != 0 ? material.side[conversion.captured]
-                                                        : material.side[conversion.promoted] ^ 1U;
-        readers[placeOf(conversion)] = TableReader(convert(material, conversion), mover, store);
+        readers[placeOf(conversion)] =
+            TableReader(convert(material, conversion), moverAfter(material, conversion), store);
     }
 }
 

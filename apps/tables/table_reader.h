@@ -73,6 +73,9 @@ private:
     const std::vector<std::uint8_t>* entries = nullptr;
 };
 
+/// The side to move after a conversion.
+[[nodiscard]] unsigned moverAfter(const Material& material, const Conversion& conversion);
+
 /// Looks up the results of a material's conversions.
 class ConversionReader {
 public:

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+
+namespace brivok::tables {
+
+/// What it takes to make a table, and to keep it. Time and the packed size are estimates from
+/// tables that were measured; the processor and the mates in a table make a factor of two of
+/// difference. Memory and the plain size follow from the tables' sizes.
+struct TableCosts {
+    double seconds = 0;        ///< of processor time to make it
+    double packSeconds = 0;    ///< of processor time to pack it
+    std::uint64_t memory = 0;  ///< bytes, at the peak, the tables below it included
+    std::uint64_t plain = 0;   ///< bytes of its files
+    std::uint64_t packed = 0;  ///< bytes of its packed files
+};
+
+/// The costs of a table; those below it must exist.
+[[nodiscard]] TableCosts costsOf(int id);
+
+/// Bytes of memory that packing a file takes, whatever its size.
+inline constexpr std::uint64_t PackingMemory = 128'000'000;
+
+/// Bytes of memory that the files of a table and of those that one move leads to take when they are
+/// all loaded.
+[[nodiscard]] std::uint64_t memoryToCheck(int id);
+
+}  // namespace brivok::tables
