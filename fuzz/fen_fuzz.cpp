@@ -11,6 +11,7 @@
 #include "../apps/book/position.h"
 #include "../apps/common/app_error.h"
 #include "board/coordinate.h"
+#include "board/strict_fen.h"
 #include "eval/evaluate.h"
 #include "expect.h"
 #include "movegen/legal_moves.h"
@@ -20,7 +21,6 @@
 #include "session.h"
 #include "shell/base/settings.h"
 #include "shell/modern/interface_moves.h"
-#include "shell/modern/position_text.h"
 
 namespace brivok {
 namespace {

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "board/coordinate.h"
+#include "board/strict_fen.h"
 #include "expect.h"
 #include "movegen/legal_moves.h"
 #include "movegen/move_text.h"
@@ -15,7 +16,6 @@
 #include "session.h"
 #include "shell/base/settings.h"
 #include "shell/modern/interface_moves.h"
-#include "shell/modern/position_text.h"
 
 namespace brivok {
 namespace {

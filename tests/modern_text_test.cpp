@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "board/coordinate.h"
+#include "board/strict_fen.h"
 #include "engine_fixture.h"
 #include "hash/search_stats.h"
 #include "hash/transposition_table.h"
@@ -15,7 +16,6 @@
 #include "shell/base/words.h"
 #include "shell/modern/interface_moves.h"
 #include "shell/modern/modern_pv.h"
-#include "shell/modern/position_text.h"
 #include "shell/principal_variation.h"
 
 namespace brivok {

@@ -4,13 +4,13 @@
 #include <utility>
 
 #include "board/coordinate.h"
+#include "board/strict_fen.h"
 #include "egtb/registration.h"
 #include "egtb/signature.h"
 #include "egtb/table_files.h"
 #include "egtb/tablebase_probe.h"
 #include "movegen/legal_moves.h"
 #include "movegen/san.h"
-#include "shell/modern/position_text.h"
 #include "table_store.h"
 
 namespace brivok::tables {

@@ -4,16 +4,16 @@
 #include <cstdint>
 #include <memory>
 
+#include "board/strict_fen.h"
 #include "movegen/legal_moves.h"
 #include "search/fallback_move.h"
 #include "search/searcher.h"
 #include "shell/base/console.h"
+#include "shell/base/fields.h"
 #include "shell/board_diagram.h"
-#include "shell/modern/fields.h"
 #include "shell/modern/go_order.h"
 #include "shell/modern/interface_moves.h"
 #include "shell/modern/modern_options.h"
-#include "shell/modern/position_text.h"
 
 namespace brivok {
 

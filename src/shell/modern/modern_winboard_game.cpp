@@ -1,12 +1,12 @@
 #include <algorithm>
 
+#include "board/strict_fen.h"
 #include "search/searcher.h"
 #include "shell/base/settings.h"
 #include "shell/base/words.h"
 #include "shell/modern/interface_moves.h"
 #include "shell/modern/modern_options.h"
 #include "shell/modern/modern_winboard_handler.h"
-#include "shell/modern/position_text.h"
 #include "shell/modern/time_words.h"
 
 namespace brivok {

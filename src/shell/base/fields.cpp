@@ -1,4 +1,4 @@
-#include "shell/modern/fields.h"
+#include "shell/base/fields.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "shell/modern/position_text.h"
+#include "board/strict_fen.h"
 
 #include <algorithm>
 #include <charconv>
@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "board/coordinate.h"
-#include "shell/modern/fields.h"
+#include "shell/base/fields.h"
 
 namespace brivok {
 
