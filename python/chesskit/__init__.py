@@ -17,5 +17,7 @@ from chesskit.programs import (BENCH_TOOL, BOOK_TOOL, BRIVOK, PATH, ROOT, SLOW, 
 from chesskit.referee import Look, Referee
 from chesskit.script import progress, run_script, script_parser
 from chesskit.standing import Standing
+from chesskit.tables import (TableOracle, complete_tables, random_position, sides, tables_below,
+                             tables_in)
 from chesskit.uci import Reply, Score, UciEngine
 from chesskit.winboard import RESULTS, WinBoardEngine

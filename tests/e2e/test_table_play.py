@@ -6,34 +6,15 @@ with more tables than those of three men; BRIVOK_POSITIONS is the number of posi
 
 import os
 import random
-import re
 
 import pytest
 
-from chesskit import SLOW, SQUARES, TABLES_TOOL, Brivok, WinBoard, is_dead, placement, run_tool
+from chesskit import (SLOW, TABLES_TOOL, Brivok, WinBoard, complete_tables, is_dead,
+                      random_position, run_tool)
 
 POSITIONS = int(os.environ.get("BRIVOK_POSITIONS", "12" if SLOW else "60"))
 MATE = 32767
 HELD = 15  # moves that the engine must hold a draw
-
-
-def random_position(rng, referee, signature):
-    """FEN of a random legal position of these men, with either side as the first."""
-    white, black = signature[:signature.rindex("k")], signature[signature.rindex("k"):]
-    if rng.random() < 0.5:
-        white, black = black, white
-    letters = white.upper() + black
-    while True:
-        places = rng.sample(SQUARES, len(letters))
-        men = placement(dict(zip(places, letters)))
-        mover, other = rng.choice(("wb", "bw"))
-        kings = zip(*(place for place, man in zip(places, letters) if man in "Kk"))
-        beside = all(abs(ord(a) - ord(b)) <= 1 for a, b in kings)
-        pawns = "".join(place[1] for place, man in zip(places, letters) if man in "Pp")
-        # The side that is not to move must not be in check.
-        if not (beside or set(pawns) & set("18") or
-                referee.look(f"fen {men} {other} - - 0 1").check):
-            return f"{men} {mover} - - 0 1"
 
 
 class Oracle(WinBoard):
@@ -89,11 +70,10 @@ def play(players, referee, rng, start):
 
 
 def test_exact_play(players, referee, tables):
-    names = set(re.findall("^k[qrbnp]*k[qrbnp]*", "\n".join(os.listdir(tables)), re.M))
-    names -= {"kbk", "knk"}  # never played on
+    names = set(complete_tables(tables)) - {"kbk", "knk"}  # these are never played on
     rng, mates = random.Random(1), 0
     for name in (sorted(names) * POSITIONS)[:POSITIONS]:
-        start = random_position(rng, referee, name)
+        start = random_position(rng, name)
         best = max(players[1].after_moves(start).values(), default=0)
         length = play(players, referee, rng, start)
         if best != 0:
