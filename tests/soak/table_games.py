@@ -104,15 +104,15 @@ class Games:
         self.played: Counter[str] = Counter()
         self.counts: Counter[str] = Counter()
         self.longest: Counter[str] = Counter()  # moves to mate
-        self.faults: list[str] = []
+        self.faults = 0
 
     def game(self, start: Start) -> None:
         try:
             moves = play(self.engine, start, self.options.depth)
             check(self.referee, start, moves)
         except Fault as fault:
-            self.faults.append(f"{start.table} {start.fen}: {fault}")
-            print(self.faults[-1], flush=True)
+            print(f"{start.table} {start.fen}: {fault}", flush=True)
+            self.faults += 1
             moves = []
         _, mover, _, passed, *_ = start.fen.split()
         self.played[start.table] += 1
@@ -153,10 +153,8 @@ def show(games: Games, tables: list[str], seconds: float) -> None:
     for table in tables:
         print(f"| {table} | {games.played[table]} | {games.longest[table] or '-'} |")
     print(f"\n{sum(games.played.values())} games of {sum(map(bool, games.played.values()))} tables "
-          f"in {seconds:.0f} s, {len(games.faults)} faults; " +
+          f"in {seconds:.0f} s, {games.faults} faults; " +
           ", ".join(f"{name} {count}" for name, count in sorted(games.counts.items())))
-    for fault in games.faults:
-        print(fault)
 
 
 def arguments() -> argparse.Namespace:
