@@ -71,10 +71,11 @@ def random_position(rng: random.Random, name: str, passing: bool = False) -> str
     while True:
         mover, other = rng.choice((("w", "b"), ("b", "w")))
         men, passed = _passing_pawns(rng, mover) if passing else ({}, "-")
-        closed = {passed, passed[0] + ("7" if mover == "w" else "2")}
+        stepped = passed[0] + ("5" if mover == "w" else "4")
+        origin = passed[0] + ("7" if mover == "w" else "2")
         quarter = rng.choice(("abcd", "efgh")), rng.choice(("1234", "5678"))
         near = rng.random() < 0.5
-        places = [place for place in SQUARES if place not in men and place not in closed and
+        places = [place for place in SQUARES if place not in {*men, passed, origin} and
                   (not near or place[0] in quarter[0] and place[1] in quarter[1])]
         letters = list(white.upper() + black)
         for man in men.values():
@@ -83,9 +84,14 @@ def random_position(rng: random.Random, name: str, passing: bool = False) -> str
         if any(man in "Pp" and place[1] in "18" for place, man in men.items()):
             continue
         fen = placement(men)
-        # The side that is not to move must not be in check.
-        if not is_check(f"{fen} {other} - - 0 1"):
-            return f"{fen} {mover} - {passed} 0 1"
+        # The side that is not to move must not be in check, nor the other before a double step.
+        if is_check(f"{fen} {other} - - 0 1"):
+            continue
+        if passing:
+            men[origin] = men.pop(stepped)
+            if is_check(f"{placement(men)} {mover} - - 0 1"):
+                continue
+        return f"{fen} {mover} - {passed} 0 1"
 
 
 def _passing_pawns(rng: random.Random, mover: str) -> tuple[dict[str, str], str]:
