@@ -3,8 +3,10 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <span>
+#include <string>
 
 #include "interrupt.h"
 
@@ -24,13 +26,20 @@ struct FreshFile {
     std::filesystem::path path;
 };
 
-/// Creates a file next to `target`, with a name that begins with the name of `target`. Throws
-/// AppError if that fails.
+/// Creates a file next to `target`: `NAME.part-MACHINE-NUMBER`. It is locked until it is closed.
+/// Throws AppError if that fails.
 [[nodiscard]] FreshFile makeFileBeside(const std::filesystem::path& target);
 
-/// A file that appears under its name complete or not at all. Until then it has a temporary name in
-/// the same folder, and any existing file keeps its content. Ctrl-C leaves nothing behind either.
-/// All operations throw AppError if writing fails and Interrupted if the user gives up.
+/// Removes files of makeFileBeside() whose programs were killed, where isOurs(name of the target)
+/// is true. Files that another process holds stay. So do, for a day, those of other machines: a
+/// shared folder need not pass on their locks.
+void removeAbandonedFiles(const std::filesystem::path& folder,
+                          const std::function<bool(const std::string& name)>& isOurs);
+
+/// A file that appears under its name complete or not at all, also if the machine fails. Until then
+/// it has a temporary name in the same folder, and any existing file keeps its content. Ctrl-C
+/// leaves nothing behind either. All operations throw AppError if writing fails and Interrupted if
+/// the user gives up.
 class NewFile {
 public:
     explicit NewFile(std::filesystem::path itsName);
@@ -43,7 +52,7 @@ public:
     /// Further writing overwrites the file from its start.
     void rewind();
 
-    /// Renames the file to its final name.
+    /// Waits until the file is on the disk, and renames it to its final name.
     void finish();
 
     /// Call this in long work between two writes.

@@ -6,7 +6,10 @@ namespace {
 
 volatile std::sig_atomic_t received = 0;
 
-void note(int number) { received = number; }
+void note(int number) {
+    received = number;
+    std::signal(number, SIG_DFL);
+}
 
 /// Handles a signal, unless the parent process has set it to be ignored.
 auto takeOver(int number) {

@@ -17,8 +17,8 @@ private:
 };
 
 /// While one of these exists, Ctrl-C and similar signals do not end the program at once. Instead
-/// check() throws Interrupted, so that incomplete files are removed. Work that leaves no files does
-/// not need this.
+/// check() throws Interrupted, so that incomplete files are removed. A second signal ends the
+/// program at once. Work that leaves no files does not need this.
 class InterruptWatch {
 public:
     InterruptWatch();
