@@ -20,9 +20,12 @@ struct MakeOptions {
     std::vector<std::string> targets;  ///< as in tablesToMake()
     std::filesystem::path folder = ".";
     unsigned threads = allProcessors();
-    bool compress = false;  ///< pack the files and remove the plain ones
+    std::uint64_t megabytes = 0;  ///< of memory to use; 0 for three quarters of the machine's
+    bool compress = false;        ///< pack the files and remove the plain ones
+    bool only = false;            ///< not the tables that they depend on, which must be there
 };
-/// Makes tables and all that they depend on.
+/// Makes tables and all that they depend on. After an interruption of any kind, the same call goes
+/// on with what was not finished.
 void makeTables(const MakeOptions& options);
 
 struct VerifyOptions {

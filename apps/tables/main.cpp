@@ -15,6 +15,9 @@ using namespace brivok::tables;
 /// Anything larger is a mistake, such as a negative number that has wrapped around.
 constexpr std::uint64_t LargestSample = 1'000'000'000'000;
 
+/// In megabytes; the same.
+constexpr std::uint64_t LargestMemory = 1'000'000'000;
+
 /// The command line: the command to run, with its options.
 struct CommandLine {
     CLI::App app{
@@ -40,11 +43,18 @@ struct CommandLine {
         CLI::App* const command = app.add_subcommand(
             "make", "Make tables and all that they depend on; existing tables are kept");
         command
-            ->add_option("TABLES", make.targets, "3men, 4men, 5men, all4, all5, or names such as krkbn")
+            ->add_option("TABLES", make.targets,
+                         "3men, 4men, 5men, all4, all5, or names such as krkbn")
             ->required();
         command->add_option("-o,--output", make.folder, "Folder of the tables")
             ->capture_default_str();
         command->add_flag("--compress", make.compress, "Pack the files and remove the plain ones");
+        command->add_flag("--only", make.only,
+                          "Make only the named tables; those below them must be there");
+        command
+            ->add_option("--memory", make.megabytes,
+                         "Megabytes of memory to use; by default three quarters of the machine's")
+            ->check(CLI::Range(std::uint64_t{1}, LargestMemory));
         addThreads(command, make.threads);
         command->callback([this] { makeTables(make); });
     }

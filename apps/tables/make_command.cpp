@@ -1,61 +1,163 @@
+#include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <string>
+#include <system_error>
 
+#include "../common/disk.h"
+#include "../common/files.h"
 #include "commands.h"
-#include "making_watch.h"
 #include "material.h"
-#include "table_maker.h"
+#include "run_schedule.h"
+#include "schedule.h"
+#include "table_jobs.h"
 #include "table_record.h"
 #include "table_store.h"
 #include "targets.h"
-#include "task.h"
-#include "verify.h"
 
 namespace brivok::tables {
 namespace {
 
-/// Number of entries to check in an existing file before trusting it.
-constexpr std::uint64_t TrustedSample = 1000;
+constexpr std::uint64_t Megabyte = 1'000'000;
 
-/// Whether the table exists and a sample of its entries is right.
-bool isFinished(int id, TableStore& store, Task& task) {
-    if (!store.has(id)) return false;
-    try {
-        task.show("checking");
-        const auto finding = contradictionInSample(id, store, TrustedSample);
-        if (!finding) return true;
-        task.report(*finding);
-    } catch (const AppError& error) {
-        task.report(error.what());
-    }
-    return false;
+std::string nameOf(int id) { return std::string(descriptorOf(id).signature()); }
+
+bool contains(const std::vector<int>& ids, int id) {
+    return std::find(ids.begin(), ids.end(), id) != ids.end();
 }
+
+/// "2.9 GB", or megabytes if there are fewer than a thousand.
+std::string sizeText(std::uint64_t bytes) {
+    const std::uint64_t megabytes = (bytes + Megabyte - 1) / Megabyte;
+    if (megabytes < 1000) return std::to_string(megabytes) + " MB";
+    const std::uint64_t tenths = (megabytes + 99) / 100;
+    return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " GB";
+}
+
+/// A run of `make`.
+class MakeRun {
+public:
+    explicit MakeRun(const MakeOptions& itsOptions)
+        : options(itsOptions),
+          folder(options.folder),
+          limits{.memory = options.megabytes != 0 ? options.megabytes * Megabyte
+                                                  : machineMemory() / 4 * 3,
+                 .threads = options.threads} {}
+
+    void run() {
+        const std::vector<int> ids =
+            options.only ? tablesNamed(options.targets) : tablesToMake(options.targets);
+        prepareFolder();
+        check(ids);
+        std::vector<TablePlan> plans;
+        for (const int id : ids) addPlan(id, plans);
+        if (options.only) requireTablesBelow(plans);
+        if (plans.empty()) return;
+        requireResources(plans);
+        (void)runSchedule(folder, plans, limits, right);
+    }
+
+private:
+    void prepareFolder() const {
+        std::error_code failure;
+        std::filesystem::create_directories(folder, failure);
+        if (failure) fail(folder, failure.message());
+        removeAbandonedFiles(folder, [](const std::string& name) {
+            const std::size_t end = name.rfind(".json");
+            return tableFileOf(name) ||
+                   (end != std::string::npos && tableFileOf(name.substr(0, end) + ".nbw"));
+        });
+    }
+
+    /// Compares the recorded ones of the tables with their records.
+    void check(const std::vector<int>& ids) {
+        std::vector<TablePlan> plans;
+        for (const int id : ids) {
+            if (contains(right, id) || standingOf(folder, id) != Standing::Recorded) continue;
+            plans.push_back({.id = id, .check = true, .costs = costsOf(id)});
+        }
+        const Checked checked = runSchedule(folder, plans, limits);
+        right.insert(right.end(), checked.right.begin(), checked.right.end());
+        wrong.insert(wrong.end(), checked.wrong.begin(), checked.wrong.end());
+    }
+
+    void addPlan(int id, std::vector<TablePlan>& plans) const {
+        const bool isThere = contains(right, id);
+        if (isThere) std::printf("%s: already there\n", nameOf(id).c_str());
+        TablePlan plan{.id = id,
+                       .make = !isThere,
+                       .pack = options.compress && (!isThere || hasPlainFile(id)),
+                       .costs = costsOf(id)};
+        if (plan.make || plan.pack) plans.push_back(plan);
+    }
+
+    [[nodiscard]] bool hasPlainFile(int id) const {
+        for (unsigned side = 0; side < filesOf(id); ++side) {
+            if (std::filesystem::exists(folder / tableFileName(id, side))) return true;
+        }
+        return false;
+    }
+
+    /// Refuses tables whose tables below are missing or damaged.
+    void requireTablesBelow(const std::vector<TablePlan>& plans) {
+        std::vector<int> needed;
+        for (const TablePlan& plan : plans) {
+            if (!plan.make) continue;
+            for (const int below : tablesBelow(plan.id)) {
+                const bool isMade = std::any_of(
+                    plans.begin(), plans.end(),
+                    [below](const TablePlan& other) { return other.id == below && other.make; });
+                if (isMade) continue;
+                const Standing standing = standingOf(folder, below);
+                if (standing == Standing::Missing || standing == Standing::Misrecorded) {
+                    throw AppError(nameOf(plan.id) + ": needs " + nameOf(below) + ", which is " +
+                                   (standing == Standing::Missing ? "missing" : "damaged"));
+                }
+                needed.push_back(below);
+            }
+        }
+        check(needed);
+        for (const int below : needed) {
+            if (contains(wrong, below)) throw AppError(nameOf(below) + ": must be made again");
+        }
+    }
+
+    /// Tells what the run takes, and refuses it if that is more than there is.
+    void requireResources(const std::vector<TablePlan>& plans) const {
+        for (const TablePlan& plan : plans) {
+            if (plan.make && plan.costs.memory > limits.memory) {
+                throw AppError(nameOf(plan.id) + ": needs " + sizeText(plan.costs.memory) +
+                               " of memory, and may use " + sizeText(limits.memory) +
+                               " (--memory)");
+            }
+        }
+        const Forecast forecast = forecastOf(plans, limits);
+        std::string text;
+        if (forecast.making != 0) text = std::to_string(forecast.making) + " to make, ";
+        if (forecast.packing != 0) text += std::to_string(forecast.packing) + " to pack, ";
+        std::printf("Tables: %sabout %s, %s of memory, %s of disk\n", text.c_str(),
+                    durationText(forecast.seconds).c_str(), sizeText(forecast.memory).c_str(),
+                    sizeText(forecast.disk).c_str());
+        std::fflush(stdout);
+        std::error_code failure;
+        const std::filesystem::space_info space = std::filesystem::space(folder, failure);
+        if (failure) fail(folder, failure.message());
+        if (forecast.disk > space.available) {
+            fail(folder, "needs " + sizeText(forecast.disk) + " of disk, and has " +
+                             sizeText(space.available));
+        }
+        const NewFile probe(recordPath(folder, plans.front().id));  // fails if it cannot be written
+    }
+
+    const MakeOptions& options;
+    std::filesystem::path folder;
+    Limits limits;
+    std::vector<int> right;  ///< as recorded
+    std::vector<int> wrong;
+};
 
 }  // namespace
 
-void makeTables(const MakeOptions& options) {
-    std::filesystem::create_directories(options.folder);
-    TableStore store(options.folder);
-    for (const int id : tablesToMake(options.targets)) {
-        Task task(std::string(descriptorOf(id).signature()));
-        store.keepOnly(tablesBelow(id));
-        if (isFinished(id, store, task)) {
-            task.report("already there");
-        } else {
-            const MakingWatch watch;
-            store.put(id, makeTable(id, store, options.threads,
-                                    [&](const std::string& step) { task.show(step); }));
-            const Making making = watch.finish(options.threads);
-            store.save(id);
-            writeRecord(options.folder, recordOf(id, store, making));
-            task.report("made");
-        }
-        if (options.compress) {
-            task.show("packing");
-            store.pack(id, options.threads);
-            recordPacking(options.folder, id);
-        }
-    }
-}
+void makeTables(const MakeOptions& options) { MakeRun(options).run(); }
 
 }  // namespace brivok::tables

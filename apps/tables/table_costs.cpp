@@ -22,6 +22,7 @@ constexpr std::uint64_t Base = 16'000'000;
 constexpr double MakingPawnless = 22;
 constexpr double MakingPawns = 28;
 constexpr double Packing = 29;
+constexpr double Checking = 0.7;
 
 /// Size of the packed files in percent of the plain ones, without and with pawns.
 constexpr std::uint64_t PackedPawnless = 26;
@@ -86,15 +87,10 @@ TableCosts costsOf(int id) {
     const double each = material.hasPawns() ? MakingPawns : MakingPawnless;
     return {.seconds = positions * each / 1e9,
             .packSeconds = static_cast<double>(plain) * Packing / 1e9,
+            .checkSeconds = static_cast<double>(plain) * Checking / 1e9,
             .memory = memoryToMake(id, material),
             .plain = plain,
             .packed = plain * (material.hasPawns() ? PackedPawns : PackedPawnless) / 100};
-}
-
-std::uint64_t memoryToCheck(int id) {
-    std::uint64_t bytes = Base + plainBytes(id);
-    for (const int below : tablesBelow(id)) bytes += plainBytes(below);
-    return bytes;
 }
 
 }  // namespace brivok::tables

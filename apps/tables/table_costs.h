@@ -10,6 +10,7 @@ namespace brivok::tables {
 struct TableCosts {
     double seconds = 0;        ///< of processor time to make it
     double packSeconds = 0;    ///< of processor time to pack it
+    double checkSeconds = 0;   ///< of processor time to compare it with its sums
     std::uint64_t memory = 0;  ///< bytes, at the peak, the tables below it included
     std::uint64_t plain = 0;   ///< bytes of its files
     std::uint64_t packed = 0;  ///< bytes of its packed files
@@ -20,9 +21,5 @@ struct TableCosts {
 
 /// Bytes of memory that packing a file takes, whatever its size.
 inline constexpr std::uint64_t PackingMemory = 128'000'000;
-
-/// Bytes of memory that the files of a table and of those that one move leads to take when they are
-/// all loaded.
-[[nodiscard]] std::uint64_t memoryToCheck(int id);
 
 }  // namespace brivok::tables

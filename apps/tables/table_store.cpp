@@ -60,20 +60,29 @@ const std::vector<std::uint8_t>& TableStore::entries(int id, unsigned side) {
     if (isSameForBoth(id)) side = 0;
     const auto key = std::make_pair(id, side);
     if (const auto found = loaded.find(key); found != loaded.end()) return found->second;
+    std::vector<std::uint8_t> bytes = read(id, side);
+    if (!trusted.contains(key)) {
+        requireRecorded(find(id, side), sha256Of(bytes));
+        trusted.insert(key);
+    }
+    return loaded.emplace(key, std::move(bytes)).first->second;
+}
+
+std::vector<std::uint8_t> TableStore::read(int id, unsigned side) const {
     const std::filesystem::path path = find(id, side);
     if (path.empty()) {
         fail(folder / tableFileName(id, side), "no such file");
     }
     const std::uint64_t size = descriptorOf(id).size[side];
-    std::vector<std::uint8_t> bytes = readTableFile(path, size);
-    if (bytes.size() != size) {
+    try {
+        std::vector<std::uint8_t> bytes = readTableFile(path, size);
+        if (bytes.size() == size) return bytes;
         fail(path, std::to_string(bytes.size()) + " entries instead of " + std::to_string(size));
+    } catch (const AppError&) {
+        // Another run may just have packed it.
+        if (isPackedName(path) || std::filesystem::exists(path)) throw;
     }
-    if (!trusted.contains(key)) {
-        requireRecorded(path, sha256Of(bytes));
-        trusted.insert(key);
-    }
-    return loaded.emplace(key, std::move(bytes)).first->second;
+    return read(id, side);
 }
 
 void TableStore::put(int id, TableBytes bytes) {
@@ -93,12 +102,27 @@ void TableStore::save(int id) {
     }
 }
 
-void TableStore::pack(int id, unsigned threads) const {
+void TableStore::trust(int id) {
+    for (unsigned side = 0; side < filesOf(id); ++side) trusted.insert({id, side});
+}
+
+void TableStore::pack(int id, unsigned threads,
+                      const std::function<void(unsigned)>& progress) const {
     for (unsigned side = 0; side < filesOf(id); ++side) {
         const std::filesystem::path plain = folder / tableFileName(id, side);
         if (!std::filesystem::exists(plain)) continue;
-        packFile(plain, packedName(plain), {.threads = threads});
-        std::filesystem::remove(plain);
+        packFile(
+            plain, packedName(plain),
+            {.threads = threads, .progress = [&](std::uint64_t done, std::uint64_t total) {
+                 progress(static_cast<unsigned>((100 * side + 100 * done / total) / filesOf(id)));
+             }});
+    }
+}
+
+void TableStore::removePlain(int id) const {
+    for (unsigned side = 0; side < filesOf(id); ++side) {
+        const std::filesystem::path plain = folder / tableFileName(id, side);
+        if (std::filesystem::exists(packedName(plain))) std::filesystem::remove(plain);
     }
 }
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -64,13 +65,21 @@ public:
     /// Writes the files of a table that is in memory, replacing existing ones.
     void save(int id);
 
-    /// Packs the plain files of a table and removes them.
-    void pack(int id, unsigned threads) const;
+    /// Takes it that the table is as recorded.
+    void trust(int id);
+
+    /// Packs the plain files of a table. `progress` receives percentages.
+    void pack(int id, unsigned threads, const std::function<void(unsigned)>& progress) const;
+
+    /// Removes the plain files of a table that are packed.
+    void removePlain(int id) const;
 
     /// Drops the tables that are not listed from memory.
     void keepOnly(const std::vector<int>& ids);
 
 private:
+    [[nodiscard]] std::vector<std::uint8_t> read(int id, unsigned side) const;
+
     std::filesystem::path folder;
     std::map<std::pair<int, unsigned>, std::vector<std::uint8_t>> loaded;  ///< by id and file
     std::set<std::pair<int, unsigned>> trusted;  ///< made here, or found to be as recorded

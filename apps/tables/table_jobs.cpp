@@ -1,0 +1,118 @@
+#include "table_jobs.h"
+
+#include <cstdint>
+#include <system_error>
+
+#include "../common/app_error.h"
+#include "../common/sha256.h"
+#include "making_watch.h"
+#include "table_maker.h"
+#include "table_record.h"
+#include "table_store.h"
+#include "verify.h"
+
+namespace brivok::tables {
+namespace {
+
+/// Number of entries to check in a file without a record before trusting it.
+constexpr std::uint64_t TrustedSample = 1000;
+
+/// Whether a sample of the table's entries is right.
+bool isPlausible(int id, TableStore& store, const JobListener& listener) {
+    listener.onStep("checking");
+    try {
+        const auto finding = contradictionInSample(id, store, TrustedSample);
+        if (!finding) return true;
+        listener.onOutcome(*finding);
+    } catch (const AppError& error) {
+        listener.onOutcome(error.what());
+    }
+    return false;
+}
+
+/// Takes what is already there into the records.
+bool adopt(const std::filesystem::path& folder, int id, TableStore& store,
+           const JobListener& listener) {
+    const Standing standing = standingOf(folder, id);
+    if (standing == Standing::Misrecorded) std::filesystem::remove(recordPath(folder, id));
+    if (standing != Standing::Unrecorded && standing != Standing::Misrecorded) return false;
+    if (!isPlausible(id, store, listener)) return false;
+    writeRecord(folder, recordOf(id, store, std::nullopt));
+    recordPacking(folder, id);
+    listener.onOutcome("already there");
+    return true;
+}
+
+/// The first difference of a file from its record.
+std::optional<std::string> differenceOf(const std::filesystem::path& file,
+                                        const FileRecord& record) {
+    if (!isPackedName(file)) {
+        std::error_code failure;
+        if (std::filesystem::file_size(file, failure) != record.bytes()) {
+            return file.string() + ": does not have the recorded size";
+        }
+        (void)requireRecorded(file, sha256OfFile(file));
+    } else if (!record.packed) {
+        (void)readTable(file);
+    } else if (packedRecordOf(file).sha256 != record.packed->sha256) {
+        return file.string() + ": does not have the recorded SHA-256 sum";
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+Standing standingOf(const std::filesystem::path& folder, int id) {
+    if (!TableStore(folder).has(id)) return Standing::Missing;
+    try {
+        return readRecord(folder, id) ? Standing::Recorded : Standing::Unrecorded;
+    } catch (const AppError&) {
+        return Standing::Misrecorded;
+    }
+}
+
+std::optional<std::string> differenceFromRecord(const std::filesystem::path& folder, int id) {
+    const TableStore store(folder);
+    try {
+        const auto record = readRecord(folder, id);
+        if (!record) return std::nullopt;
+        for (unsigned side = 0; side < filesOf(id); ++side) {
+            if (const auto difference = differenceOf(store.find(id, side), record->files[side])) {
+                return difference;
+            }
+        }
+        return std::nullopt;
+    } catch (const AppError& error) {
+        return error.what();
+    }
+}
+
+void makeAndRecord(const std::filesystem::path& folder, const Job& job,
+                   const std::vector<int>& trusted, const JobListener& listener) {
+    const auto openStore = [&] {
+        TableStore store(folder);
+        for (const int id : trusted) store.trust(id);
+        return store;
+    };
+    if (TableStore store = openStore(); adopt(folder, job.id, store, listener)) return;
+    TableStore store = openStore();
+    const MakingWatch watch;
+    store.put(job.id, makeTable(job.id, store, job.threads, listener.onStep));
+    const Making making = watch.finish(job.threads);
+    listener.onStep("writing");
+    store.save(job.id);
+    writeRecord(folder, recordOf(job.id, store, making));
+    listener.onOutcome("made");
+}
+
+void packAndRecord(const std::filesystem::path& folder, const Job& job,
+                   const JobListener& listener) {
+    const TableStore store(folder);
+    store.pack(job.id, job.threads, [&](unsigned percent) {
+        listener.onStep("packing, " + std::to_string(percent) + "%");
+    });
+    recordPacking(folder, job.id);
+    store.removePlain(job.id);
+}
+
+}  // namespace brivok::tables
