@@ -45,6 +45,15 @@ struct SolveOptions {
 /// values, or what is wrong with them.
 void solvePosition(const SolveOptions& options);
 
+struct ReportOptions {
+    std::filesystem::path folder;        ///< of the tables
+    std::filesystem::path output = ".";  ///< folder of the pages
+    std::string sums;  ///< "plain" or "packed": print only the sums of these files
+};
+/// Writes a page on all tables in a folder, as Markdown with a folder of pictures and as HTML; or
+/// prints the SHA-256 sums of the files, as sha256sum -c reads them.
+void reportTables(const ReportOptions& options);
+
 /// Table files.
 using Files = std::vector<std::string>;
 

@@ -25,6 +25,7 @@ struct CommandLine {
     MakeOptions make;
     VerifyOptions verify;
     SolveOptions solve;
+    ReportOptions report;
     PackFilesOptions pack;
     Files files;
     bool succeeded = true;
@@ -37,6 +38,7 @@ struct CommandLine {
         addPack();
         addForFiles("unpack", "Write FILE for each FILE.emd", unpackFiles);
         addForFiles("info", "Describe table files", describeFiles);
+        addReport();
     }
 
     void addMake() {
@@ -92,6 +94,19 @@ struct CommandLine {
                           "Take several times as long for slightly smaller files");
         addThreads(command, pack.threads);
         command->callback([this] { packFiles(pack); });
+    }
+
+    void addReport() {
+        CLI::App* const command = app.add_subcommand(
+            "report", "Write a page on all tables in a folder: statistics, longest mates, sizes");
+        command->add_option("FOLDER", report.folder, "Folder of the tables")->required();
+        command->add_option("-o,--output", report.output, "Folder of the pages")
+            ->capture_default_str();
+        command
+            ->add_option("--sums", report.sums,
+                         "Print only the SHA-256 sums of plain or packed files")
+            ->check(CLI::IsMember({"plain", "packed"}));
+        command->callback([this] { reportTables(report); });
     }
 
     void addForFiles(const char* name, const char* description, void (*run)(const Files&)) {

@@ -1,0 +1,187 @@
+#include "table_report.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <numeric>
+#include <string_view>
+#include <system_error>
+#include <tuple>
+#include <utility>
+
+#include "../common/app_error.h"
+#include "board/board.h"
+#include "egtb/descriptors.h"
+#include "report_text.h"
+#include "table_solver.h"
+#include "table_store.h"
+
+namespace brivok::tables {
+namespace {
+
+/// The men of a signature besides the kings.
+struct Sides {
+    std::string_view first;
+    std::string_view second;
+};
+
+Sides sidesOf(std::string_view signature) {
+    const std::size_t king = signature.find('k', 1);
+    return {signature.substr(1, king - 1), signature.substr(king + 1)};
+}
+
+/// Groups come in this order, and tables of a group agree in it.
+auto groupKey(std::string_view signature) {
+    const Sides sides = sidesOf(signature);
+    constexpr std::string_view Order = "pnbrq";
+    const bool named = sides.first.size() > 1 && sides.second.size() == 1;
+    return std::tuple(signature.size(), sides.second.size(),
+                      named ? Order.find(sides.second.front()) : 0);
+}
+
+ReportedGroup groupFor(std::string_view signature) {
+    const Sides sides = sidesOf(signature);
+    const std::string many = numberWord(sides.first.size());
+    const std::string men = sides.first.size() == 1 ? "one man" : many + " men";
+    ReportedGroup group;
+    std::string opponent = "king";
+    if (sides.second.empty()) {
+        group.heading = men + " against the king";
+    } else if (sides.first.size() > 1 && sides.second.size() == 1) {
+        const std::string text = menText(signature);
+        opponent = text.substr(text.rfind(' ') + 1);
+        group.heading = men + " against a " + opponent;
+    } else {
+        opponent = numberWord(sides.second.size());
+        group.heading = men + " against " + opponent;
+    }
+    group.heading = capitalized(group.heading);
+    group.shortName = many + "-against-" + opponent;
+    return group;
+}
+
+std::uintmax_t sizeOf(const std::filesystem::path& path) {
+    std::error_code failure;
+    const std::uintmax_t size = std::filesystem::file_size(path, failure);
+    if (failure) fail(path, failure.message());
+    return size;
+}
+
+/// Adds what is on disk of a packed file to the record, and compares the sizes of the files.
+void meetFile(FileRecord& file, const std::filesystem::path& plain) {
+    const auto requireSize = [](const std::filesystem::path& path, std::uint64_t size) {
+        if (sizeOf(path) != size) fail(path, "is not the file that its record tells of");
+    };
+    const std::filesystem::path packed = packedName(plain);
+    if (std::filesystem::exists(plain)) requireSize(plain, file.bytes());
+    if (!std::filesystem::exists(packed)) return;
+    if (file.packed) {
+        requireSize(packed, file.packed->bytes);
+    } else {
+        file.packed = packedRecordOf(packed);
+    }
+}
+
+ReportedTable readReported(const std::filesystem::path& folder, const TableStore& store, int id) {
+    ReportedTable table{.id = id, .record = {}, .mates = {}};
+    if (auto record = readRecord(folder, id)) {
+        table.record = std::move(*record);
+        table.recorded = true;
+    } else {
+        table.record.signature = descriptorOf(id).signature();
+        for (unsigned side = 0; side < filesOf(id); ++side) {
+            table.record.files.push_back(readTable(store.find(id, side)).record);
+        }
+    }
+    for (unsigned side = 0; side < filesOf(id); ++side) {
+        FileRecord& file = table.record.files[side];
+        meetFile(file, folder / tableFileName(id, side));
+        if (file.longestWin) {
+            table.mates.push_back(
+                {.side = side, .won = true, .mate = *file.longestWin, .line = {}, .gap = {}});
+        }
+        if (file.longestLoss && file.longestLoss->moves > 0) {
+            table.mates.push_back(
+                {.side = side, .won = false, .mate = *file.longestLoss, .line = {}, .gap = {}});
+        }
+    }
+    return table;
+}
+
+}  // namespace
+
+std::uint64_t ReportedTable::bytes() const {
+    return std::accumulate(
+        record.files.begin(), record.files.end(), std::uint64_t{0},
+        [](std::uint64_t sum, const FileRecord& file) { return sum + file.bytes(); });
+}
+
+std::optional<std::uint64_t> ReportedTable::packedBytes() const {
+    std::uint64_t sum = 0;
+    for (const FileRecord& file : record.files) {
+        if (!file.packed) return std::nullopt;
+        sum += file.packed->bytes;
+    }
+    return sum;
+}
+
+unsigned ReportedTable::longestMateBy(unsigned side) const {
+    unsigned longest = 0;
+    for (const ReportedMate& mate : mates) {
+        const bool bySide = sameForBoth() || (mate.side == side) == mate.won;
+        if (bySide) longest = std::max(longest, mate.mate.moves);
+    }
+    return longest;
+}
+
+TableReport reportOn(const std::filesystem::path& folder,
+                     const std::function<void(const std::string&)>& progress) {
+    if (!std::filesystem::is_directory(folder)) fail(folder, "no such folder");
+    TableReport report;
+    const TableStore store(folder);
+    for (int id = 1; id < TableCount; ++id) {
+        const std::string signature(descriptorOf(id).signature());
+        if (!store.hasAny(id)) continue;
+        if (!store.has(id)) {
+            report.incomplete.push_back(signature);
+            continue;
+        }
+        progress(signature);
+        report.tables.push_back(readReported(folder, store, id));
+    }
+    if (report.tables.empty()) fail(folder, "has no complete tables");
+    std::ranges::stable_sort(report.tables, [](const auto& left, const auto& right) {
+        return groupKey(left.record.signature) < groupKey(right.record.signature);
+    });
+    return report;
+}
+
+void addLines(TableReport& report, const std::filesystem::path& folder,
+              const std::function<void(const std::string&)>& progress) {
+    TableSolver solver(folder.string());
+    for (ReportedTable& table : report.tables) {
+        progress(table.record.signature);
+        for (ReportedMate& mate : table.mates) {
+            if (mate.mate.fen.empty()) continue;
+            const std::unique_ptr<Board> board = boardToSolve(mate.mate.fen);
+            const BestLine line = solver.lineToMate(*board);
+            mate.line = numbered(line.moves, board->sideToMove);
+            mate.gap = line.gap;
+        }
+    }
+}
+
+std::vector<ReportedGroup> groupsOf(const TableReport& report) {
+    std::vector<ReportedGroup> groups;
+    for (const ReportedTable& table : report.tables) {
+        const std::string_view signature = table.record.signature;
+        if (groups.empty() ||
+            groupKey(groups.back().tables.back()->record.signature) != groupKey(signature)) {
+            groups.push_back(groupFor(signature));
+        }
+        groups.back().tables.push_back(&table);
+    }
+    return groups;
+}
+
+}  // namespace brivok::tables
