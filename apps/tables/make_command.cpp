@@ -8,6 +8,7 @@
 #include "../common/files.h"
 #include "commands.h"
 #include "material.h"
+#include "report_text.h"
 #include "run_schedule.h"
 #include "schedule.h"
 #include "table_jobs.h"
@@ -24,14 +25,6 @@ std::string nameOf(int id) { return std::string(descriptorOf(id).signature()); }
 
 bool contains(const std::vector<int>& ids, int id) {
     return std::find(ids.begin(), ids.end(), id) != ids.end();
-}
-
-/// "2.9 GB", or megabytes if there are fewer than a thousand.
-std::string sizeText(std::uint64_t bytes) {
-    const std::uint64_t megabytes = (bytes + Megabyte - 1) / Megabyte;
-    if (megabytes < 1000) return std::to_string(megabytes) + " MB";
-    const std::uint64_t tenths = (megabytes + 99) / 100;
-    return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " GB";
 }
 
 /// A run of `make`.

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-/// Numbers and names as a report writes them.
+/// Numbers, amounts and names as people read them.
 namespace brivok::tables {
 
 /// "1,234,567".

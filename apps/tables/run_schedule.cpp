@@ -1,7 +1,6 @@
 #include "run_schedule.h"
 
 #include <chrono>
-#include <cmath>
 #include <cstddef>
 #include <cstdio>
 #include <functional>
@@ -14,6 +13,7 @@
 #include "../common/progress_line.h"
 #include "../common/worker.h"
 #include "egtb/descriptors.h"
+#include "report_text.h"
 #include "table_jobs.h"
 
 namespace brivok::tables {
@@ -199,16 +199,6 @@ private:
 Checked runSchedule(const std::filesystem::path& folder, const std::vector<TablePlan>& plans,
                     const Limits& limits, std::vector<int> trusted) {
     return ScheduleRun(folder, plans, limits, std::move(trusted)).run();
-}
-
-std::string durationText(double seconds) {
-    constexpr long Minute = 60;
-    constexpr long Hour = 60;  // minutes
-    const long whole = std::lround(seconds);
-    if (whole < 2 * Minute) return std::to_string(whole) + " s";
-    const long minutes = (whole + Minute / 2) / Minute;
-    if (minutes < 2 * Hour) return std::to_string(minutes) + " min";
-    return std::to_string(minutes / Hour) + " h " + std::to_string(minutes % Hour) + " min";
 }
 
 }  // namespace brivok::tables

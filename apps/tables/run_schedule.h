@@ -23,7 +23,4 @@ struct Checked {
 Checked runSchedule(const std::filesystem::path& folder, const std::vector<TablePlan>& plans,
                     const Limits& limits, std::vector<int> trusted = {});
 
-/// "12 s", "35 min" or "3 h 20 min".
-[[nodiscard]] std::string durationText(double seconds);
-
 }  // namespace brivok::tables
