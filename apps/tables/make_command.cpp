@@ -41,6 +41,7 @@ public:
         const std::vector<int> ids =
             options.only ? tablesNamed(options.targets) : tablesToMake(options.targets);
         prepareFolder();
+        removeAbandoned();
         check(ids);
         std::vector<TablePlan> plans;
         for (const int id : ids) addPlan(id, plans);
@@ -48,6 +49,7 @@ public:
         if (plans.empty()) return;
         requireResources(plans);
         (void)runSchedule(folder, plans, limits, right);
+        removeAbandoned();  // those of a run that was still being ended at the start
     }
 
 private:
@@ -55,6 +57,9 @@ private:
         std::error_code failure;
         std::filesystem::create_directories(folder, failure);
         if (failure) fail(folder, failure.message());
+    }
+
+    void removeAbandoned() const {
         removeAbandonedFiles(folder, [](const std::string& name) {
             const std::size_t end = name.rfind(".json");
             return tableFileOf(name) ||
