@@ -204,9 +204,10 @@ Svg distancesChart(const std::vector<ReportedGroup>& groups) {
     svg.text(Margin, 60, "The table of each group with the longest mate, each on its own scale.",
              "note");
     for (std::size_t i = 0; i < shown.size(); ++i) {
-        drawDistances(svg, *shown[i],
-                      Margin + static_cast<double>(i % Columns) * (PanelWidth + Gap),
-                      80 + static_cast<double>(i / Columns) * PanelHeight, PanelWidth);
+        const auto column = static_cast<double>(i % Columns);
+        const std::size_t row = i / Columns;
+        drawDistances(svg, *shown[i], Margin + column * (PanelWidth + Gap),
+                      80 + static_cast<double>(row) * PanelHeight, PanelWidth);
     }
     drawKey(svg, bottom + 8, {{"win", "White to move and win"}, {"loss", "Black to move and win"}});
     return svg;

@@ -7,6 +7,7 @@
 #include "../common/app_error.h"
 #include "../common/files.h"
 #include "commands.h"
+#include "report_lines.h"
 #include "report_page.h"
 #include "report_text.h"
 #include "report_writer.h"

@@ -8,7 +8,6 @@
 #include <type_traits>
 #include <utility>
 
-#include "outcome.h"
 #include "report_charts.h"
 #include "report_text.h"
 
@@ -187,22 +186,23 @@ std::string countAndShare(std::uint64_t count, const FileRecord& file, const Rep
     return page.plain(grouped(count) + " (" + shareOf(count, file.legal()) + ")");
 }
 
-std::string movesText(const std::optional<LongestMate>& mate) {
-    return mate ? std::to_string(mate->moves) : "";
+std::string movesText(const ReportedMate* mate, const char* none) {
+    return mate == nullptr ? none : std::to_string(mate->mate.moves);
 }
 
 std::vector<Cells> rowsOf(const ReportedTable& table, const ReportPage& page) {
     std::vector<Cells> rows;
-    for (std::size_t side = 0; side < table.record.files.size(); ++side) {
+    for (unsigned side = 0; side < table.record.files.size(); ++side) {
         const FileRecord& file = table.record.files[side];
         const std::string mover = table.sameForBoth() ? "either" : side == 0 ? "White" : "Black";
         const auto& making = table.record.making;
         const bool timed = side == 0 && making;
         rows.push_back({side == 0 ? nameOf(table, page) : "", mover, grouped(file.entries),
                         countAndShare(file.wins, file, page), countAndShare(file.draws, file, page),
-                        countAndShare(file.losses, file, page), movesText(file.longestWin),
-                        movesText(file.longestLoss), sizeText(file.bytes()),
-                        file.packed ? sizeText(file.packed->bytes) : "",
+                        countAndShare(file.losses, file, page),
+                        movesText(table.longestMate(side, true), ""),
+                        movesText(table.longestMate(side, false), file.losses == 0 ? "" : "0"),
+                        sizeText(file.bytes()), file.packed ? sizeText(file.packed->bytes) : "",
                         timed ? secondsText(making->seconds) : "",
                         timed ? secondsText(making->processorSeconds) : ""});
     }
@@ -214,6 +214,17 @@ std::string headingOf(const ReportedTable& table, const ReportedMate& mate) {
     const std::string side = table.sameForBoth() ? "White or Black" : mover;
     return side + " to move " + (mate.won ? "mates in " : "is mated in ") +
            countText(mate.mate.moves, "move");
+}
+
+std::string noteOf(const ReportedMate& mate) {
+    std::string note;
+    if (mate.withoutValue != 0) {
+        note = "An entry of one byte cannot say so: " + countText(mate.withoutValue, "position") +
+               (mate.withoutValue == 1 ? " has" : " have") + " no value in the file.";
+    }
+    if (!mate.gap.empty())
+        note += (note.empty() ? "" : " ") + ("The line ends here: " + mate.gap) + ".";
+    return note;
 }
 
 void writeGroup(const ReportedGroup& group, ReportPage& page) {
@@ -238,11 +249,10 @@ void writeGroup(const ReportedGroup& group, ReportPage& page) {
     for (const ReportedTable* table : group.tables) {
         std::vector<ShownPosition> positions;
         for (const ReportedMate& mate : table->mates) {
-            positions.push_back(
-                {.heading = headingOf(*table, mate),
-                 .fen = mate.mate.fen,
-                 .line = mate.line,
-                 .note = mate.gap.empty() ? "" : "The line ends here: " + mate.gap + "."});
+            positions.push_back({.heading = headingOf(*table, mate),
+                                 .fen = mate.mate.fen,
+                                 .line = mate.line,
+                                 .note = noteOf(mate)});
         }
         if (!positions.empty()) {
             page.details(table->record.signature, menText(table->record.signature), positions);

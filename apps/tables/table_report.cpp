@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <memory>
 #include <numeric>
 #include <string_view>
 #include <system_error>
@@ -10,10 +9,12 @@
 #include <utility>
 
 #include "../common/app_error.h"
-#include "board/board.h"
 #include "egtb/descriptors.h"
+#include "file_pieces.h"
+#include "material.h"
+#include "outcome.h"
 #include "report_text.h"
-#include "table_solver.h"
+#include "table_entry.h"
 #include "table_store.h"
 
 namespace brivok::tables {
@@ -82,6 +83,46 @@ void meetFile(FileRecord& file, const std::filesystem::path& plain) {
     }
 }
 
+/// An entry of a byte can say that a position is won in 127 moves, but not that one is lost in 127.
+/// Where there are such wins there are such losses: legal positions without a value.
+std::optional<ReportedMate> lossBeyondEntries(const TableStore& store, int id, unsigned side,
+                                              const FileRecord& opponents) {
+    constexpr unsigned MostMoves = 127;
+    if (opponents.entryBytes != 1 || !opponents.longestWin ||
+        opponents.longestWin->moves < MostMoves) {
+        return std::nullopt;
+    }
+    const Material material = materialOf(descriptorOf(id).signature());
+    ReportedMate lost{.side = side, .won = false, .mate = {.moves = MostMoves, .fen = {}}};
+    std::uint64_t index = 0;
+    Position position;
+    forEachPiece(store.find(id, side), descriptorOf(id).size[side], [&](ByteSpan bytes) {
+        for (const std::uint8_t byte : bytes) {
+            const std::uint64_t here = index++;
+            if (byte != BrokenByte || !legalPosition(id, material, side, here, position)) continue;
+            if (lost.withoutValue++ != 0) continue;
+            lost.mate.index = here;
+            lost.mate.fen = fenOf(material, position);
+        }
+    });
+    if (lost.withoutValue == 0) return std::nullopt;
+    return lost;
+}
+
+/// The longest mates of a file with `side` to move.
+void addMates(ReportedTable& table, const TableStore& store, unsigned side) {
+    const FileRecord& file = table.record.files[side];
+    if (file.longestWin) {
+        table.mates.push_back({.side = side, .won = true, .mate = *file.longestWin});
+    }
+    const FileRecord& opponents = table.sameForBoth() ? file : table.record.files[1 - side];
+    if (const auto beyond = lossBeyondEntries(store, table.id, side, opponents)) {
+        table.mates.push_back(*beyond);
+    } else if (file.longestLoss && file.longestLoss->moves > 0) {
+        table.mates.push_back({.side = side, .won = false, .mate = *file.longestLoss});
+    }
+}
+
 ReportedTable readReported(const std::filesystem::path& folder, const TableStore& store, int id) {
     ReportedTable table{.id = id, .record = {}, .mates = {}};
     if (auto record = readRecord(folder, id)) {
@@ -94,16 +135,8 @@ ReportedTable readReported(const std::filesystem::path& folder, const TableStore
         }
     }
     for (unsigned side = 0; side < filesOf(id); ++side) {
-        FileRecord& file = table.record.files[side];
-        meetFile(file, folder / tableFileName(id, side));
-        if (file.longestWin) {
-            table.mates.push_back(
-                {.side = side, .won = true, .mate = *file.longestWin, .line = {}, .gap = {}});
-        }
-        if (file.longestLoss && file.longestLoss->moves > 0) {
-            table.mates.push_back(
-                {.side = side, .won = false, .mate = *file.longestLoss, .line = {}, .gap = {}});
-        }
+        meetFile(table.record.files[side], folder / tableFileName(id, side));
+        addMates(table, store, side);
     }
     return table;
 }
@@ -134,6 +167,12 @@ unsigned ReportedTable::longestMateBy(unsigned side) const {
     return longest;
 }
 
+const ReportedMate* ReportedTable::longestMate(unsigned side, bool won) const {
+    const auto found = std::ranges::find_if(
+        mates, [&](const ReportedMate& mate) { return mate.side == side && mate.won == won; });
+    return found == mates.end() ? nullptr : &*found;
+}
+
 TableReport reportOn(const std::filesystem::path& folder,
                      const std::function<void(const std::string&)>& progress) {
     if (!std::filesystem::is_directory(folder)) fail(folder, "no such folder");
@@ -154,21 +193,6 @@ TableReport reportOn(const std::filesystem::path& folder,
         return groupKey(left.record.signature) < groupKey(right.record.signature);
     });
     return report;
-}
-
-void addLines(TableReport& report, const std::filesystem::path& folder,
-              const std::function<void(const std::string&)>& progress) {
-    TableSolver solver(folder.string());
-    for (ReportedTable& table : report.tables) {
-        progress(table.record.signature);
-        for (ReportedMate& mate : table.mates) {
-            if (mate.mate.fen.empty()) continue;
-            const std::unique_ptr<Board> board = boardToSolve(mate.mate.fen);
-            const BestLine line = solver.lineToMate(*board);
-            mate.line = numbered(line.moves, board->sideToMove);
-            mate.gap = line.gap;
-        }
-    }
 }
 
 std::vector<ReportedGroup> groupsOf(const TableReport& report) {

@@ -15,8 +15,11 @@ struct ReportedMate {
     unsigned side = 0;  ///< to move: 0 is White, the first side of the table
     bool won = false;   ///< by the side to move
     LongestMate mate;
-    std::string line;  ///< numbered moves
-    std::string gap;   ///< why the line ends early; empty if it does not
+    std::string line{};  ///< numbered moves
+    std::string gap{};   ///< why the line ends early; empty if it does not
+    /// Positions that are lost in so many moves, more than their entries can say, so that the file
+    /// has no value for them; 0 if the file has one.
+    std::uint64_t withoutValue = 0;
 };
 
 /// What a report tells of a table.
@@ -34,6 +37,8 @@ struct ReportedTable {
     [[nodiscard]] std::optional<std::uint64_t> packedBytes() const;
     /// Moves to the longest mate that a side gives, whoever is to move; 0 if it gives none.
     [[nodiscard]] unsigned longestMateBy(unsigned side) const;
+    /// The longest mate with a side to move; null if there is none.
+    [[nodiscard]] const ReportedMate* longestMate(unsigned side, bool won) const;
 };
 
 /// Tables with the same numbers of men on each side.
@@ -52,10 +57,6 @@ struct TableReport {
 /// agree; files without a record are read. Throws AppError, also if there are no tables.
 [[nodiscard]] TableReport reportOn(const std::filesystem::path& folder,
                                    const std::function<void(const std::string&)>& progress);
-
-/// Finds the lines to the longest mates in the tables of the folder.
-void addLines(TableReport& report, const std::filesystem::path& folder,
-              const std::function<void(const std::string&)>& progress);
 
 /// Groups by material, from few men to many.
 [[nodiscard]] std::vector<ReportedGroup> groupsOf(const TableReport& report);
