@@ -1,7 +1,9 @@
 #include "report_lines.h"
 
+#include <cstddef>
 #include <memory>
 
+#include "../common/app_error.h"
 #include "board/board.h"
 #include "table_solver.h"
 
@@ -16,6 +18,10 @@ void addLines(TableReport& report, const std::filesystem::path& folder,
             if (mate.mate.fen.empty()) continue;
             const std::unique_ptr<Board> board = boardToSolve(mate.mate.fen);
             const BestLine line = solver.lineToMate(*board);
+            const std::size_t plies = 2 * std::size_t{mate.mate.moves} - (mate.won ? 1 : 0);
+            if (line.gap.empty() && line.moves.size() != plies) {
+                fail(recordPath(folder, table.id), "tells of another longest mate than the table");
+            }
             mate.line = numbered(line.moves, board->sideToMove);
             mate.gap = line.gap;
         }

@@ -9,7 +9,7 @@
 namespace brivok::tables {
 
 /// Finds the lines to the longest mates in the tables of the folder, which are read in blocks.
-/// Throws AppError.
+/// Throws AppError, also if a record tells of another distance than its table.
 void addLines(TableReport& report, const std::filesystem::path& folder,
               const std::function<void(const std::string&)>& progress);
 

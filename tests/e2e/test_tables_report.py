@@ -137,6 +137,11 @@ def test_sums_and_absent_files(tables, tmp_path):
                     for file in tmp_path.glob("*.nb?")}
     assert "kpk.nbw.emd: no such file" in tool("report", tmp_path, "--sums", "packed", code=1)
     (tmp_path / "kbk.nbb").unlink()
+    record = tmp_path / "kqk.json"
+    right = record.read_text()
+    record.write_text(re.sub(r'"fen": ".*? w ', '"fen": "8/8/8/8/8/2k5/Q7/K7 w ', right))
+    assert f"{record}: tells of another longest mate" in tool("report", tmp_path, code=1)
+    record.write_text(right)
     os.truncate(tmp_path / "kqk.nbw", 100)
     assert "kqk.nbw: is not the file that its record tells of" in tool("report", tmp_path, code=1)
     for file in (*tmp_path.glob("kqk.nb?"), *tmp_path.glob("krk.nb?")):
