@@ -7,6 +7,8 @@
 #include <thread>
 #include <vector>
 
+#include "../common/disk.h"
+
 namespace brivok::tables {
 
 /// The commands of brivok-tables, without command line parsing. They print their results on
@@ -16,17 +18,33 @@ namespace brivok::tables {
     return std::max(1U, std::thread::hardware_concurrency());
 }
 
+/// Three quarters of the machine's memory, in megabytes.
+[[nodiscard]] inline std::uint64_t mostMemory() { return machineMemory() / 4 * 3 / 1'000'000; }
+
 struct MakeOptions {
     std::vector<std::string> targets;  ///< as in tablesToMake()
     std::filesystem::path folder = ".";
     unsigned threads = allProcessors();
-    std::uint64_t megabytes = 0;  ///< of memory to use; 0 for three quarters of the machine's
-    bool compress = false;        ///< pack the files and remove the plain ones
-    bool only = false;            ///< not the tables that they depend on, which must be there
+    std::uint64_t megabytes = mostMemory();  ///< of memory to use
+    bool compress = false;                   ///< pack the files and remove the plain ones
+    bool only = false;  ///< not the tables that they depend on, which must be there
 };
 /// Makes tables and all that they depend on. After an interruption of any kind, the same call goes
 /// on with what was not finished.
 void makeTables(const MakeOptions& options);
+
+struct PlanOptions {
+    std::vector<std::string> targets;  ///< as in tablesToMake()
+    std::string runner;                ///< of the jobs: "make", "ninja" or "slurm"
+    std::filesystem::path folder = ".";
+    std::filesystem::path program;           ///< that jobs run; empty for this one
+    unsigned threads = 1;                    ///< of each job
+    std::uint64_t megabytes = mostMemory();  ///< of memory to use on one machine
+    bool compress = false;                   ///< pack the files and remove the plain ones
+};
+/// Writes the jobs that make tables, and all that they depend on, as a file for a program that runs
+/// jobs.
+void writePlan(const PlanOptions& options);
 
 struct VerifyOptions {
     std::filesystem::path folder;

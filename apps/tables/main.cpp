@@ -23,6 +23,7 @@ struct CommandLine {
     CLI::App app{
         "Makes, checks, packs, describes and consults Nalimov endgame tables of 3 to 5 men"};
     MakeOptions make;
+    PlanOptions plan;
     VerifyOptions verify;
     SolveOptions solve;
     ReportOptions report;
@@ -33,6 +34,7 @@ struct CommandLine {
     CommandLine() {
         app.require_subcommand(1);
         addMake();
+        addPlan();
         addVerify();
         addSolve();
         addPack();
@@ -53,12 +55,28 @@ struct CommandLine {
         command->add_flag("--compress", make.compress, "Pack the files and remove the plain ones");
         command->add_flag("--only", make.only,
                           "Make only the named tables; those below them must be there");
-        command
-            ->add_option("--memory", make.megabytes,
-                         "Megabytes of memory to use; by default three quarters of the machine's")
-            ->check(CLI::Range(std::uint64_t{1}, LargestMemory));
+        addMemory(command, make.megabytes);
         addThreads(command, make.threads);
         command->callback([this] { makeTables(make); });
+    }
+
+    void addPlan() {
+        CLI::App* const command = app.add_subcommand(
+            "plan", "Write the jobs that make tables, for a program that runs jobs");
+        command->add_option("TABLES", plan.targets, "As for make")->required();
+        command->add_option("--for", plan.runner, "make, ninja or slurm")
+            ->required()
+            ->check(CLI::IsMember({"make", "ninja", "slurm"}));
+        command
+            ->add_option("-o,--output", plan.folder,
+                         "Folder of the tables; Makefile, build.ninja or submit is written there")
+            ->capture_default_str();
+        command->add_option("--program", plan.program,
+                            "The brivok-tables that jobs run; by default this one");
+        command->add_flag("--compress", plan.compress, "Pack the files and remove the plain ones");
+        addMemory(command, plan.megabytes);
+        addThreads(command, plan.threads);
+        command->callback([this] { writePlan(plan); });
     }
 
     void addVerify() {
@@ -113,6 +131,13 @@ struct CommandLine {
         CLI::App* const command = app.add_subcommand(name, description);
         command->add_option("FILES", files, "Table files")->required();
         command->callback([this, run] { run(files); });
+    }
+
+    static void addMemory(CLI::App* command, std::uint64_t& megabytes) {
+        command
+            ->add_option("--memory", megabytes,
+                         "Megabytes of memory to use; by default three quarters of the machine's")
+            ->check(CLI::Range(std::uint64_t{1}, LargestMemory));
     }
 
     static void addThreads(CLI::App* command, unsigned& threads) {

@@ -4,7 +4,6 @@
 #include <string>
 #include <system_error>
 
-#include "../common/disk.h"
 #include "../common/files.h"
 #include "commands.h"
 #include "material.h"
@@ -33,9 +32,7 @@ public:
     explicit MakeRun(const MakeOptions& itsOptions)
         : options(itsOptions),
           folder(options.folder),
-          limits{.memory = options.megabytes != 0 ? options.megabytes * Megabyte
-                                                  : machineMemory() / 4 * 3,
-                 .threads = options.threads} {}
+          limits{.memory = options.megabytes * Megabyte, .threads = options.threads} {}
 
     void run() {
         const std::vector<int> ids =
