@@ -1,5 +1,5 @@
 """The jobs that "brivok-tables plan" writes, run by make and ninja, and submitted to a simulated
-Slurm."""
+Slurm. tests/soak/slurm_cluster.py runs the real one."""
 
 import os
 import shutil
