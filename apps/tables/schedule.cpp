@@ -10,14 +10,14 @@
 namespace brivok::tables {
 namespace {
 
-/// Share of their time that several threads at one table are at work.
-constexpr double Efficiency = 0.85;
+/// Share of the work at a table that only one thread does.
+constexpr double Serial = 0.16;
 
 /// Seconds by the clock that each job takes besides its work.
 constexpr double Overhead = 0.05;
 
 double durationOf(const Job& job) {
-    return Overhead + (job.threads == 1 ? job.seconds : job.seconds / (job.threads * Efficiency));
+    return Overhead + job.seconds * (Serial + (1 - Serial) / job.threads);
 }
 
 }  // namespace

@@ -21,6 +21,7 @@ constexpr std::uint64_t Base = 16'000'000;
 // Processor time, in nanoseconds: by position of the layout and side to move, and by entry.
 constexpr double MakingPawnless = 22;
 constexpr double MakingPawns = 28;
+constexpr double MakingEnPassant = 40;
 constexpr double Packing = 29;
 constexpr double Checking = 0.7;
 
@@ -84,7 +85,9 @@ TableCosts costsOf(int id) {
     const Material material = materialOf(descriptorOf(id).signature());
     const auto positions = static_cast<double>(2 * layoutSize(material));
     const std::uint64_t plain = plainBytes(id);
-    const double each = material.hasPawns() ? MakingPawns : MakingPawnless;
+    const double each = material.hasEnPassant() ? MakingEnPassant
+                        : material.hasPawns()   ? MakingPawns
+                                                : MakingPawnless;
     return {.seconds = positions * each / 1e9,
             .packSeconds = static_cast<double>(plain) * Packing / 1e9,
             .checkSeconds = static_cast<double>(plain) * Checking / 1e9,
