@@ -81,9 +81,15 @@ private:
         if (isThere) std::printf("%s: already there\n", nameOf(id).c_str());
         TablePlan plan{.id = id,
                        .make = !isThere,
+                       .adopt = !isThere && isWithoutRecord(id),
                        .pack = options.compress && (!isThere || hasPlainFile(id)),
                        .costs = costsOf(id)};
         if (plan.make || plan.pack) plans.push_back(plan);
+    }
+
+    [[nodiscard]] bool isWithoutRecord(int id) const {
+        const Standing standing = standingOf(folder, id);
+        return standing == Standing::Unrecorded || standing == Standing::Misrecorded;
     }
 
     [[nodiscard]] bool hasPlainFile(int id) const {
@@ -129,6 +135,7 @@ private:
         const Forecast forecast = forecastOf(plans, limits);
         std::string text;
         if (forecast.making != 0) text = std::to_string(forecast.making) + " to make, ";
+        if (forecast.adopting != 0) text += std::to_string(forecast.adopting) + " to sample, ";
         if (forecast.packing != 0) text += std::to_string(forecast.packing) + " to pack, ";
         std::printf("Tables: %sabout %s, %s of memory, %s of disk\n", text.c_str(),
                     durationText(forecast.seconds).c_str(), sizeText(forecast.memory).c_str(),

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <map>
+#include <set>
 #include <utility>
 
 #include "material.h"
@@ -59,7 +60,7 @@ void Schedule::add(const TablePlan& plan, Job::Kind kind, std::vector<std::size_
     switch (kind) {
         case Job::Kind::Check: job.seconds = plan.costs.checkSeconds; break;
         case Job::Kind::Make:
-            job.seconds = plan.costs.seconds;
+            job.seconds = plan.adopt ? plan.costs.adoptSeconds : plan.costs.seconds;
             job.memory = plan.costs.memory;
             break;
         case Job::Kind::Pack:
@@ -127,10 +128,13 @@ double Schedule::secondsLeft() const {
 Forecast forecastOf(const std::vector<TablePlan>& plans, const Limits& limits) {
     Forecast forecast;
     std::map<int, TableCosts> costs;
+    std::set<int> adopted;
     for (const TablePlan& plan : plans) {
-        forecast.making += plan.make ? 1 : 0;
+        forecast.making += plan.make && !plan.adopt ? 1 : 0;
+        forecast.adopting += plan.adopt ? 1 : 0;
         forecast.packing += plan.pack ? 1 : 0;
         costs[plan.id] = plan.costs;
+        if (plan.adopt) adopted.insert(plan.id);
     }
     Schedule schedule(plans, limits);
     std::multimap<double, Job> running;  // by the time of the end
@@ -142,7 +146,8 @@ Forecast forecastOf(const std::vector<TablePlan>& plans, const Limits& limits) {
             const TableCosts& cost = costs[job->id];
             running.emplace(forecast.seconds + durationOf(*job), *job);
             memory += job->memory;
-            if (job->kind == Job::Kind::Make) grown += cost.plain;
+            const bool isNew = job->kind == Job::Kind::Make && !adopted.contains(job->id);
+            if (isNew) grown += cost.plain;
             if (job->kind == Job::Kind::Pack) grown += cost.packed;
             forecast.memory = std::max(forecast.memory, memory);
             if (grown > freed) forecast.disk = std::max(forecast.disk, grown - freed);

@@ -14,6 +14,7 @@ struct TablePlan {
     int id = 0;
     bool check = false;  ///< that it is as recorded
     bool make = false;   ///< otherwise it is there
+    bool adopt = false;  ///< make it only if a sample of the files that are there is wrong
     bool pack = false;   ///< and remove the plain files
     TableCosts costs{};
 };
@@ -78,6 +79,7 @@ private:
 /// What a run will take.
 struct Forecast {
     std::size_t making = 0;    ///< tables
+    std::size_t adopting = 0;  ///< tables
     std::size_t packing = 0;   ///< tables
     double seconds = 0;        ///< by the clock
     std::uint64_t memory = 0;  ///< bytes, at the peak

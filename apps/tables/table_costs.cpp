@@ -24,6 +24,7 @@ constexpr double MakingPawns = 28;
 constexpr double MakingEnPassant = 40;
 constexpr double Packing = 29;
 constexpr double Checking = 0.7;
+constexpr double Adopting = 3;  // the entries below included
 
 /// Size of the packed files in percent of the plain ones, without and with pawns.
 constexpr std::uint64_t PackedPawnless = 26;
@@ -90,6 +91,7 @@ TableCosts costsOf(int id) {
                                                 : MakingPawnless;
     return {.seconds = positions * each / 1e9,
             .packSeconds = static_cast<double>(plain) * Packing / 1e9,
+            .adoptSeconds = static_cast<double>(plain + bytesBelow(material)) * Adopting / 1e9,
             .checkSeconds = static_cast<double>(plain) * Checking / 1e9,
             .memory = memoryToMake(id, material),
             .plain = plain,

@@ -10,6 +10,7 @@ namespace brivok::tables {
 struct TableCosts {
     double seconds = 0;        ///< of processor time to make it
     double packSeconds = 0;    ///< of processor time to pack it
+    double adoptSeconds = 0;   ///< of processor time to sample and record it
     double checkSeconds = 0;   ///< of processor time to compare it with its sums
     std::uint64_t memory = 0;  ///< bytes, at the peak, the tables below it included
     std::uint64_t plain = 0;   ///< bytes of its files
