@@ -180,7 +180,7 @@ TableReport reportOn(const std::filesystem::path& folder,
     const TableStore store(folder);
     for (int id = 1; id < TableCount; ++id) {
         const std::string signature(descriptorOf(id).signature());
-        if (!store.hasAny(id)) continue;
+        if (signature.size() > MaxMen || !store.hasAny(id)) continue;
         if (!store.has(id)) {
             report.incomplete.push_back(signature);
             continue;
