@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cmath>
 #include <cstddef>
 #include <initializer_list>
 #include <string>
@@ -38,13 +39,14 @@ struct LongestBar {
     unsigned winner = 0;
 };
 
-/// A win in `moves` is at the right end of the lowest bar of a panel.
+/// Bars for the counts by moves, from 1 on, with `step` for each. Heights are square roots, so that
+/// the few longest mates are visible.
 std::string areaPath(const std::vector<std::uint64_t>& counts, double x, double bottom, double step,
                      double height, std::uint64_t most) {
     std::string data = "M" + coordinate(x) + " " + coordinate(bottom);
     for (std::size_t moves = 1; moves < counts.size(); ++moves) {
-        data +=
-            "V" + coordinate(bottom - height * ratio(counts[moves], most)) + "h" + coordinate(step);
+        data += "V" + coordinate(bottom - height * std::sqrt(ratio(counts[moves], most))) + "h" +
+                coordinate(step);
     }
     return data + "V" + coordinate(bottom) + "z";
 }
@@ -201,7 +203,9 @@ Svg distancesChart(const std::vector<ReportedGroup>& groups) {
     const double bottom = 76 + PanelHeight * static_cast<double>(rows);
     Svg svg(Width, bottom + 40, "How many positions are won in how many moves");
     svg.text(Margin, 40, "How many positions are won in how many moves", "title");
-    svg.text(Margin, 60, "The table of each group with the longest mate, each on its own scale.",
+    svg.text(Margin, 60,
+             "The table of each group with the longest mate. Heights grow with the square root of "
+             "the number.",
              "note");
     for (std::size_t i = 0; i < shown.size(); ++i) {
         const auto column = static_cast<double>(i % Columns);

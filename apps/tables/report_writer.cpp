@@ -29,7 +29,6 @@ struct Totals {
     std::uint64_t bytes = 0;
     std::uint64_t packedBytes = 0;
     std::uint64_t packedTables = 0;
-    double seconds = 0;
     double processorSeconds = 0;
     std::uint64_t measured = 0;  ///< tables whose making was
     std::uint64_t peakBytes = 0;
@@ -48,7 +47,6 @@ struct Totals {
             ++packedTables;
         }
         if (const auto& making = table.record.making) {
-            seconds += making->seconds;
             processorSeconds += making->processorSeconds;
             peakBytes = std::max(peakBytes, making->peakBytes);
             ++measured;

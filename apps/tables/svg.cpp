@@ -13,7 +13,6 @@ constexpr std::string_view Style = R"(
   .chart .draw { fill: #d5d0c4 }
   .chart .loss { fill: #c9974a }
   .chart .grid { fill: none; stroke: #8a8577; stroke-width: 1 }
-  .chart .faint { fill: none; stroke: #e8e4db; stroke-width: 1 }
   .chart .outline { fill: none; stroke: #c9974a; stroke-width: 1.8 }
   .chart text { font: 13px system-ui, "DejaVu Sans", "Segoe UI", Helvetica, Arial, sans-serif; fill: #1d2733 }
   .chart .title { font-weight: 600; font-size: 14px }
@@ -24,7 +23,6 @@ constexpr std::string_view Style = R"(
     .chart .win { fill: #5b9ade }
     .chart .draw { fill: #3d4550 }
     .chart .grid { stroke: #8b94a1 }
-    .chart .faint { stroke: #222831 }
     .chart text { fill: #eef2f6 }
     .chart .note { fill: #b4bdc9 }
   }

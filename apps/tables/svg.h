@@ -21,7 +21,8 @@ public:
     /// The title says what the picture shows to those who cannot see it.
     Svg(double itsWidth, double itsHeight, std::string itsTitle);
 
-    /// Classes are "win", "draw", "loss", and "grid" for thin lines.
+    /// Classes are "win", "draw" and "loss"; "outline" in the colour of losses, and "grid" for thin
+    /// lines.
     void rect(double x, double y, double width, double height, std::string_view itsClass,
               double opacity = 1);
     void line(double x1, double y1, double x2, double y2, std::string_view itsClass);
