@@ -31,8 +31,8 @@ std::array<std::size_t, MaxMen> matchMen(const Material& below, const Material& 
 
 }  // namespace
 
-ConversionWorths::ConversionWorths(const Material& itsMaterial, const Layout& itsLayout,
-                                   TableStore& store, unsigned threads)
+ConversionWorths::ConversionWorths(const Material& itsMaterial, unsigned movers,
+                                   const Layout& itsLayout, TableStore& store, unsigned threads)
     : material(itsMaterial),
       layout(itsLayout),
       last(itsMaterial.count - 1),
@@ -40,7 +40,8 @@ ConversionWorths::ConversionWorths(const Material& itsMaterial, const Layout& it
     for (std::size_t victim = 2; victim < material.count; ++victim) {
         const bool isLike = victim > 2 && material.likeTheOneBefore(victim);
         firstLike[victim] = isLike ? firstLike[victim - 1] : victim;
-        if (!isLike) without[victim] = worthsWithout(victim, store, threads);
+        const bool isCaptured = (material.side[victim] ^ 1U) < movers;
+        if (isCaptured && !isLike) without[victim] = worthsWithout(victim, store, threads);
     }
 }
 
@@ -56,18 +57,18 @@ ConversionWorths::Worths ConversionWorths::worthsWithout(std::size_t victim, Tab
     const unsigned side = material.side[victim] ^ (swapped ? 1U : 0U);
     const unsigned turn = swapped ? 56 : 0;  // the first side's pawns move up in the file
     const std::size_t symmetries = below.hasPawns() ? 2 : 8;
+    const std::vector<Exchange> exchanges = exchangesOf(below);
     const std::vector<std::uint8_t>& bytes = store.entries(id, side);
     FileWalk(id, below, side).visitAll(threads, [&](std::uint64_t index, const Squares& placed) {
         if (index >= bytes.size()) return;
         const Worth worth = worthOfLeaving(outcomeOf(bytes[index]));
-        Squares squares{};
-        for (std::size_t man = 0; man < below.count; ++man) {
-            squares[match[man]] = static_cast<std::uint8_t>(placed[man] ^ turn);
+        for (const Exchange& exchange : exchanges) {
+            Squares squares{};
+            for (std::size_t man = 0; man < below.count; ++man) {
+                squares[match[exchange[man]]] = static_cast<std::uint8_t>(placed[man] ^ turn);
+            }
+            setReflections(worths, victim, squares, worth, symmetries);
         }
-        setReflections(worths, victim, squares, worth, symmetries);
-        if (below.count != 4 || !below.likeTheOneBefore(3)) return;
-        std::swap(squares[match[2]], squares[match[3]]);
-        setReflections(worths, victim, squares, worth, symmetries);
     });
     return worths;
 }

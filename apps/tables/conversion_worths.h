@@ -21,8 +21,9 @@ namespace brivok::tables {
 /// king. Promotions are looked up in the files.
 class ConversionWorths {
 public:
-    ConversionWorths(const Material& itsMaterial, const Layout& itsLayout, TableStore& store,
-                     unsigned threads);
+    /// For the first `movers` sides, one or both, as the mover.
+    ConversionWorths(const Material& itsMaterial, unsigned movers, const Layout& itsLayout,
+                     TableStore& store, unsigned threads);
 
     /// Sets, by the square of the last man, the best of the mover's captures and promotions,
     /// without those in passing. `squares` are those of the other men, `legal` those of the last

@@ -41,11 +41,6 @@ FileWalk::FileWalk(int id, const Material& itsMaterial, unsigned side) : plan(in
     }
 }
 
-std::uint64_t FileWalk::weightOfGroup(unsigned pair) const {
-    const GroupDigit& group = plan.plain.group;
-    return (group.start[pair + 1] - group.start[pair]) * group.weight;
-}
-
 /// Finds the squares for the step's run and the weight of its set. `groupWeight` is the weight of
 /// the run before it in the group.
 void FileWalk::beginRun(const Step& step, State& state, std::uint64_t& groupWeight) const {

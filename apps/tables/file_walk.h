@@ -23,6 +23,11 @@ public:
     /// Pairs of kings, one after the other in the file. No position of one equals any of another.
     [[nodiscard]] unsigned pairs() const { return plan.plain.group.pairs->count; }
 
+    /// The index of the first entry of a pair; size() for the number of pairs.
+    [[nodiscard]] std::uint64_t first(unsigned pair) const {
+        return plan.plain.group.start[pair] * plan.plain.group.weight;
+    }
+
     /// Number of entries, the index of the first one after the section.
     [[nodiscard]] std::uint64_t size() const { return plan.plain.count; }
 
@@ -35,26 +40,31 @@ public:
         state.kings = group.pairs->kings[pair];
         state.put(*this, state.kings[0] ^ group.flip, MoverKingByte);
         state.put(*this, state.kings[1] ^ group.flip, OtherKingByte);
-        const std::uint64_t first = group.start[pair] * group.weight;
         if (steps.empty()) {
-            visit(first, state.squares);
+            visit(first(pair), state.squares);
         } else {
-            place(0, first, weightOfGroup(pair), state, visit);
+            place(0, first(pair), first(pair + 1) - first(pair), state, visit);
         }
     }
 
-    /// Does so for all pairs, on this many threads.
+    /// Does so for the pairs from `from` up to `to`, on this many threads.
     template <typename Visit>
-    void visitAll(unsigned threads, Visit visit) const {
+    void visitPairs(unsigned threads, unsigned from, unsigned to, Visit visit) const {
         constexpr std::uint64_t EntriesInPiece = 1 << 16;
         inParallel(
-            threads, pairs(),
+            threads, to - from,
             [&](std::uint64_t begin, std::uint64_t end) {
                 for (std::uint64_t pair = begin; pair < end; ++pair) {
-                    visitPair(static_cast<unsigned>(pair), visit);
+                    visitPair(from + static_cast<unsigned>(pair), visit);
                 }
             },
             std::max<std::uint64_t>(1, pairs() * EntriesInPiece / size()));
+    }
+
+    /// Does so for all pairs.
+    template <typename Visit>
+    void visitAll(unsigned threads, Visit visit) const {
+        visitPairs(threads, 0, pairs(), visit);
     }
 
 private:
@@ -83,7 +93,6 @@ private:
         }
     };
 
-    [[nodiscard]] std::uint64_t weightOfGroup(unsigned pair) const;
     void beginRun(const Step& step, State& state, std::uint64_t& groupWeight) const;
 
     template <typename Visit>

@@ -84,6 +84,7 @@ private:
                        .adopt = !isThere && isWithoutRecord(id),
                        .pack = options.compress && (!isThere || hasPlainFile(id)),
                        .costs = costsOf(id)};
+        if (plan.costs.memory > limits.memory) plan.costs = costsWithScratch(id);
         if (plan.make || plan.pack) plans.push_back(plan);
     }
 

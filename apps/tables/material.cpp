@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <numeric>
 
 #include "egtb/descriptors.h"
 #include "egtb/signature.h"
@@ -25,6 +26,25 @@ bool Material::has(Kind kind, unsigned ofSide) const {
         if (man[i] == kind && side[i] == ofSide) return true;
     }
     return false;
+}
+
+std::vector<Exchange> exchangesOf(const Material& material) {
+    Exchange none{};
+    std::iota(none.begin(), none.end(), std::uint8_t{0});
+    std::vector<Exchange> exchanges = {none};
+    for (std::size_t first = 2; first < material.count;) {
+        std::size_t end = first + 1;
+        while (end < material.count && material.likeTheOneBefore(end)) ++end;
+        const std::size_t before = exchanges.size();
+        for (std::size_t i = 0; i < before; ++i) {
+            Exchange next = exchanges[i];
+            const auto run = next.begin() + static_cast<std::ptrdiff_t>(first);
+            const auto runEnd = next.begin() + static_cast<std::ptrdiff_t>(end);
+            while (std::next_permutation(run, runEnd)) exchanges.push_back(next);
+        }
+        first = end;
+    }
+    return exchanges;
 }
 
 Material materialOf(std::string_view signature) {

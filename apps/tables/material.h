@@ -18,7 +18,7 @@ inline constexpr Kind Gone{};
 /// What a pawn may promote to.
 inline constexpr std::array PromotedMen = {Kind::Queen, Kind::Rook, Kind::Bishop, Kind::Knight};
 
-inline constexpr std::size_t MaxMen = 5;  ///< including the kings
+inline constexpr std::size_t MaxMen = 6;  ///< including the kings
 
 /// Squares of the men, a1 = 0 to h8 = 63.
 using Squares = std::array<std::uint8_t, MaxMen>;
@@ -37,6 +37,11 @@ struct Material {
         return man[index] == man[index - 1] && side[index] == side[index - 1];
     }
 };
+
+/// For each way to exchange like men, the one that leaves all as they are first: by man, the man
+/// whose square it takes.
+using Exchange = std::array<std::uint8_t, MaxMen>;
+[[nodiscard]] std::vector<Exchange> exchangesOf(const Material& material);
 
 /// The men of a signature such as "kbnk".
 [[nodiscard]] Material materialOf(std::string_view signature);

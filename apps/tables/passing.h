@@ -20,8 +20,10 @@ struct Passing {
     bool captureIsOnlyMove = false;  ///< set by the retrograde analysis
 
     /// What the position is worth if the plain one is worth so much.
-    [[nodiscard]] Worth worth(Worth ofPlain) const {
-        return captureIsOnlyMove ? capture : std::max(capture, ofPlain);
+    template <typename W>
+    [[nodiscard]] W worth(W ofPlain) const {
+        const W ofCapture = widened<W>(capture);
+        return captureIsOnlyMove ? ofCapture : std::max(ofCapture, ofPlain);
     }
 };
 

@@ -138,35 +138,42 @@ void Predecessors::findByKing(unsigned pair, unsigned mover, const PositionSet& 
         }
         const Layout::Image& image = layout.image(symmetry);
         for (std::size_t row = 0; row < rows; ++row) {
-            const std::size_t turned =
-                last < 4 ? image[row] : std::size_t{image[row >> 6]} << 6 | image[row & 63];
-            const Bitboard set = block[last < 3 ? 0 : turned];
+            std::size_t turned = 0;
+            for (unsigned shift = 0; rows >> shift > 1; shift += 6) {
+                turned |= std::size_t{image[row >> shift & 63]} << shift;
+            }
+            const Bitboard set = block[turned];
             if (set != 0) from[row] |= Layout::origins(set, symmetry);
         }
     }
 }
 
-/// A block of five men has 64 times 64 rows, one of four men 64.
+/// The squares of the men before the moving one are the highest digits of a row's number, those of
+/// the men after it the lowest.
 void Predecessors::findByOuter(unsigned pair, std::size_t man, const Bitboard* into,
                                Bitboard* from) const {
-    const auto isEnemyPawn = [&](std::size_t other) {
-        return material.man[other] == Kind::Pawn && material.side[other] != material.side[man];
-    };
+    const unsigned mover = material.side[man];
     const auto [first, second] = layout.kingsOf(pair);
     Still still;
-    still.blockers = bit[first] | bit[second];
-    still.lastIsEnemyPawn = isEnemyPawn(last);
-    if (last == 3) {
-        findByMan<1>(man, still, into, from);
-    } else if (man == 2) {
-        still.innerIsEnemyPawn = isEnemyPawn(3);
-        findByMan<64>(man, still, into, from);
-    } else {
-        const Bitboard kings = still.blockers;
-        for (Square other = 0; other < 64; ++other, into += 64, from += 64) {
-            still.blockers = kings | bit[other];
-            still.noDoubleStep = isEnemyPawn(2) ? besides(bit[other]) : 0;
-            findByMan<1>(man, still, into, from);
+    still.lastIsEnemyPawn = isEnemyPawn(last, mover);
+    const std::size_t inner = last - 1 - man;
+    for (std::size_t i = 0; i < inner; ++i) {
+        still.innerIsEnemyPawn[i] = isEnemyPawn(man + 1 + i, mover);
+    }
+    const std::size_t rows = std::size_t{64} << 6 * inner;
+    for (std::size_t before = 0; before * rows < layout.rowsPerPair(); ++before) {
+        still.blockers = bit[first] | bit[second];
+        still.noDoubleStep = 0;
+        forEachOuter(before, man, [&](std::size_t other, std::size_t square) {
+            still.blockers |= bit[square];
+            if (isEnemyPawn(other, mover)) still.noDoubleStep |= besides(bit[square]);
+        });
+        const Bitboard* const targets = into + before * rows;
+        Bitboard* const origins = from + before * rows;
+        switch (inner) {
+            case 0: findByMan<1>(man, still, targets, origins); break;
+            case 1: findByMan<64>(man, still, targets, origins); break;
+            default: findByMan<4096>(man, still, targets, origins);
         }
     }
 }
@@ -205,7 +212,11 @@ void Predecessors::findBySlider(const Still& still, const std::vector<Ray>& rays
             for (std::size_t row = 0; row < Inner; ++row) {
                 reaching[row] = targets[row] | (reaching[row] & empty);
             }
-            if constexpr (Inner == 64) reaching[target] = 0;  // the inner man stands there
+            // Where an inner man stands in the way.
+            if constexpr (Inner >= 64) std::fill_n(&reaching[target * (Inner / 64)], Inner / 64, 0);
+            if constexpr (Inner == 4096) {
+                for (std::size_t row = target; row < Inner; row += 64) reaching[row] = 0;
+            }
             for (std::size_t row = 0; row < Inner; ++row) origins[row] |= reaching[row];
         }
     }
@@ -227,11 +238,17 @@ void Predecessors::findByPawn(unsigned mover, const Still& still, const Bitboard
         }
         const Bitboard* const two = into + static_cast<std::size_t>(target) * Inner;
         const Bitboard beside = besides(bit[target]);
-        const Bitboard rows =
-            Inner == 1 ? 1 : ~(bit[middle] | (still.innerIsEnemyPawn ? beside : 0));
-        const Bitboard lasts = ~(bit[middle] | (still.lastIsEnemyPawn ? beside : 0));
+        const auto squaresFor = [&](bool isEnemy) {
+            return ~(bit[middle] | (isEnemy ? beside : 0));
+        };
+        const std::array inner = {squaresFor(still.innerIsEnemyPawn[0]),
+                                  squaresFor(still.innerIsEnemyPawn[1])};
+        const Bitboard lasts = squaresFor(still.lastIsEnemyPawn);
         for (std::size_t row = 0; row < Inner; ++row) {
-            if ((rows >> row & 1) != 0) origins[row] |= two[row] & lasts;
+            const std::size_t square = Inner == 4096 ? row >> 6 : row;
+            if (Inner >= 64 && (inner[0] >> square & 1) == 0) continue;
+            if (Inner == 4096 && (inner[1] >> (row & 63) & 1) == 0) continue;
+            origins[row] |= two[row] & lasts;
         }
     }
 }
@@ -244,8 +261,8 @@ void Predecessors::findByLast(unsigned pair, const Bitboard* into, Bitboard* fro
         for (std::size_t row = 0; row < layout.rowsPerPair(); ++row) {
             if (into[row] == 0) continue;
             Bitboard occupied = kings;
-            if (last >= 3) occupied |= bit[row & 63];
-            if (last == 4) occupied |= bit[row >> 6];
+            forEachOuter(row, last,
+                         [&](std::size_t, std::size_t square) { occupied |= bit[square]; });
             from[row] |= origins(into[row], ~occupied, row);
         }
     };
@@ -269,15 +286,11 @@ void Predecessors::findByLast(unsigned pair, const Bitboard* into, Bitboard* fro
         default: {
             const int back = -pawnStep(mover);
             const Bitboard doubled = rowMask[pawnHome(mover) - 2 * back / 8];
-            const auto beside = [&](std::size_t man, std::size_t square) {
-                const bool isEnemyPawn =
-                    material.man[man] == Kind::Pawn && material.side[man] != mover;
-                return isEnemyPawn ? besides(bit[square]) : 0;
-            };
             inEachRow([&](Bitboard set, Bitboard empty, std::size_t row) {
                 Bitboard twice = set & doubled;
-                if (last >= 3) twice &= ~beside(last - 1, row & 63);
-                if (last == 4) twice &= ~beside(2, row >> 6);
+                forEachOuter(row, last, [&](std::size_t man, std::size_t square) {
+                    if (isEnemyPawn(man, mover)) twice &= ~besides(bit[square]);
+                });
                 return pawnStepped(set, back) | pawnStepped(pawnStepped(twice, back) & empty, back);
             });
         }

@@ -55,14 +55,23 @@ private:
     /// The men that stand still while one of the outer men (neither kings nor last) moves. The
     /// block then consists of `Inner` rows for each square of the moving man.
     struct Still {
-        Bitboard blockers = 0;      ///< the kings, and another outer man if it has one place
+        Bitboard blockers = 0;      ///< the kings, and the outer men before the moving one
         Bitboard noDoubleStep = 0;  ///< where a double step would end beside an enemy pawn
         bool lastIsEnemyPawn = false;
-        bool innerIsEnemyPawn = false;
+        /// Of the men between the moving one and the last, the one that numbers the rows first.
+        std::array<bool, 2> innerIsEnemyPawn{};
     };
 
     void findByKing(unsigned pair, unsigned mover, const PositionSet& into, Bitboard* from) const;
     void findByOuter(unsigned pair, std::size_t man, const Bitboard* into, Bitboard* from) const;
+    [[nodiscard]] bool isEnemyPawn(std::size_t man, unsigned mover) const {
+        return material.man[man] == Kind::Pawn && material.side[man] != mover;
+    }
+    /// Calls visit(man, square) for the outer men before `end`, given the number of their squares.
+    template <typename Visit>
+    static void forEachOuter(std::size_t number, std::size_t end, Visit visit) {
+        for (std::size_t man = end; man-- > 2; number >>= 6) visit(man, number & 63);
+    }
     void findByLast(unsigned pair, const Bitboard* into, Bitboard* from) const;
     template <std::size_t Inner>
     void findByMan(std::size_t man, const Still& still, const Bitboard* into, Bitboard* from) const;

@@ -3,10 +3,14 @@
 #include <array>
 #include <bitset>
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
+#include "../common/scratch_memory.h"
+#include "colour_exchange.h"
 #include "conversion_worths.h"
 #include "layout.h"
 #include "material.h"
@@ -16,6 +20,7 @@
 #include "predecessors.h"
 #include "row.h"
 #include "table_store.h"
+#include "worth_places.h"
 
 namespace brivok::tables {
 
@@ -32,19 +37,31 @@ namespace brivok::tables {
 /// is left out at a distance that brings nothing new to it or to those that a king's step away.
 ///
 /// Positions with an en passant square are few, and are kept in lists: see passing.h.
+///
+/// If both sides have the same men, and no pawns, only positions with the first side to move are
+/// kept. Those with the other side to move are the same with colours exchanged.
+///
+/// W is Worth, or WideWorth if mates may be longer than a byte can hold. The same space has the
+/// entries for the files in the end, of one or of two bytes.
+template <typename W>
 class Retrograde {
 public:
     /// Called after each step with the distance in moves and the number of positions at it.
     using Progress = std::function<void(unsigned distance, std::uint64_t found)>;
 
-    Retrograde(const Material& itsMaterial, TableStore& store, unsigned itsThreads);
+    /// The distances are kept in files in the scratch folder if there is one, otherwise in memory.
+    Retrograde(int id, TableStore& store, unsigned itsThreads,
+               const std::filesystem::path& scratch = {});
 
+    /// Throws AppError if a mate is longer than W can hold.
     void solve(const Progress& progress);
 
-    /// The byte of a file for a position without an en passant square, after solve(). The squares
+    /// The entry of a file for a position without an en passant square, after solve(). The squares
     /// must be distinct and the kings not adjacent, but the position may be illegal.
-    [[nodiscard]] std::uint8_t plainByte(const Squares& squares, unsigned mover) const {
-        return worths[mover][layout.index(squares)];
+    [[nodiscard]] W plainEntry(const Squares& squares, unsigned mover) const {
+        const std::uint64_t index = layout.index(squares);
+        const auto pair = static_cast<unsigned>(index / positionsPerPair);
+        return worthsOf(pair, mover)[places.of(index % positionsPerPair)];
     }
 
     /// For a legal position with an en passant square, after solve().
@@ -82,33 +99,41 @@ private:
     template <typename Test>
     void findPredecessors(unsigned pair, unsigned mover, const PositionSet& into, Test isIn,
                           Block& from) const;
-    void addConversions(unsigned pair, unsigned mover, Worth worth, Block& from) const;
-    [[nodiscard]] bool expects(unsigned pair, unsigned mover, Worth worth) const;
+    void findMoves(unsigned pair, unsigned mover, const PositionSet& into, Block& from) const;
+    [[nodiscard]] bool canReach(unsigned pair, unsigned mover,
+                                const std::vector<std::uint8_t>& pairsOfSet) const;
+    void addConversions(unsigned pair, unsigned mover, W worth, Block& from) const;
+    [[nodiscard]] bool expects(unsigned pair, unsigned mover, W worth) const;
     [[nodiscard]] bool isWon(unsigned pair, unsigned mover, const Passing& passing) const;
     [[nodiscard]] bool isLost(unsigned pair, unsigned mover, const Passing& passing,
                               unsigned distance) const;
     [[nodiscard]] std::uint64_t tally(unsigned pair, std::size_t row, Bitboard found) const;
     void settle(unsigned pair, unsigned mover);
 
-    [[nodiscard]] std::uint64_t firstOf(unsigned pair) const {
-        return std::uint64_t{pair} * rowsPerPair << 6;
+    /// With the other side to move.
+    [[nodiscard]] const Side& opponents(unsigned mover) const {
+        return sides[colours ? 0 : mover ^ 1U];
     }
-    [[nodiscard]] Worth* worthsOf(unsigned pair, unsigned mover) {
-        return worths[mover].get() + firstOf(pair);
+    [[nodiscard]] std::uint64_t firstOf(unsigned pair) const { return pair * positionsPerPair; }
+    [[nodiscard]] W* worthsOf(unsigned pair, unsigned mover) const {
+        return static_cast<W*>(worths[mover]->data()) + pair * places.perPair();
     }
 
     Material material;
     unsigned threads;
     Layout layout;
-    Predecessors predecessors;
-    ConversionWorths conversions;
     std::size_t rowsPerPair;
-    std::size_t groupsPerPair;  ///< of rows, for `expected`
-    std::uint64_t twins = 1;    ///< numbers of a position by exchange of like men
-    std::array<Side, 2> sides;
+    std::uint64_t positionsPerPair;
+    std::size_t groupsPerPair;              ///< of rows, for `expected`
+    std::optional<ColourExchange> colours;  ///< if one side to move stands for both
+    Predecessors predecessors;
+    WorthPlaces places;
+    ConversionWorths conversions;
+    std::uint64_t twins;  ///< numbers of a position by exchange of like men
+    std::vector<Side> sides;
     /// By side to move: the worth of conversions until the distance is known; then of the position;
-    /// in the end the bytes of the files.
-    std::array<std::unique_ptr<std::uint8_t[]>, 2> worths;
+    /// in the end the entries of the files.
+    std::vector<std::unique_ptr<ScratchMemory>> worths;
 };
 
 }  // namespace brivok::tables

@@ -62,6 +62,7 @@ void Schedule::add(const TablePlan& plan, Job::Kind kind, std::vector<std::size_
         case Job::Kind::Make:
             job.seconds = plan.adopt ? plan.costs.adoptSeconds : plan.costs.seconds;
             job.memory = plan.costs.memory;
+            job.usesScratch = plan.costs.scratch != 0;
             break;
         case Job::Kind::Pack:
             job.seconds = plan.costs.packSeconds;
@@ -147,7 +148,7 @@ Forecast forecastOf(const std::vector<TablePlan>& plans, const Limits& limits) {
             running.emplace(forecast.seconds + durationOf(*job), *job);
             memory += job->memory;
             const bool isNew = job->kind == Job::Kind::Make && !adopted.contains(job->id);
-            if (isNew) grown += cost.plain;
+            if (isNew) grown += cost.plain + cost.scratch;
             if (job->kind == Job::Kind::Pack) grown += cost.packed;
             forecast.memory = std::max(forecast.memory, memory);
             if (grown > freed) forecast.disk = std::max(forecast.disk, grown - freed);
@@ -158,6 +159,7 @@ Forecast forecastOf(const std::vector<TablePlan>& plans, const Limits& limits) {
         const Job job = next->second;
         running.erase(next);
         memory -= job.memory;
+        if (job.kind == Job::Kind::Make) freed += costs[job.id].scratch;
         if (job.kind == Job::Kind::Pack) freed += costs[job.id].plain;
         schedule.finish(job);
     }

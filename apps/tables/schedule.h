@@ -28,6 +28,7 @@ struct Job {
     unsigned threads = 1;
     std::uint64_t memory = 0;  ///< bytes
     double seconds = 0;        ///< of processor time
+    bool usesScratch = false;  ///< keeps distances on disk
 
     bool operator==(const Job& other) const { return id == other.id && kind == other.kind; }
 };

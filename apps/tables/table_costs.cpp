@@ -39,8 +39,18 @@ std::uint64_t layoutSize(const Material& material) {
 
 std::uint64_t plainBytes(int id) {
     std::uint64_t bytes = 0;
-    for (unsigned side = 0; side < filesOf(id); ++side) bytes += descriptorOf(id).size[side];
+    for (unsigned side = 0; side < filesOf(id); ++side) bytes += bytesOf(id, side);
     return bytes;
+}
+
+/// Bytes of the distances of all positions: one for all that are equal by exchange of like men.
+std::uint64_t distanceBytes(int id, const Material& material) {
+    std::uint64_t positions = material.hasPawns() ? kingPairs1806.count : kingPairs462.count;
+    for (std::size_t man = 2, like = 1; man < material.count; ++man) {
+        like = man > 2 && material.likeTheOneBefore(man) ? like + 1 : 1;
+        positions = positions * (65 - like) / like;
+    }
+    return filesOf(id) * positions * (isWide(id) ? 2 : 1);
 }
 
 /// Bytes of the files that hold the results of conversions.
@@ -71,20 +81,22 @@ std::uint64_t bytesOfPassings(int id, const Material& material) {
     return entries * (alike ? 2 : 1) * Reserve * sizeof(Passing);
 }
 
+/// Without the distances.
 std::uint64_t memoryToMake(int id, const Material& material) {
     const std::uint64_t positions = layoutSize(material);
-    // The captures of each man are worth a byte for each row of 64.
-    const std::uint64_t always = 2 * positions + (material.count - 2) * positions / 64 +
-                                 bytesOfPassings(id, material) + bytesBelow(material);
-    const std::uint64_t sets = 6 * positions / 8;  // freed before the files are filled
-    return Base + always + std::max(sets, plainBytes(id));
+    const std::uint64_t sides = filesOf(id);
+    // The captures of each man are worth a byte for each row of 64. The sets take three bits for
+    // each position; they are freed before the files are filled, a piece at a time.
+    const std::uint64_t captures = (material.count - 2) * sides / 2 * (positions / 64);
+    return Base + captures + bytesOfPassings(id, material) + bytesBelow(material) +
+           sides * 3 * positions / 8 + sides * positions / 4096 * 32;
 }
 
 }  // namespace
 
 TableCosts costsOf(int id) {
     const Material material = materialOf(descriptorOf(id).signature());
-    const auto positions = static_cast<double>(2 * layoutSize(material));
+    const auto positions = static_cast<double>(filesOf(id) * layoutSize(material));
     const std::uint64_t plain = plainBytes(id);
     const double each = material.hasEnPassant() ? MakingEnPassant
                         : material.hasPawns()   ? MakingPawns
@@ -93,9 +105,16 @@ TableCosts costsOf(int id) {
             .packSeconds = static_cast<double>(plain) * Packing / 1e9,
             .adoptSeconds = static_cast<double>(plain + bytesBelow(material)) * Adopting / 1e9,
             .checkSeconds = static_cast<double>(plain) * Checking / 1e9,
-            .memory = memoryToMake(id, material),
+            .memory = memoryToMake(id, material) + distanceBytes(id, material),
             .plain = plain,
             .packed = plain * (material.hasPawns() ? PackedPawns : PackedPawnless) / 100};
+}
+
+TableCosts costsWithScratch(int id) {
+    TableCosts costs = costsOf(id);
+    costs.scratch = distanceBytes(id, materialOf(descriptorOf(id).signature()));
+    costs.memory -= costs.scratch;
+    return costs;
 }
 
 }  // namespace brivok::tables

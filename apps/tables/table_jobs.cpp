@@ -6,6 +6,7 @@
 #include "../common/app_error.h"
 #include "../common/sha256.h"
 #include "making_watch.h"
+#include "new_table.h"
 #include "table_maker.h"
 #include "table_record.h"
 #include "table_store.h"
@@ -77,6 +78,12 @@ std::optional<std::string> differenceFromRecord(const std::filesystem::path& fol
         const auto record = readRecord(folder, id);
         if (!record) return std::nullopt;
         for (unsigned side = 0; side < filesOf(id); ++side) {
+            if (isSplit(id)) {
+                // The sum is that of all parts.
+                TableStore whole(folder);
+                (void)whole.entries(id, side);
+                continue;
+            }
             if (const auto difference = differenceOf(store.find(id, side), record->files[side])) {
                 return difference;
             }
@@ -97,11 +104,13 @@ void makeAndRecord(const std::filesystem::path& folder, const Job& job,
     if (TableStore store = openStore(); adopt(folder, job.id, store, listener)) return;
     TableStore store = openStore();
     const MakingWatch watch;
-    store.put(job.id, makeTable(job.id, store, job.threads, listener.onStep));
-    const Making making = watch.finish(job.threads);
-    listener.onStep("writing");
-    store.save(job.id);
-    writeRecord(folder, recordOf(job.id, store, making));
+    NewTable table(job.id, folder);
+    makeTable(job.id, store,
+              {.threads = job.threads,
+               .scratch = job.usesScratch ? folder : std::filesystem::path(),
+               .progress = listener.onStep},
+              [&](unsigned side, ByteSpan bytes) { table.write(side, bytes); });
+    writeRecord(folder, table.finish(watch.finish(job.threads)));
     listener.onOutcome("made");
 }
 

@@ -54,6 +54,14 @@ private:
     std::size_t count = 0;
 };
 
+/// The outcome of an entry, of two bytes if `wide`; NoValue if there is none of this index.
+[[nodiscard]] inline Outcome outcomeAt(const std::vector<std::uint8_t>& bytes, bool wide,
+                                       std::uint64_t index) {
+    if (!wide) return index < bytes.size() ? outcomeOf(bytes[index]) : NoValue;
+    if (index >= bytes.size() / 2) return NoValue;
+    return outcomeOfWide(static_cast<std::uint16_t>(bytes[2 * index] | bytes[2 * index + 1] << 8));
+}
+
 /// Looks up positions of some material with one side to move in their table.
 class TableReader {
 public:
@@ -64,7 +72,7 @@ public:
     [[nodiscard]] Outcome outcome(const Squares& squares, int ep) const {
         if (finder.table() == 0) return Draw;
         const std::uint64_t index = finder.find(squares, mover, ep).index;
-        return index < entries->size() ? outcomeOf((*entries)[index]) : NoValue;
+        return outcomeAt(*entries, isWide(finder.table()), index);
     }
 
 private:

@@ -304,6 +304,7 @@ void recordPacking(const std::filesystem::path& folder, int id) {
     std::optional<TableRecord> record = readRecord(folder, id);
     if (!record) return;
     for (unsigned side = 0; side < filesOf(id); ++side) {
+        if (isSplit(id)) continue;  // the sizes and sums of parts are not recorded
         const std::filesystem::path packed = packedName(folder / tableFileName(id, side));
         if (std::filesystem::exists(packed)) record->files[side].packed = packedRecordOf(packed);
     }

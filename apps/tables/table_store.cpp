@@ -16,18 +16,36 @@ namespace {
 
 constexpr std::string_view PackedSuffix = ".emd";
 
+void appendTableFile(const std::filesystem::path& path, std::uint64_t most,
+                     std::vector<std::uint8_t>& bytes) {
+    forEachPiece(path, most,
+                 [&](ByteSpan piece) { bytes.insert(bytes.end(), piece.begin(), piece.end()); });
+}
+
 }  // namespace
 
-std::string tableFileName(int id, unsigned side) {
-    return std::string(descriptorOf(id).signature()) + (side == 0 ? ".nbw" : ".nbb");
+unsigned partsOf(int id, unsigned side) {
+    return isSplit(id) ? static_cast<unsigned>(bytesOf(id, side) / PartBytes) + 1 : 1;
+}
+
+std::string tableFileName(int id, unsigned side, unsigned part) {
+    std::string name(descriptorOf(id).signature());
+    // Ten digits, then letters.
+    if (isSplit(id)) {
+        name += '.';
+        name += static_cast<char>(part < 10 ? '0' + part : 'a' + (part - 10));
+    }
+    return name + (side == 0 ? ".nbw" : ".nbb");
 }
 
 std::optional<TableFileName> tableFileOf(std::string_view fileName) {
     for (int id = 1; id < TableCount && descriptorOf(id).signature().size() <= MaxMen; ++id) {
         for (unsigned side = 0; side < filesOf(id); ++side) {
-            const std::string plain = tableFileName(id, side);
-            if (fileName == plain || fileName == packedName(plain)) {
-                return TableFileName{id, side};
+            for (unsigned part = 0; part < partsOf(id, side); ++part) {
+                const std::string plain = tableFileName(id, side, part);
+                if (fileName == plain || fileName == packedName(plain)) {
+                    return TableFileName{id, side};
+                }
             }
         }
     }
@@ -36,12 +54,12 @@ std::optional<TableFileName> tableFileOf(std::string_view fileName) {
 
 TableFileName parseTableFileName(std::string_view fileName) {
     const auto name = tableFileOf(fileName);
-    if (!name) fail(fileName, "not the name of a table of 3 to 5 men");
+    if (!name) fail(fileName, "not the name of a table of 3 to 6 men");
     return *name;
 }
 
-std::filesystem::path TableStore::find(int id, unsigned side) const {
-    std::filesystem::path path = folder / tableFileName(id, side);
+std::filesystem::path TableStore::find(int id, unsigned side, unsigned part) const {
+    std::filesystem::path path = folder / tableFileName(id, side, part);
     if (std::filesystem::exists(path)) return path;
     path = packedName(path);
     return std::filesystem::exists(path) ? path : std::filesystem::path();
@@ -49,7 +67,9 @@ std::filesystem::path TableStore::find(int id, unsigned side) const {
 
 bool TableStore::has(int id) const {
     for (unsigned side = 0; side < filesOf(id); ++side) {
-        if (find(id, side).empty()) return false;
+        for (unsigned part = 0; part < partsOf(id, side); ++part) {
+            if (find(id, side, part).empty()) return false;
+        }
     }
     return true;
 }
@@ -69,36 +89,38 @@ const std::vector<std::uint8_t>& TableStore::entries(int id, unsigned side) {
 }
 
 std::vector<std::uint8_t> TableStore::read(int id, unsigned side) const {
-    const std::filesystem::path path = find(id, side);
-    if (path.empty()) {
-        fail(folder / tableFileName(id, side), "no such file");
-    }
-    const std::uint64_t size = descriptorOf(id).size[side];
+    std::vector<std::uint8_t> bytes;
+    bytes.reserve(bytesOf(id, side));
+    for (unsigned part = 0; part < partsOf(id, side); ++part) readPart(id, side, part, bytes);
+    return bytes;
+}
+
+/// Appends the entries of a part.
+void TableStore::readPart(int id, unsigned side, unsigned part,
+                          std::vector<std::uint8_t>& bytes) const {
+    const std::filesystem::path path = find(id, side, part);
+    if (path.empty()) fail(folder / tableFileName(id, side, part), "no such file");
+    const std::size_t before = bytes.size();
+    const std::uint64_t rest = bytesOf(id, side) - before;
+    const std::uint64_t size = isSplit(id) ? std::min(rest, PartBytes) : rest;
     try {
-        std::vector<std::uint8_t> bytes = readTableFile(path, size);
-        if (bytes.size() == size) return bytes;
-        fail(path, std::to_string(bytes.size()) + " entries instead of " + std::to_string(size));
+        appendTableFile(path, size, bytes);
+        if (bytes.size() - before == size) return;
+        const unsigned each = isWide(id) ? 2 : 1;
+        fail(path, std::to_string((bytes.size() - before) / each) + " entries instead of " +
+                       std::to_string(size / each));
     } catch (const AppError&) {
         // Another run may just have packed it.
         if (isPackedName(path) || std::filesystem::exists(path)) throw;
     }
-    return read(id, side);
+    bytes.resize(before);
+    readPart(id, side, part, bytes);
 }
 
 void TableStore::put(int id, TableBytes bytes) {
     for (unsigned side = 0; side < filesOf(id); ++side) {
         loaded.insert_or_assign({id, side}, std::move(bytes[side]));
         trusted.insert({id, side});
-    }
-}
-
-void TableStore::save(int id) {
-    for (unsigned side = 0; side < filesOf(id); ++side) {
-        NewFile file(folder / tableFileName(id, side));
-        file.write(entries(id, side));
-        file.finish();
-        // A packed file that was found wrong.
-        std::filesystem::remove(packedName(folder / tableFileName(id, side)));
     }
 }
 
@@ -109,20 +131,26 @@ void TableStore::trust(int id) {
 void TableStore::pack(int id, unsigned threads,
                       const std::function<void(unsigned)>& progress) const {
     for (unsigned side = 0; side < filesOf(id); ++side) {
-        const std::filesystem::path plain = folder / tableFileName(id, side);
-        if (!std::filesystem::exists(plain)) continue;
-        packFile(
-            plain, packedName(plain),
-            {.threads = threads, .progress = [&](std::uint64_t done, std::uint64_t total) {
-                 progress(static_cast<unsigned>((100 * side + 100 * done / total) / filesOf(id)));
-             }});
+        const unsigned parts = partsOf(id, side);
+        for (unsigned part = 0; part < parts; ++part) {
+            const std::filesystem::path plain = folder / tableFileName(id, side, part);
+            if (!std::filesystem::exists(plain)) continue;
+            const auto tell = [&](std::uint64_t done, std::uint64_t total) {
+                const std::uint64_t before = std::uint64_t{side} * parts + part;
+                progress(static_cast<unsigned>((100 * before + 100 * done / total) /
+                                               (std::uint64_t{parts} * filesOf(id))));
+            };
+            packFile(plain, packedName(plain), {.threads = threads, .progress = tell});
+        }
     }
 }
 
 void TableStore::removePlain(int id) const {
     for (unsigned side = 0; side < filesOf(id); ++side) {
-        const std::filesystem::path plain = folder / tableFileName(id, side);
-        if (std::filesystem::exists(packedName(plain))) std::filesystem::remove(plain);
+        for (unsigned part = 0; part < partsOf(id, side); ++part) {
+            const std::filesystem::path plain = folder / tableFileName(id, side, part);
+            if (std::filesystem::exists(packedName(plain))) std::filesystem::remove(plain);
+        }
     }
 }
 
@@ -144,8 +172,7 @@ std::filesystem::path plainName(const std::filesystem::path& packed) {
 std::vector<std::uint8_t> readTableFile(const std::filesystem::path& path, std::uint64_t most) {
     std::vector<std::uint8_t> bytes;
     bytes.reserve(most);
-    forEachPiece(path, most,
-                 [&](ByteSpan piece) { bytes.insert(bytes.end(), piece.begin(), piece.end()); });
+    appendTableFile(path, most, bytes);
     return bytes;
 }
 

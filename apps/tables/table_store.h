@@ -20,11 +20,26 @@ namespace brivok::tables {
 [[nodiscard]] inline bool isSameForBoth(int id) {
     return (descriptorOf(id).flags & SameForBoth) != 0;
 }
+/// Whether the entries have two bytes.
+[[nodiscard]] inline bool isWide(int id) { return (descriptorOf(id).flags & TwoByte) != 0; }
 /// Number of files of a table.
 [[nodiscard]] inline unsigned filesOf(int id) { return isSameForBoth(id) ? 1 : 2; }
 
-/// "kqk.nbw" with the first side to move, "kqk.nbb" with the second.
-[[nodiscard]] std::string tableFileName(int id, unsigned side);
+/// Whether the entries for one side to move are in several files, each but the last of PartBytes.
+[[nodiscard]] inline bool isSplit(int id) { return (descriptorOf(id).flags & Split) != 0; }
+inline constexpr std::uint64_t PartBytes = std::uint64_t{1} << 31;
+
+/// Bytes of the entries for one side to move.
+[[nodiscard]] inline std::uint64_t bytesOf(int id, unsigned side) {
+    return descriptorOf(id).size[side] * (isWide(id) ? 2 : 1);
+}
+
+/// Number of files for one side to move.
+[[nodiscard]] unsigned partsOf(int id, unsigned side);
+
+/// "kqk.nbw" with the first side to move, "kqk.nbb" with the second. A part of a file that is split
+/// is "kqbkrn.0.nbw" and so on.
+[[nodiscard]] std::string tableFileName(int id, unsigned side, unsigned part = 0);
 
 struct TableFileName {
     int id = 0;
@@ -46,8 +61,8 @@ class TableStore {
 public:
     explicit TableStore(std::filesystem::path itsFolder) : folder(std::move(itsFolder)) {}
 
-    /// The file of a side, plain or packed; empty if there is none.
-    [[nodiscard]] std::filesystem::path find(int id, unsigned side) const;
+    /// The file of a side, or a part of it, plain or packed; empty if there is none.
+    [[nodiscard]] std::filesystem::path find(int id, unsigned side, unsigned part = 0) const;
 
     /// Whether all files of the table exist.
     [[nodiscard]] bool has(int id) const;
@@ -55,15 +70,12 @@ public:
     /// Whether at least one file exists.
     [[nodiscard]] bool hasAny(int id) const;
 
-    /// The entries of the file for a side to move, or of the only file. Throws AppError if it is
+    /// The bytes of the entries for a side to move, or of the only file. Throws AppError if it is
     /// missing, unreadable, of the wrong length, or not the one that the table's record tells of.
     [[nodiscard]] const std::vector<std::uint8_t>& entries(int id, unsigned side);
 
     /// Sets the entries of the table, in memory only.
     void put(int id, TableBytes bytes);
-
-    /// Writes the files of a table that is in memory, replacing existing ones.
-    void save(int id);
 
     /// Takes it that the table is as recorded.
     void trust(int id);
@@ -79,6 +91,7 @@ public:
 
 private:
     [[nodiscard]] std::vector<std::uint8_t> read(int id, unsigned side) const;
+    void readPart(int id, unsigned side, unsigned part, std::vector<std::uint8_t>& bytes) const;
 
     std::filesystem::path folder;
     std::map<std::pair<int, unsigned>, std::vector<std::uint8_t>> loaded;  ///< by id and file

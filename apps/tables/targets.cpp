@@ -51,8 +51,8 @@ std::vector<int> tablesNamed(const std::vector<std::string>& targets) {
         for (int id = 1; id < TableCount; ++id) {
             const std::string_view signature = descriptorOf(id).signature();
             if (!namesTable(target, signature)) continue;
-            if (signature.size() > MaxMen) {
-                throw AppError(target + ": tables of six men cannot be made");
+            if (signature.size() == MaxMen && materialOf(signature).hasPawns()) {
+                throw AppError(target + ": tables of six men with pawns cannot be made");
             }
             known = true;
             addOnce(id, ids);

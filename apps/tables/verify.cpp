@@ -143,7 +143,7 @@ std::optional<std::string> contradictionInSample(int id, TableStore& store, std:
                 board->setPositionFromFen(fenOf(material, position));
                 expected = outcomeByEngine(*board, store);
             }
-            const Outcome stored = outcomeOf(store.entries(id, side)[index]);
+            const Outcome stored = outcomeAt(store.entries(id, side), isWide(id), index);
             if (stored != expected) {
                 return describeEntry(id, material, side, index, stored, expected);
             }
