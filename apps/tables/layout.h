@@ -52,6 +52,14 @@ public:
     /// The number of a position. The kings must not be adjacent.
     [[nodiscard]] std::uint64_t index(const Squares& squares) const;
 
+    /// The pair of kings of a number, and the place in its block.
+    [[nodiscard]] unsigned pairOf(std::uint64_t index) const {
+        return static_cast<unsigned>(index >> menBits);
+    }
+    [[nodiscard]] std::size_t placeInBlock(std::uint64_t index) const {
+        return index & ((std::uint64_t{1} << menBits) - 1);
+    }
+
     /// The inverse: a position with this number. It may be illegal.
     [[nodiscard]] Squares squares(std::uint64_t index) const;
 

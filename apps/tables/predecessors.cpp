@@ -137,13 +137,16 @@ void Predecessors::findByKing(unsigned pair, unsigned mover, const PositionSet& 
             continue;
         }
         const Layout::Image& image = layout.image(symmetry);
-        for (std::size_t row = 0; row < rows; ++row) {
+        const std::size_t rowsInGroup = std::min<std::size_t>(rows, 64);
+        for (std::size_t first = 0; first < rows; first += rowsInGroup) {
             std::size_t turned = 0;
-            for (unsigned shift = 0; rows >> shift > 1; shift += 6) {
-                turned |= std::size_t{image[row >> shift & 63]} << shift;
+            for (unsigned shift = 6; rows >> shift > 1; shift += 6) {
+                turned |= std::size_t{image[first >> shift & 63]} << shift;
             }
-            const Bitboard set = block[turned];
-            if (set != 0) from[row] |= Layout::origins(set, symmetry);
+            for (std::size_t i = 0; i < rowsInGroup; ++i) {
+                const Bitboard set = block[rows == 1 ? 0 : turned | image[i]];
+                if (set != 0) from[first + i] |= Layout::origins(set, symmetry);
+            }
         }
     }
 }
@@ -258,12 +261,16 @@ void Predecessors::findByLast(unsigned pair, const Bitboard* into, Bitboard* fro
     const auto [first, second] = layout.kingsOf(pair);
     const Bitboard kings = bit[first] | bit[second];
     const auto inEachRow = [&](auto origins) {
-        for (std::size_t row = 0; row < layout.rowsPerPair(); ++row) {
-            if (into[row] == 0) continue;
-            Bitboard occupied = kings;
-            forEachOuter(row, last,
-                         [&](std::size_t, std::size_t square) { occupied |= bit[square]; });
-            from[row] |= origins(into[row], ~occupied, row);
+        const std::size_t rowsInGroup = std::min<std::size_t>(layout.rowsPerPair(), 64);
+        for (std::size_t group = 0; group < layout.rowsPerPair(); group += rowsInGroup) {
+            Bitboard empty = ~kings;
+            forEachOuter(group >> 6, last - 1,
+                         [&](std::size_t, std::size_t square) { empty &= ~bit[square]; });
+            for (std::size_t i = 0; i < rowsInGroup; ++i) {
+                const std::size_t row = group + i;
+                if (into[row] == 0) continue;
+                from[row] |= origins(into[row], last == 2 ? empty : empty & ~bit[i], row);
+            }
         }
     };
     switch (material.man[last]) {

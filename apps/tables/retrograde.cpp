@@ -73,7 +73,6 @@ Retrograde<W>::Retrograde(int id, TableStore& store, unsigned itsThreads,
       threads(itsThreads),
       layout(material.count, material.hasPawns()),
       rowsPerPair(layout.rowsPerPair()),
-      positionsPerPair(std::uint64_t{rowsPerPair} << 6),
       groupsPerPair(std::max<std::size_t>(1, rowsPerPair / RowsInGroup)),
       predecessors(material, layout),
       places(material, layout),
@@ -473,13 +472,14 @@ Outcome Retrograde<W>::passingOutcome(const Position& position) const {
     const Worth capture = conversions.enPassant(position.squares, pawn);
     if (capture == NoWorth) return plain;
     const std::uint64_t index = layout.index(position.squares);
-    const auto pair = static_cast<unsigned>(index / positionsPerPair);
+    const unsigned pair = layout.pairOf(index);
+    const std::size_t place = layout.placeInBlock(index);
     // Only the losing capture of a stalemated side is not the better one of the two.
     const bool isForced =
         plain == Draw && capture < DrawnWorth &&
         std::any_of(sides[position.mover].passings[pair].begin(),
                     sides[position.mover].passings[pair].end(), [&](const Passing& passing) {
-                        return passing.captureIsOnlyMove && passing.plain == index - firstOf(pair);
+                        return passing.captureIsOnlyMove && passing.plain == place;
                     });
     return isForced ? outcomeOfWorth(capture)
                     : outcomeOfWorth(std::max(widened<W>(capture), worthOf<W>(plain)));

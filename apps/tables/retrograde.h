@@ -60,8 +60,7 @@ public:
     /// must be distinct and the kings not adjacent, but the position may be illegal.
     [[nodiscard]] W plainEntry(const Squares& squares, unsigned mover) const {
         const std::uint64_t index = layout.index(squares);
-        const auto pair = static_cast<unsigned>(index / positionsPerPair);
-        return worthsOf(pair, mover)[places.of(index % positionsPerPair)];
+        return worthsOf(layout.pairOf(index), mover)[places.of(layout.placeInBlock(index))];
     }
 
     /// For a legal position with an en passant square, after solve().
@@ -114,7 +113,9 @@ private:
     [[nodiscard]] const Side& opponents(unsigned mover) const {
         return sides[colours ? 0 : mover ^ 1U];
     }
-    [[nodiscard]] std::uint64_t firstOf(unsigned pair) const { return pair * positionsPerPair; }
+    [[nodiscard]] std::uint64_t firstOf(unsigned pair) const {
+        return std::uint64_t{pair} * rowsPerPair << 6;
+    }
     [[nodiscard]] W* worthsOf(unsigned pair, unsigned mover) const {
         return static_cast<W*>(worths[mover]->data()) + pair * places.perPair();
     }
@@ -123,7 +124,6 @@ private:
     unsigned threads;
     Layout layout;
     std::size_t rowsPerPair;
-    std::uint64_t positionsPerPair;
     std::size_t groupsPerPair;              ///< of rows, for `expected`
     std::optional<ColourExchange> colours;  ///< if one side to move stands for both
     Predecessors predecessors;

@@ -52,7 +52,7 @@ public:
     }
 
 private:
-    static constexpr std::uint64_t EntriesInPiece = std::uint64_t{1} << 25;
+    static constexpr std::uint64_t EntriesInPiece = std::uint64_t{1} << 24;
 
     void begin(std::uint64_t from, std::uint64_t to) {
         first = from;
