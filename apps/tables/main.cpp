@@ -64,9 +64,7 @@ struct CommandLine {
         CLI::App* const command = app.add_subcommand(
             "plan", "Write the jobs that make tables, for a program that runs jobs");
         command->add_option("TABLES", plan.targets, "As for make")->required();
-        command->add_option("--for", plan.runner, "make, ninja or slurm")
-            ->required()
-            ->check(CLI::IsMember({"make", "ninja", "slurm"}));
+        command->add_option("--for", plan.runner, "make, ninja or slurm")->required();
         command
             ->add_option("-o,--output", plan.folder,
                          "Folder of the tables; Makefile, build.ninja or submit is written there")

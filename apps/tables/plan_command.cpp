@@ -4,10 +4,10 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <span>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "../common/app_error.h"
 #include "../common/files.h"
@@ -37,7 +37,8 @@ constexpr std::array Runners = {
 const Runner& runnerNamed(std::string_view name) {
     const auto* const found = std::find_if(Runners.begin(), Runners.end(),
                                            [name](const Runner& one) { return one.name == name; });
-    if (found == Runners.end()) throw AppError(std::string(name) + ": runs no jobs");
+    if (found == Runners.end())
+        throw AppError("--for " + std::string(name) + ": not make, ninja or slurm");
     return *found;
 }
 
@@ -99,7 +100,9 @@ void writePlan(const PlanOptions& options) {
               .compress = options.compress};
     plan.jobsAtATime = std::min(jobsThatFit(plan.tables, options.megabytes * 1'000'000),
                                 std::max(1U, allProcessors() / options.threads));
-    fs::create_directories(options.folder);
+    std::error_code failure;
+    fs::create_directories(options.folder, failure);
+    if (failure) fail(options.folder, failure.message());
     const fs::path file = options.folder / runner.file;
     write(file, runner.write(plan), runner.isScript);
     describe(file, plan);

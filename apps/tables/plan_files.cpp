@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cmath>
 #include <string_view>
 #include <utility>
@@ -154,15 +153,21 @@ std::string filesBefore(const PlannedTable& table, const char* separator, const 
     return names;
 }
 
-// A job that needs more than it asked for is ended and its work lost, and estimates err: ask for
-// more.
+// What a job asks of Slurm beyond its estimate. One that needs more than it asked for is ended, and
+// its work is lost.
+constexpr double MemoryMargin = 1.25;
+constexpr long MegabytesMore = 128;
+constexpr double TimeMargin = 10;
+constexpr long MinutesMore = 10;
 
+/// Megabytes in Slurm's sense, of 2^20 bytes.
 std::string megabytesToAskFor(const PlannedTable& table) {
-    return std::to_string(128 + std::llround(1.25 * static_cast<double>(table.memory) / (1 << 20)));
+    const double megabytes = static_cast<double>(table.memory) / (1 << 20);
+    return std::to_string(std::lround(MemoryMargin * megabytes) + MegabytesMore);
 }
 
 std::string minutesToAskFor(const PlannedTable& table) {
-    return std::to_string(10 + std::llround(10 * table.seconds / 60));
+    return std::to_string(std::lround(TimeMargin * table.seconds / 60) + MinutesMore);
 }
 
 }  // namespace

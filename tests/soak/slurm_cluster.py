@@ -1,18 +1,19 @@
 #!/usr/bin/env python3
-"""Makes tables with Slurm, on this machine alone. The script sets up a cluster of one node with
-munge, slurmctld and slurmd of its own, submits a plan, disturbs it, and compares the tables with
-those of "brivok-tables make":
+"""Makes all tables of up to four men with Slurm, on this machine alone. The script sets up a cluster
+of one node with munge, slurmctld and slurmd of its own, submits a plan, disturbs it, and compares
+the tables with those of "brivok-tables make":
 
   1. It cancels a job that runs, and kills the process of another. The killed one runs again by
      itself; those that depend on the cancelled one are dropped.
   2. It submits the plan once more, which makes only what is missing, and kills a process of that.
 
-    tests/soak/slurm_cluster.py [--folder FOLDER] [--tables all4] [--compress]
+    tests/soak/slurm_cluster.py [--folder FOLDER] [--compress]
 
-Needs the Debian packages slurm-wlm and munge, whose services may be off: nothing outside the folder
-is read or changed. The tool is build/release/bin/brivok-tables, or BRIVOK_TABLES_TOOL in the
-environment. Exit code 1 if something goes wrong; logs then stay in the folder."""
+Needs the Debian packages slurm-wlm and munge, whose own services it neither uses nor touches: all
+that it writes is in the folder. The tool is build/release/bin/brivok-tables, or BRIVOK_TABLES_TOOL
+in the environment. Exit code 1 if something goes wrong; the logs then stay in the folder."""
 
+import contextlib
 import getpass
 import hashlib
 import os
@@ -30,9 +31,11 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "python"))
 
-from chesskit import TABLES_TOOL, ChessError, needed, run_script, run_tool, script_parser  # noqa: E402
+from chesskit import (TABLES_TOOL, ChessError, needed, run_script, run_tool,  # noqa: E402
+                      script_parser)
 
 PATIENCE = 200.0  # seconds that anything may take
+TABLES = "all4"
 CANCELLED, KILLED, KILLED_LATER = "kqkp", "krkp", "kpkp"  # the last depends on the first
 CONFIGURATION = """\
 ClusterName=brivok
@@ -125,8 +128,9 @@ class Cluster:
     def stop(self) -> None:
         """Ends the jobs, then the daemons, in the reverse order of their start."""
         if len(self.daemons) == 3:
-            self.ask("scancel", "--me")
-            wait_until("the end of the jobs", lambda: not self.jobs())
+            with contextlib.suppress(ChessError):  # if a daemon has ended before
+                self.ask("scancel", "--me")
+                wait_until("the end of the jobs", lambda: not self.jobs())
         for daemon in reversed(self.daemons):
             daemon.terminate()
             try:
@@ -183,7 +187,8 @@ def disturb(table: str, folder: Path, how: Callable[[list[int]], str]) -> None:
     log = folder / "logs" / f"brivok-{table}.log"
 
     def is_making() -> bool:
-        return log.exists() and "to make" in log.read_text() and len(processes_of(table, folder)) == 2
+        return (log.exists() and "to make" in log.read_text()
+                and len(processes_of(table, folder)) == 2)
 
     def watch() -> None:
         wait_until(f"the process of {table}", is_making, 0.01)
@@ -252,7 +257,6 @@ def main() -> int:
     signal.signal(signal.SIGTERM, end_in_order)
     parser = script_parser(__doc__)
     parser.add_argument("--folder", type=Path, help="a new one; by default temporary")
-    parser.add_argument("--tables", default="all4", help="what to make (all4)")
     parser.add_argument("--compress", action="store_true", help="pack the tables")
     options = parser.parse_args()
     more = ["--compress"] if options.compress else []
@@ -260,8 +264,10 @@ def main() -> int:
     tables, reference = folder / "shared folder", folder / "reference"
     for name in ("sbatch", "munge"):
         needed(name)
+    if " " in str(folder):
+        raise ChessError(f"{folder}: Slurm takes no spaces in its configuration")
 
-    plan = run_tool(TABLES_TOOL, "plan", options.tables, "--for", "slurm", "-o", tables, *more)
+    plan = run_tool(TABLES_TOOL, "plan", TABLES, "--for", "slurm", "-o", tables, *more)
     say(plan.stdout.strip())
     cluster = Cluster(folder / "cluster")
     try:
@@ -272,7 +278,7 @@ def main() -> int:
         cluster.stop()
         say("stopped the cluster")
 
-    run_tool(TABLES_TOOL, "make", options.tables, "-o", reference, *more)
+    run_tool(TABLES_TOOL, "make", TABLES, "-o", reference, *more)
     made = sums(tables)
     check(made == sums(reference), f"the {len(made)} files are those of brivok-tables make")
     shutil.rmtree(folder)
