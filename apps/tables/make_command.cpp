@@ -58,9 +58,11 @@ private:
 
     void removeAbandoned() const {
         removeAbandonedFiles(folder, [](const std::string& name) {
-            const std::size_t end = name.rfind(".json");
-            return tableFileOf(name) ||
-                   (end != std::string::npos && tableFileOf(name.substr(0, end) + ".nbw"));
+            if (tableFileOf(name)) return true;
+            for (int id = 1; id < TableCount; ++id) {
+                if (name == recordPath({}, id)) return true;
+            }
+            return false;
         });
     }
 
