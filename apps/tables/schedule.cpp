@@ -45,14 +45,6 @@ Schedule::Schedule(const std::vector<TablePlan>& plans, Limits itsLimits) : free
         if (plan.make) after.push_back(making[plan.id]);
         add(plan, Job::Kind::Pack, std::move(after));
     }
-    // Each step comes after those that it waits for.
-    for (std::size_t i = steps.size(); i-- > 0;) {
-        Step& step = steps[i];
-        step.urgency += step.job.seconds;
-        for (const std::size_t before : step.after) {
-            steps[before].urgency = std::max(steps[before].urgency, step.urgency);
-        }
-    }
 }
 
 void Schedule::add(const TablePlan& plan, Job::Kind kind, std::vector<std::size_t> after) {
@@ -87,11 +79,8 @@ std::optional<Job> Schedule::start() {
         if (isReady(step)) ready.push_back(&step);
     }
     if (ready.empty()) return std::nullopt;
-    std::stable_sort(ready.begin(), ready.end(), [](const Step* first, const Step* second) {
-        const bool packs = first->job.kind == Job::Kind::Pack;
-        const bool alsoPacks = second->job.kind == Job::Kind::Pack;
-        return packs != alsoPacks ? packs : first->urgency > second->urgency;
-    });
+    std::stable_partition(ready.begin(), ready.end(),
+                          [](const Step* step) { return step->job.kind == Job::Kind::Pack; });
     // The steps that fit into memory together share the threads.
     unsigned together = 0;
     std::uint64_t memory = 0;

@@ -42,7 +42,9 @@ struct Limits {
 /// The order of a run's jobs. A table is made when those below it are, and packed when all that one
 /// move leads from to it are made. As many jobs as memory and threads allow run side by side, and
 /// share the threads: that leaves fewer threads idle than several of them at one table. Packing
-/// comes first, as it frees disk; then what most of the remaining work has to wait for.
+/// comes first, as it frees disk; otherwise the order is that of the plans. That of tablesToMake()
+/// brings the tables that read a file close together; to start with what most of the remaining work
+/// waits for would save no time with the tables of five men, and take more disk.
 class Schedule {
 public:
     /// The plans must be in an order in which each table comes after those below it. Those below
