@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
+#include <numeric>
 #include <random>
 #include <set>
 #include <string>
@@ -7,9 +9,12 @@
 
 #include <gtest/gtest.h>
 
+#include "../apps/common/scratch_memory.h"
+#include "../apps/tables/colour_exchange.h"
 #include "../apps/tables/file_walk.h"
 #include "../apps/tables/layout.h"
 #include "../apps/tables/moves.h"
+#include "../apps/tables/new_table.h"
 #include "../apps/tables/outcome.h"
 #include "../apps/tables/predecessors.h"
 #include "../apps/tables/row.h"
@@ -19,9 +24,11 @@
 #include "../apps/tables/table_store.h"
 #include "../apps/tables/targets.h"
 #include "../apps/tables/verify.h"
+#include "../apps/tables/worth_places.h"
 #include "egtb/table_index.h"
 #include "engine_fixture.h"
 #include "movegen/legal_moves.h"
+#include "table_folder.h"
 
 namespace brivok::tables {
 namespace {
@@ -53,6 +60,7 @@ protected:
 
 bool isOnDiagonal(Square square) { return mirrored(square) == square; }
 
+/// Tables of six men are too large for some of the tests.
 constexpr const char* Signatures[] = {"kqk",   "krrk",  "knnk",  "kpkp",  "krkp",
                                       "kqkr",  "kppk",  "kppkp", "kbpkp", "kqpkp",
                                       "kpppk", "krbkq", "kqqkn", "kbbbk"};
@@ -68,6 +76,12 @@ TEST_F(TableGeneratorTest, OutcomesAndBytesTellTheSame) {
     EXPECT_EQ(byteOf(lossIn(126)), 0x81);
     for (unsigned byte = 0; byte < 256; ++byte) {
         EXPECT_EQ(byteOf(outcomeOf(static_cast<std::uint8_t>(byte))), byte);
+    }
+    EXPECT_EQ(wideOf(winIn(1)), 0x7FFE);
+    EXPECT_EQ(wideOf(lossIn(0)), 0x8002);
+    EXPECT_EQ(outcomeOfWide(0x8001), NoValue);
+    for (Outcome outcome = 0; outcome < OutcomeCount; ++outcome) {
+        EXPECT_EQ(outcomeOfWide(wideOf(outcome)), outcome);
     }
 }
 
@@ -165,7 +179,7 @@ TEST_F(TableGeneratorTest, TargetsComeAfterWhatTheyDependOn) {
     EXPECT_EQ(tablesToMake({"all4"}).size(), 35U);
     EXPECT_EQ(tablesNamed({"5men", "5men"}).size(), 110U);
     EXPECT_EQ(tablesToMake({"5men"}).size(), 145U);
-    for (const char* unknown : {"kk", "krkq", "6men", "kqqkqq", ""}) {
+    for (const char* unknown : {"kk", "krkq", "6men", "kqpkqp", ""}) {
         EXPECT_THROW((void)tablesToMake({unknown}), AppError) << unknown;
     }
 }
@@ -218,10 +232,128 @@ TEST_F(TableGeneratorTest, PredecessorsAreThePositionsWithAMoveIntoTheSet) {
     }
 }
 
+/// Six men as well: what else they need is what five men need.
+TEST_F(TableGeneratorTest, LikeMenShareThePlacesOfABlock) {
+    for (const char* signature : {"krrk", "krbk", "kqqqk", "kqqkn", "kqqkqq", "kqqqkn"}) {
+        const Material material = materialOf(signature);
+        const Layout layout(material.count, false);
+        const WorthPlaces places(material, layout);
+        std::vector<std::uint8_t> uses(places.perPair());
+        for (std::size_t position = 0; position < layout.rowsPerPair() << 6; ++position) {
+            const std::size_t row = position >> 6;
+            if (!places.isSorted(row) || (places.keeps(row) & bit[position & 63]) == 0) continue;
+            ++uses.at(places.of(position));
+            if (random() % 100 != 0) continue;
+            places.forEachTwin(position, [&](std::size_t twin) {
+                EXPECT_EQ(places.of(twin), places.of(position)) << signature;
+            });
+        }
+        EXPECT_EQ(std::count(uses.begin(), uses.end(), 1), places.perPair()) << signature;
+    }
+}
+
+TEST_F(TableGeneratorTest, ExchangedColoursExchangeTheMen) {
+    for (const char* signature : {"kqkq", "krbkrb"}) {
+        const Material material = materialOf(signature);
+        const Layout layout(material.count, false);
+        const ColourExchange colours(material, layout);
+        std::vector<Bitboard> before(layout.rowsPerPair());
+        std::vector<Bitboard> after(layout.rowsPerPair());
+        for (Bitboard& row : before) row = random();
+        for (int i = 0; i < 20; ++i) {
+            const auto pair = static_cast<unsigned>(random() % layout.pairs());
+            colours.exchange(pair, before.data(), after.data());
+            for (int j = 0; j < 2000; ++j) {
+                const std::size_t place = random() % (layout.rowsPerPair() << 6);
+                Squares squares =
+                    layout.squares(std::uint64_t{pair} * (layout.rowsPerPair() << 6) + place);
+                std::swap(squares[0], squares[1]);
+                const std::size_t half = (material.count - 2) / 2;
+                std::swap_ranges(squares.begin() + 2, squares.begin() + 2 + half,
+                                 squares.begin() + 2 + half);
+                const std::uint64_t number = layout.index(squares);
+                ASSERT_EQ(layout.pairOf(number), colours.of(pair).pair);
+                const std::size_t there = layout.placeInBlock(number);
+                EXPECT_EQ(after[place >> 6] >> (place & 63) & 1,
+                          before[there >> 6] >> (there & 63) & 1);
+            }
+        }
+    }
+}
+
+TEST_F(TableGeneratorTest, EntriesOfTwoBytesTellTheSame) {
+    TableStore store("");
+    for (const char* signature : {"kqk", "krk", "kpk"}) {
+        for (const int id : tablesToMake({signature})) {
+            store.put(id, makeTable(id, store, {}));
+            const TableBytes wide = makeWideTable(id, store, {});
+            for (unsigned side = 0; side < filesOf(id); ++side) {
+                const std::vector<std::uint8_t>& narrow = store.entries(id, side);
+                ASSERT_EQ(wide[side].size(), 2 * narrow.size());
+                for (std::uint64_t i = 0; i < narrow.size(); ++i) {
+                    ASSERT_EQ(outcomeAt(wide[side], true, i), outcomeAt(narrow, false, i));
+                }
+            }
+        }
+    }
+}
+
+/// A table's entries under the name of one with two bytes an entry, for the engine to read.
+TEST_F(TableFolderTest, TheEngineReadsEntriesOfTwoBytes) {
+    TableStore store("");
+    TableBytes wide;
+    for (const int id : tablesToMake({"krk"})) {
+        store.put(id, makeTable(id, store, {}));
+        wide = makeWideTable(id, store, {});
+    }
+    const std::vector<std::uint8_t>& krk = wide[1];
+    PartedFile file({folder / "krnknn.nbw"}, ~std::uint64_t{0});
+    file.write(krk);
+    file.finish();
+    open();
+    const int id = tableOf(materialOf("krnknn")).id;
+    for (std::uint64_t i = 0; i < krk.size() / 2; ++i) {
+        const Outcome outcome = outcomeAt(krk, true, i);
+        const int moves = static_cast<int>(movesToMate(outcome));
+        const int value = outcome == Draw || outcome == NoValue
+                              ? (outcome == Draw ? 0 : 32767)
+                              : (isWin(outcome) ? 32767 - moves : moves - 32766);
+        ASSERT_EQ(ProbeTableValue(id, 0, i), value) << i;
+    }
+}
+
+TEST_F(TableFolderTest, PartsFollowOneAnother) {
+    std::vector<std::uint8_t> bytes(1000);
+    std::iota(bytes.begin(), bytes.end(), std::uint8_t{0});
+    PartedFile file({folder / "a", folder / "b", folder / "c"}, 400);
+    file.write(ByteSpan(bytes).first(300));
+    file.write(ByteSpan(bytes).subspan(300));
+    EXPECT_FALSE(std::filesystem::exists(folder / "a"));
+    file.finish();
+    std::vector<std::uint8_t> all;
+    for (const char* name : {"a", "b", "c"}) {
+        const std::vector<std::uint8_t> part = readTableFile(folder / name, 400);
+        EXPECT_EQ(part.size(), *name == 'c' ? 200U : 400U);
+        all.insert(all.end(), part.begin(), part.end());
+    }
+    EXPECT_EQ(all, bytes);
+}
+
+/// Distances in a file of the output folder give the same table; a disk that is too small is an
+/// error like any other.
+TEST_F(TableFolderTest, DistancesMayBeOnDisk) {
+    TableStore store("");
+    const int krk = tableOf(materialOf("krk")).id;
+    const TableBytes bytes = makeTable(krk, store, {});
+    EXPECT_EQ(makeTable(krk, store, {.scratch = folder}), bytes);
+    EXPECT_TRUE(std::filesystem::is_empty(folder));
+    EXPECT_THROW((void)ScratchMemory(std::size_t{1} << 50, folder), AppError);
+}
+
 TEST_F(TableGeneratorTest, TablesAgreeWithTheirSuccessors) {
     TableStore store("");
-    for (const int id : tablesToMake({"3men", "krrk"})) {
-        TableBytes bytes = makeTable(id, store, 2, [](const std::string&) {});
+    for (const int id : tablesToMake({"3men", "krrk", "krkr"})) {
+        TableBytes bytes = makeTable(id, store, {.threads = 2});
         store.put(id, std::move(bytes));
         const bool isSmall = store.entries(id, 0).size() < 100'000;
         if (isSmall || !SlowBuild) {

@@ -21,7 +21,7 @@ constexpr std::uint64_t LargestMemory = 1'000'000'000;
 /// The command line: the command to run, with its options.
 struct CommandLine {
     CLI::App app{
-        "Makes, checks, packs, describes and consults Nalimov endgame tables of 3 to 5 men"};
+        "Makes, checks, packs, describes and consults Nalimov endgame tables of 3 to 6 men"};
     MakeOptions make;
     PlanOptions plan;
     VerifyOptions verify;

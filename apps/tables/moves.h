@@ -8,7 +8,7 @@
 #include "geometry.h"
 #include "material.h"
 
-/// Positions and their legal moves on a board with up to five men. There is no castling.
+/// Positions and their legal moves on a board with few men. There is no castling.
 namespace brivok::tables {
 
 struct Position {

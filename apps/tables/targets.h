@@ -6,7 +6,7 @@
 namespace brivok::tables {
 
 /// The ids of the tables that the targets name, in the order of the targets. Targets are signatures
-/// of up to five men, "3men", "4men", "5men", and "all4" and "all5" for all of up to so many.
+/// of up to six men, without pawns if there are six, "3men", "4men", "5men", and "all4" and "all5" for all of up to so many.
 /// Throws AppError for anything else.
 [[nodiscard]] std::vector<int> tablesNamed(const std::vector<std::string>& targets);
 

@@ -163,8 +163,8 @@ def test_packed_tables(small, tmp_path):
 
 
 @pytest.mark.parametrize("arguments, reason", [
-    (("make", "krkq"), "no such table"), (("make", "kqqkqq"), "six men"),
-    (("info", "kqqkqq.nbw"), "not the name"), (("info", "kqk.nbw"), "No such file"),
+    (("make", "krkq"), "no such table"), (("make", "kqpkqp"), "six men"),
+    (("info", "kqqkrq.nbw"), "not the name"), (("info", "kqk.nbw"), "No such file"),
     (("verify", "."), "no tables"), (("pack", "kqk.nbw.emd"), "already packed"), ((), "subcommand"),
     (("verify", ".", "--sample", "-5"), "not in range"), (("solve", QUEEN), "no tables found"),
     (("solve", "8/8/8/8/8/2k5/8/K6q b - -"), "White is in check"), (("solve", ""), "FEN is empty"),
