@@ -63,7 +63,7 @@ void continueAtBestLevel(char** arguments) {
     for (const Level& level : Levels) {
         if (level.name == ownLevel()) break;
         if (isMade(level.name) && (wanted.empty() || wanted == level.name) && level.isThere()) {
-            platform().continueAs("-" + std::string(level.name), arguments);
+            platform().continueAs(std::string("-").append(level.name), arguments);
         }
     }
     if (!wanted.empty()) {

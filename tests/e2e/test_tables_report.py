@@ -43,7 +43,9 @@ def page(tables, tmp_path_factory):
 
 
 def details(markdown, name):
-    return re.search(rf"<code>{name}</code>.*?</details>", markdown, re.S)[0]
+    found = re.search(rf"<code>{name}</code>.*?</details>", markdown, re.S)
+    assert found, name
+    return found[0]
 
 
 def test_lines_end_in_mate(tables, page, referee):
@@ -123,7 +125,7 @@ def test_page_is_whole(page):
     assert named == {file.name for file in (page / "tables").iterdir()}
     for name in named:
         picture = ElementTree.parse(page / "tables" / name).getroot()
-        assert picture.find("{*}title").text and picture.find("{*}style") is not None
+        assert picture.findtext("{*}title") and picture.find("{*}style") is not None
         assert {"nan", "inf"}.isdisjoint(re.findall(r"[a-z]+", " ".join(
             value for shape in picture.iter() for value in shape.attrib.values())))
 
@@ -131,8 +133,8 @@ def test_page_is_whole(page):
 def test_sums_and_absent_files(tables, tmp_path):
     for file in tables.glob("k?k.*"):
         shutil.copy(file, tmp_path)
-    sums = dict(reversed(line.split("  ")) for line in
-                tool("report", tmp_path, "--sums", "plain").splitlines())
+    listed = (line.split("  ") for line in tool("report", tmp_path, "--sums", "plain").splitlines())
+    sums = {name: digest for digest, name in listed}
     assert sums == {file.name: hashlib.sha256(file.read_bytes()).hexdigest()
                     for file in tmp_path.glob("*.nb?")}
     assert "kpk.nbw.emd: no such file" in tool("report", tmp_path, "--sums", "packed", code=1)
