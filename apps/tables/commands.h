@@ -48,11 +48,12 @@ void writePlan(const PlanOptions& options);
 
 struct VerifyOptions {
     std::filesystem::path folder;
+    std::vector<std::string> tables;  ///< as in tablesNamed(); none stands for all in the folder
     std::uint64_t sample = 0;  ///< entries of each file, by the engine's own moves; 0 checks all
     unsigned threads = allProcessors();
 };
-/// Compares the entries of all tables in a folder with those of their successors, up to the first
-/// table that is wrong. Returns whether all are right.
+/// Compares the entries of tables in a folder with those of their successors, up to the first table
+/// that is wrong. Returns whether all are right.
 [[nodiscard]] bool verifyTables(const VerifyOptions& options);
 
 struct SolveOptions {

@@ -8,11 +8,6 @@
 namespace brivok::tables {
 namespace {
 
-// Bits of a symmetry, in the order in which they are applied.
-constexpr unsigned FlipFiles = 1;
-constexpr unsigned FlipRanks = 2;
-constexpr unsigned Transpose = 4;
-
 bool onDiagonal(Square square) { return mirrored(square) == square; }
 
 /// Exchanges the bits of `mask` with those `shift` places higher.

@@ -20,6 +20,11 @@ class Layout {
 public:
     using Image = std::array<std::uint8_t, 64>;  ///< by square
 
+    /// Bits of a symmetry, in the order in which they are applied.
+    static constexpr unsigned FlipFiles = 1;
+    static constexpr unsigned FlipRanks = 2;
+    static constexpr unsigned Transpose = 4;
+
     struct Reduction {
         std::uint16_t pair = 0;     ///< KingPairs::Missing if the kings are adjacent
         std::uint8_t symmetry = 0;  ///< brings the kings there; 0 leaves all as it is

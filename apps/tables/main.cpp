@@ -80,8 +80,10 @@ struct CommandLine {
     void addVerify() {
         CLI::App* const command = app.add_subcommand(
             "verify",
-            "Compare the entries of all tables in a folder with those of their successors");
+            "Compare the entries of the tables in a folder with those of their successors");
         command->add_option("FOLDER", verify.folder, "Folder of the tables")->required();
+        command->add_option("TABLES", verify.tables,
+                            "Only these: names such as kqk, 3men, 4men, 5men");
         command
             ->add_option("--sample", verify.sample,
                          "Only this many entries of each file, using the engine's own moves")

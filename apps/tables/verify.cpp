@@ -1,57 +1,25 @@
 #include "verify.h"
 
 #include <array>
-#include <atomic>
 #include <memory>
 #include <random>
 
 #include "board/board.h"
 #include "board/static_tables.h"
+#include "entry_check.h"
+#include "full_check.h"
 #include "movegen/legal_moves.h"
-#include "moves.h"
 #include "outcome.h"
-#include "parallel.h"
 #include "table_entry.h"
 #include "table_reader.h"
 
 namespace brivok::tables {
 namespace {
 
+/// Rows of tables of six men would take 15 GB.
+constexpr std::size_t MostMenInRows = 5;
+
 Outcome withoutMoves(bool inCheck) { return inCheck ? lossIn(0) : Draw; }
-
-/// Computes entries from the generator's moves.
-class Successors {
-public:
-    Successors(const Material& itsMaterial, TableStore& store)
-        : material(itsMaterial),
-          same{TableReader(itsMaterial, 0, store), TableReader(itsMaterial, 1, store)},
-          conversions(itsMaterial, store) {}
-
-    [[nodiscard]] Outcome outcome(const Position& position) const {
-        const LegalMoves moves(material, position);
-        BestReply best;
-        bool canMove = false;
-        moves.forEachConversion([&](const Squares& squares, const Conversion& conversion) {
-            canMove = true;
-            best.add(conversions.outcome(squares, conversion));
-        });
-        for (std::size_t man = 0; man < material.count; ++man) {
-            Bitboard quiet = moves.quiet(man);
-            while (quiet != 0) {
-                canMove = true;
-                const Position after =
-                    positionAfter(material, position, man, takeNext<White>(quiet));
-                best.add(same[after.mover].outcome(after.squares, after.ep));
-            }
-        }
-        return canMove ? best.outcome() : withoutMoves(moves.inCheck());
-    }
-
-private:
-    const Material& material;
-    std::array<TableReader, 2> same;  ///< by side to move
-    ConversionReader conversions;
-};
 
 /// What the tables say about the position on the engine's board.
 Outcome outcomeOf(const Board& board, TableStore& store) {
@@ -103,28 +71,24 @@ std::string describeEntry(int id, const Material& material, unsigned side, std::
 
 std::optional<std::string> contradiction(int id, TableStore& store, unsigned threads) {
     const Material material = materialOf(descriptorOf(id).signature());
-    const Successors successors(material, store);
-    for (unsigned side = 0; side < filesOf(id); ++side) {
-        const std::vector<std::uint8_t>& bytes = store.entries(id, side);
-        const auto expected = [&](std::uint64_t index) {
-            Position position;
-            return legalPosition(id, material, side, index, position) ? successors.outcome(position)
-                                                                      : NoValue;
-        };
-        std::atomic<std::uint64_t> first = bytes.size();
-        inParallel(threads, bytes.size(), [&](std::uint64_t begin, std::uint64_t end) {
-            for (std::uint64_t index = begin; index < end && index < first; ++index) {
-                if (byteOf(expected(index)) == bytes[index]) continue;
-                std::uint64_t known = first;
-                while (index < known && !first.compare_exchange_weak(known, index)) {
-                }
-                return;
+    const auto firstIn = [&](auto& check) -> std::optional<std::string> {
+        for (unsigned side = 0; side < filesOf(id); ++side) {
+            if (const auto fault = check.firstFault(side)) {
+                return describeEntry(id, material, side, fault->index, fault->stored,
+                                     fault->expected);
             }
-        });
-        if (first < bytes.size()) {
-            return describeEntry(id, material, side, first, outcomeOf(bytes[first]),
-                                 expected(first));
         }
+        return std::nullopt;
+    };
+    if (material.count > MostMenInRows || isWide(id)) {
+        EntryCheck check(id, store, threads);
+        return firstIn(check);
+    }
+    FullCheck check(id, store, threads);
+    if (auto fault = firstIn(check)) return fault;
+    if (const auto position = check.winTooLong()) {
+        return tableFileName(id, position->mover) + " lacks a mate in " +
+               std::to_string(LongestByteWin + 1) + ": " + fenOf(material, *position);
     }
     return std::nullopt;
 }

@@ -8,9 +8,9 @@
 
 namespace brivok::tables {
 
-/// Compares every entry of a table with what its successors imply, using the generator's moves.
-/// Returns a line on the first contradiction, with its position. Throws AppError if a file is
-/// missing or unreadable.
+/// Compares every entry of a table with what its successors imply: see full_check.h and
+/// entry_check.h. Returns a line on the first contradiction, with its position. Throws AppError if
+/// a file is missing or unreadable.
 [[nodiscard]] std::optional<std::string> contradiction(int id, TableStore& store, unsigned threads);
 
 /// The same for `samples` random entries of each file, using the engine's moves: slower, and

@@ -132,6 +132,7 @@ def test_packed_tables(small, tmp_path):
     names = [f"{n}.{s}.emd" for n in ("kqk", "krk") for s in ("nbb", "nbw")]
     assert sorted(f.name for f in tmp_path.iterdir()) == sorted((*names, "kqk.json", "krk.json"))
     assert tool("verify", tmp_path) == "krk: correct\nkqk: correct\n"
+    assert tool("verify", tmp_path, "kqk") == "kqk: correct\n"
     of_packed = info(tmp_path / "krk.nbw.emd")
     assert of_packed.pop("Blocks") == "their checksums agree"
     assert of_packed == info(small / "krk.nbw") and "as recorded" in of_packed["SHA-256"]
@@ -165,7 +166,9 @@ def test_packed_tables(small, tmp_path):
 @pytest.mark.parametrize("arguments, reason", [
     (("make", "krkq"), "no such table"), (("make", "kqpkqp"), "six men"),
     (("info", "kqqkrq.nbw"), "not the name"), (("info", "kqk.nbw"), "No such file"),
-    (("verify", "."), "no tables"), (("pack", "kqk.nbw.emd"), "already packed"), ((), "subcommand"),
+    (("verify", "."), "no tables"), (("verify", ".", "kqqkrq"), "no such table"),
+    (("verify", ".", "kqk"), "no such file"), (("pack", "kqk.nbw.emd"), "already packed"),
+    ((), "subcommand"),
     (("verify", ".", "--sample", "-5"), "not in range"), (("solve", QUEEN), "no tables found"),
     (("solve", "8/8/8/8/8/2k5/8/K6q b - -"), "White is in check"), (("solve", ""), "FEN is empty"),
     (("solve", "7k/8/8/8/8/8/PPPPP3/K7 w - -"), "7 men"),
