@@ -252,6 +252,28 @@ TEST_F(TableGeneratorTest, LikeMenShareThePlacesOfABlock) {
     }
 }
 
+/// Here the mates of the tables below are made to take so long that those of `kpk` would be longer.
+TEST_F(TableGeneratorTest, RefusesWinsThatNoEntryTells) {
+    for (const unsigned moves : {100U, LongestByteLoss}) {
+        TableStore store("");
+        for (const int id : tablesToMake({"3men"})) {
+            if (descriptorOf(id).signature() == "kpk") {
+                if (moves == LongestByteLoss) {
+                    EXPECT_THROW((void)makeTable(id, store, {}), AppError);
+                } else {
+                    EXPECT_NO_THROW((void)makeTable(id, store, {}));
+                }
+                continue;
+            }
+            TableBytes bytes = makeTable(id, store, {});
+            for (std::uint8_t& entry : bytes[1]) {
+                if (isLoss(outcomeOf(entry))) entry = byteOf(lossIn(moves));
+            }
+            store.put(id, std::move(bytes));
+        }
+    }
+}
+
 TEST_F(TableGeneratorTest, ExchangedColoursExchangeTheMen) {
     for (const char* signature : {"kqkq", "krbkrb"}) {
         const Material material = materialOf(signature);

@@ -110,11 +110,9 @@ template <typename W = Worth>
     return static_cast<W>(0U - moves);
 }
 
-/// The longest mates whose results a table with such worths can hold.
+/// The longest win that a table with such worths can hold.
 template <typename W>
 inline constexpr unsigned LongestWinIn = sizeof(W) == 1 ? LongestByteWin : LongestWin;
-template <typename W>
-inline constexpr unsigned LongestLossIn = sizeof(W) == 1 ? LongestByteLoss : LongestLoss;
 
 /// Moves to mate of a win or a loss.
 template <typename W>

@@ -107,11 +107,9 @@ void Retrograde<W>::solve(const Progress& progress) {
         losses = forBothSides([&](unsigned pair, unsigned mover, Block& from) {
             return findLosses(pair, mover, distance + 1, from);
         });
-        if (losses != 0 && distance == LongestLossIn<W>) {
-            throw AppError("a mate takes more moves than the " + std::to_string(distance) +
-                           " that an entry can hold");
-        }
     }
+    // The last losses may be too long for an entry, which then tells no value.
+    if (losses != 0) requireNoFurtherWins();
     forBothSides([this](unsigned pair, unsigned mover, Block&) {
         settle(pair, mover);
         return 0;
@@ -120,6 +118,29 @@ void Retrograde<W>::solve(const Progress& progress) {
         for (PositionSet* const set : {&side.notWon, &side.open, &side.newLost}) {
             set->rows = std::vector<Bitboard>();
         }
+    }
+}
+
+/// Throws AppError if a position can move to one that was found lost in the last distance, and is
+/// not known to be won: it would be won in more moves than an entry can hold.
+template <typename W>
+void Retrograde<W>::requireNoFurtherWins() {
+    constexpr unsigned Longest = LongestWinIn<W>;
+    const std::uint64_t wins = forBothSides([this](unsigned pair, unsigned mover, Block& from) {
+        findPredecessors(
+            pair, mover, opponents(mover).newLost,
+            [&](const Passing& passing) { return isLost(pair, mover ^ 1U, passing, Longest); },
+            from);
+        const Bitboard* const notWon = sides[mover].notWon.block(pair);
+        std::uint64_t rows = 0;
+        for (std::size_t row = 0; row < rowsPerPair; ++row) {
+            rows += (notWon[row] & from[row]) != 0 ? 1 : 0;
+        }
+        return rows;
+    });
+    if (wins != 0) {
+        throw AppError("a mate takes more moves than the " + std::to_string(Longest) +
+                       " that an entry can hold");
     }
 }
 

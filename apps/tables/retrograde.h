@@ -107,6 +107,7 @@ private:
     [[nodiscard]] bool isLost(unsigned pair, unsigned mover, const Passing& passing,
                               unsigned distance) const;
     [[nodiscard]] std::uint64_t tally(unsigned pair, std::size_t row, Bitboard found) const;
+    void requireNoFurtherWins();
     void settle(unsigned pair, unsigned mover);
 
     /// With the other side to move.
