@@ -65,8 +65,14 @@ def mirror(fen: str) -> str:
 
 def is_check(fen: str) -> bool:
     """Whether the side to move is in check."""
+    return checkers(fen) > 0
+
+
+def checkers(fen: str) -> int:
+    """How many men give check to the side to move."""
     men, white = squares(fen), fen.split()[1] == "w"
     king = next(square for square, man in men.items() if man == ("K" if white else "k"))
+    found = 0
     for right, up in itertools.product(range(-2, 3), repeat=2):
         leap, straight = abs(right * up) == 2, right == 0 or up == 0
         if not leap and max(abs(right), abs(up)) != 1:
@@ -80,6 +86,6 @@ def is_check(fen: str) -> bool:
             if not leap and distance == 1:
                 attackers += "k" if straight or up != (1 if white else -1) else "kp"
             if man.islower() == white and man.lower() in attackers:
-                return True
+                found += 1
             break
-    return False
+    return found

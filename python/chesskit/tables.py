@@ -6,7 +6,7 @@ import re
 from collections.abc import Iterator, Sequence
 from pathlib import Path
 
-from chesskit.board import SQUARES, is_check, placement
+from chesskit.board import SQUARES, checkers, is_check, placement
 from chesskit.errors import ChessError
 from chesskit.process import Process
 from chesskit.programs import TABLES_TOOL
@@ -87,6 +87,8 @@ def random_position(rng: random.Random, name: str, passing: bool = False) -> str
         # The side that is not to move must not be in check, nor the other before a double step.
         if is_check(f"{fen} {other} - - 0 1"):
             continue
+        if checkers(f"{fen} {mover} - - 0 1") > 2:
+            continue  # no game gets there, and the engine looks at two of them
         if passing:
             men[origin] = men.pop(stepped)
             if is_check(f"{placement(men)} {mover} - - 0 1"):
