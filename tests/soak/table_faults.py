@@ -162,8 +162,10 @@ def main() -> int:
                         if file.suffix != ".json"}
             print(f"{' '.join(arguments)}: {len(expected)} files in {seconds:.0f} s", flush=True)
             if options.disk:
-                needed = re.search(r"(\d+) MB of disk", forecast)
-                fill_disks(arguments, expected, int(needed[1]) if needed else 0)
+                needed = re.search(r"([\d.]+) MB of disk", forecast)
+                if not needed:
+                    raise ChessError(f"no megabytes of disk: {forecast}")
+                fill_disks(arguments, expected, int(float(needed[1])) + 1)
                 continue
             kill_often(disturbed, arguments, options.kills, seconds, random.Random(options.seed))
             make(disturbed, arguments)
