@@ -28,8 +28,8 @@ bool prepareLibrary() {
 
 }  // namespace
 
-void Sha256::Closer::operator()(void* state) const {
-    gcry_md_close(static_cast<gcry_md_hd_t>(state));
+void Sha256::Closer::operator()(void* handle) const {
+    gcry_md_close(static_cast<gcry_md_hd_t>(handle));
 }
 
 Sha256::Sha256() {

@@ -16,10 +16,12 @@ BlockSums::BlockSums(const std::filesystem::path& itsPath, std::FILE* file,
 }
 
 void BlockSums::check(ByteSpan plain, ByteSpan packed) {
-    const std::uint8_t* const expected =
-        sums.data() + std::size_t{next++} * datacomp::BlockSumsSize;
-    for (const bool agrees : {datacomp::checksum(plain) == datacomp::bigEndian32(expected),
-                              datacomp::checksum(packed) == datacomp::bigEndian32(expected + 4)}) {
+    const ByteSpan expected = ByteSpan(sums).subspan(std::size_t{next} * datacomp::BlockSumsSize,
+                                                     datacomp::BlockSumsSize);
+    ++next;
+    for (const bool agrees :
+         {datacomp::checksum(plain) == datacomp::bigEndian32(expected.data()),
+          datacomp::checksum(packed) == datacomp::bigEndian32(expected.data() + 4)}) {
         ++(agrees ? right : wrong);
     }
     if (wrong != 0 && (right != 0 || count == 1)) {

@@ -238,8 +238,8 @@ void ForwardRows::move(std::size_t man) {
 void ForwardRows::moveSlider(std::size_t man) {
     const std::size_t first = material.man[man] == Kind::Bishop ? 4 : 0;
     const std::size_t end = material.man[man] == Kind::Rook ? 4 : 8;
-    for (std::size_t direction = first; direction < end; ++direction) {
-        const Line& line = Lines[squares[man]][direction];
+    for (std::size_t way = first; way < end; ++way) {
+        const Line& line = Lines[squares[man]][way];
         std::size_t reach = 0;
         while (reach < line.count && (occupied & bit[line.squares[reach]]) == 0) ++reach;
         if (reach == 0) continue;

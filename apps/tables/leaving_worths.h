@@ -22,7 +22,7 @@ public:
                   std::span<const std::uint8_t> entries, unsigned threads);
 
     [[nodiscard]] const Worth* block(unsigned pair) const {
-        return worths.get() + std::size_t{pair} * blockSize;
+        return &worths[std::size_t{pair} * blockSize];
     }
     [[nodiscard]] Worth operator[](std::uint64_t number) const { return worths[number]; }
 

@@ -117,7 +117,8 @@ inline constexpr unsigned LongestWinIn = sizeof(W) == 1 ? LongestByteWin : Longe
 /// Moves to mate of a win or a loss.
 template <typename W>
 [[nodiscard]] constexpr unsigned movesIn(W worth) {
-    return worth > Drawn<W> ? static_cast<W>(0U - worth) : worth;
+    constexpr W drawn = Drawn<W>;
+    return worth > drawn ? static_cast<W>(0U - worth) : worth;
 }
 
 template <typename W = Worth>
@@ -130,8 +131,9 @@ template <typename W = Worth>
 /// NoWorth stands for a loss in 0 here.
 template <typename W>
 [[nodiscard]] constexpr Outcome outcomeOfWorth(W worth) {
-    if (worth == Drawn<W>) return Draw;
-    return worth > Drawn<W> ? winIn(movesIn(worth)) : lossIn(movesIn(worth));
+    constexpr W drawn = Drawn<W>;
+    if (worth == drawn) return Draw;
+    return worth > drawn ? winIn(movesIn(worth)) : lossIn(movesIn(worth));
 }
 
 /// The same worth with as much room as W has.

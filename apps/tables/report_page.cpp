@@ -184,13 +184,12 @@ void MarkdownPage::details(std::string_view signature, std::string_view men,
     body += "\n</details>\n";
 }
 
-HtmlPage::HtmlPage(std::string_view title) {
-    body =
-        "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
-        "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" +
-        escaped(title) + "</title>\n<style>" + std::string(PageStyle) + std::string(svgStyle()) +
-        "</style>\n</head>\n<body>\n" + boardSymbol() + "<h1>" + escaped(title) + "</h1>\n";
-}
+HtmlPage::HtmlPage(std::string_view title)
+    : body(
+          "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+          "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" +
+          escaped(title) + "</title>\n<style>" + std::string(PageStyle) + std::string(svgStyle()) +
+          "</style>\n</head>\n<body>\n" + boardSymbol() + "<h1>" + escaped(title) + "</h1>\n") {}
 
 std::string HtmlPage::plain(std::string_view text) const { return escaped(text); }
 

@@ -105,11 +105,11 @@ void makeAndRecord(const std::filesystem::path& folder, const Job& job,
     TableStore store = openStore();
     const MakingWatch watch;
     NewTable table(job.id, folder);
-    makeTable(job.id, store,
-              {.threads = job.threads,
-               .scratch = job.usesScratch ? folder : std::filesystem::path(),
-               .progress = listener.onStep},
-              [&](unsigned side, ByteSpan bytes) { table.write(side, bytes); });
+    writeTable(job.id, store,
+               {.threads = job.threads,
+                .scratch = job.usesScratch ? folder : std::filesystem::path(),
+                .progress = listener.onStep},
+               [&](unsigned side, ByteSpan bytes) { table.write(side, bytes); });
     writeRecord(folder, table.finish(watch.finish(job.threads)));
     listener.onOutcome("made");
 }

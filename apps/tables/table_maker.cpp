@@ -113,7 +113,7 @@ TableBytes makeInMemory(int id, TableStore& store, const MakerOptions& options) 
 
 }  // namespace
 
-void makeTable(int id, TableStore& store, const MakerOptions& options, const FileSink& sink) {
+void writeTable(int id, TableStore& store, const MakerOptions& options, const FileSink& sink) {
     isWide(id) ? make<WideWorth>(id, store, options, sink) : make<Worth>(id, store, options, sink);
 }
 

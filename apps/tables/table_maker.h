@@ -24,7 +24,7 @@ using FileSink = std::function<void(unsigned side, std::span<const std::uint8_t>
 
 /// Makes a table of up to six men, without pawns if there are six; the tables it depends on must be
 /// in the store. Throws AppError if a mate takes longer than the entries of the table can hold.
-void makeTable(int id, TableStore& store, const MakerOptions& options, const FileSink& sink);
+void writeTable(int id, TableStore& store, const MakerOptions& options, const FileSink& sink);
 
 /// The same with all contents in memory.
 [[nodiscard]] TableBytes makeTable(int id, TableStore& store, const MakerOptions& options);
