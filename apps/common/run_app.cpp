@@ -1,5 +1,6 @@
 #include "run_app.h"
 
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <new>
@@ -14,8 +15,11 @@ int runApp(const char* program, const std::function<int()>& work) {
         std::fprintf(stderr, "%s: %s\n", program, text);
         return FailureCode;
     };
+    std::signal(SIGXFSZ, SIG_IGN);  // writing fails at the limit instead
     try {
-        return work();
+        const int code = work();
+        const bool isWritten = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+        return isWritten ? code : tell("standard output: cannot be written");
     } catch (const Interrupted& interrupted) {
         return SignalExit + interrupted.signal();
     } catch (const std::bad_alloc&) {

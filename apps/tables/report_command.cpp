@@ -54,10 +54,7 @@ void reportTables(const ReportOptions& options) {
         reportOn(options.folder, [&](const std::string& table) { task.show(table); });
     if (!options.sums.empty()) {
         const std::string sums = sumsOf(options.folder, report, options.sums == "packed");
-        if (std::fwrite(sums.data(), 1, sums.size(), stdout) != sums.size() ||
-            std::fflush(stdout) != 0) {
-            failWithErrno("standard output");
-        }
+        std::fputs(sums.c_str(), stdout);
         return;
     }
     addLines(report, options.folder,

@@ -239,7 +239,7 @@ def test_failures_leave_nothing(run, tmp_path):
     # The disk is full while the book is written.
     (tmp_path / "walks.pgn").write_text("".join(pawn_walks(300)))
     before = sorted([*before, tmp_path / "walks.pgn"])
-    text = run("build", "walks.pgn", "-o", "old.bin", fails=True, restore_signals=False,
+    text = run("build", "walks.pgn", "-o", "old.bin", fails=True,
                preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (9999, 9999)))
     assert "File too large" in text
     assert sorted(tmp_path.rglob("*")) == before

@@ -5,6 +5,7 @@ import json
 import os
 import random
 import re
+import subprocess
 from pathlib import Path
 
 import pytest
@@ -177,6 +178,15 @@ def test_refusals(arguments, reason, tmp_path, monkeypatch):
     monkeypatch.chdir(tmp_path)
     assert reason in tool(*arguments, code=1)
     assert not list(tmp_path.iterdir())
+
+
+def test_lost_output_is_an_error(small):
+    for arguments in (("info", small / "kqk.nbw"), ("report", small, "--sums", "plain")):
+        with open("/dev/full", "w", encoding="ascii") as full:
+            done = subprocess.run([TABLES_TOOL, *arguments], stdout=full, stderr=subprocess.PIPE,
+                                  text=True, check=False)
+        assert (done.returncode, done.stderr) == (
+            1, "brivok-tables: standard output: cannot be written\n")
 
 
 @pytest.mark.skipif("BRIVOK_TABLES" not in os.environ, reason="no folder of tables of four men")
