@@ -13,6 +13,7 @@
 
 #include "../apps/common/app_error.h"
 #include "../apps/common/sha256.h"
+#include "../apps/tables/commands.h"
 #include "../apps/tables/outcome.h"
 #include "../apps/tables/table_report.h"
 #include "table_folder.h"
@@ -96,6 +97,25 @@ TEST_F(TableRecordTest, DamagedRecordsAreRefused) {
     }
     writeText(good);
     EXPECT_TRUE(readRecord(folder, Krk));
+}
+
+/// The sum in the record is that of all parts together.
+TEST_F(TableRecordTest, PartsOfATableArePackedAndUnpackedByThemselves) {
+    const auto ofSide = [](std::uint64_t entries) {
+        return FileRecord{.entries = entries, .draws = entries, .sha256 = std::string(64, '0')};
+    };
+    const TablebaseDescriptor& table = tableNamed("kqbkrn");
+    writeRecord(folder, {.signature = "kqbkrn",
+                         .making = {},
+                         .files = {ofSide(table.size[0]), ofSide(table.size[1])}});
+    const std::filesystem::path part = folder / "kqbkrn.1.nbw";
+    write("kqbkrn.1.nbw", 10'000, {{5, 6}});
+    const std::string sum = sha256OfFile(part);
+    packFiles({.files = {part.string()}});
+    std::filesystem::remove(part);
+    unpackFiles({packedName(part).string()});
+    EXPECT_EQ(sha256OfFile(part), sum);
+    EXPECT_THROW((void)readTable(part), AppError);
 }
 
 /// Where White wins in 127, Black may be lost in 127, which a byte cannot say.

@@ -5,6 +5,7 @@
 
 #include "../common/app_error.h"
 #include "../common/sha256.h"
+#include "file_pieces.h"
 #include "making_watch.h"
 #include "new_table.h"
 #include "table_maker.h"
@@ -44,21 +45,30 @@ bool adopt(const std::filesystem::path& folder, int id, TableStore& store,
     return true;
 }
 
-/// The first difference of a file from its record.
-std::optional<std::string> differenceOf(const std::filesystem::path& file,
-                                        const FileRecord& record) {
-    if (!isPackedName(file)) {
-        std::error_code failure;
-        if (std::filesystem::file_size(file, failure) != record.bytes()) {
-            return file.string() + ": does not have the recorded size";
-        }
-        (void)requireRecorded(file, sha256OfFile(file));
-    } else if (!record.packed) {
-        (void)readTable(file);
-    } else if (packedRecordOf(file).sha256 != record.packed->sha256) {
-        return file.string() + ": does not have the recorded SHA-256 sum";
+/// The sum of the entries for a side to move, plain or packed, in however many files.
+std::string sumOfEntries(const TableStore& store, int id, unsigned side) {
+    Sha256 sum;
+    for (unsigned part = 0; part < partsOf(id, side); ++part) {
+        forEachPiece(store.find(id, side, part), bytesOf(id, side),
+                     [&](ByteSpan piece) { sum.add(piece); });
     }
-    return std::nullopt;
+    return sum.finish();
+}
+
+/// The first difference of the files for a side to move from their record.
+std::optional<std::string> differenceOf(const TableStore& store, int id, unsigned side,
+                                        const FileRecord& record) {
+    const std::filesystem::path file = store.find(id, side);
+    std::error_code failure;
+    if (!isSplit(id) && !isPackedName(file) &&
+        std::filesystem::file_size(file, failure) != record.bytes()) {
+        return file.string() + ": does not have the recorded size";
+    }
+    const bool isRight = isPackedName(file) && record.packed
+                             ? sha256OfFile(file) == record.packed->sha256
+                             : sumOfEntries(store, id, side) == record.sha256;
+    if (isRight) return std::nullopt;
+    return file.string() + ": does not have the recorded SHA-256 sum";
 }
 
 }  // namespace
@@ -78,13 +88,7 @@ std::optional<std::string> differenceFromRecord(const std::filesystem::path& fol
         const auto record = readRecord(folder, id);
         if (!record) return std::nullopt;
         for (unsigned side = 0; side < filesOf(id); ++side) {
-            if (isSplit(id)) {
-                // The sum is that of all parts.
-                TableStore whole(folder);
-                (void)whole.entries(id, side);
-                continue;
-            }
-            if (const auto difference = differenceOf(store.find(id, side), record->files[side])) {
+            if (const auto difference = differenceOf(store, id, side, record->files[side])) {
                 return difference;
             }
         }

@@ -163,6 +163,14 @@ bool isSound(const TableRecord& record, int id) {
     return true;
 }
 
+/// The record of the side to move of a table file, from the folder of that file.
+std::optional<FileRecord> recordOfSide(const std::filesystem::path& file,
+                                       const TableFileName& name) {
+    const auto record = readRecord(file.parent_path(), name.id);
+    if (!record) return std::nullopt;
+    return record->files[name.side];
+}
+
 }  // namespace
 
 FileTally::FileTally(int itsId, unsigned itsSide)
@@ -222,6 +230,7 @@ FileRecord recordOf(int id, unsigned side, ByteSpan bytes) {
 
 FileReading readTable(const std::filesystem::path& path) {
     const TableFileName name = parseTableFileName(path.filename().string());
+    if (isSplit(name.id)) fail(path, "is a part of a table, and can only be read with the others");
     const std::uint64_t size = descriptorOf(name.id).size[name.side];
     FileTally tally(name.id, name.side);
     FileReading reading;
@@ -275,14 +284,12 @@ std::optional<TableRecord> readRecord(const std::filesystem::path& folder, int i
 
 std::optional<FileRecord> recordBeside(const std::filesystem::path& file) {
     const auto name = tableFileOf(file.filename().string());
-    if (!name) return std::nullopt;
-    const auto record = readRecord(file.parent_path(), name->id);
-    if (!record) return std::nullopt;
-    return record->files[name->side];
+    return name && !isSplit(name->id) ? recordOfSide(file, *name) : std::nullopt;
 }
 
 bool requireRecorded(const std::filesystem::path& file, const std::string& sha256) {
-    const auto record = recordBeside(file);
+    const auto name = tableFileOf(file.filename().string());
+    const auto record = name ? recordOfSide(file, *name) : std::nullopt;
     if (record && record->sha256 != sha256) {
         fail(file, "is damaged: it does not have the recorded SHA-256 sum");
     }

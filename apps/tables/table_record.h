@@ -102,8 +102,8 @@ struct FileReading {
     bool recorded = false;        ///< as the record beside it tells
 };
 
-/// Reads a file, plain or packed. Throws AppError, also for a file of another length, and for one
-/// that is not as recorded.
+/// Reads a file, plain or packed. Throws AppError, also for a file of another length, for a part of
+/// a table, and for a file that is not as recorded.
 [[nodiscard]] FileReading readTable(const std::filesystem::path& path);
 
 /// The record of a table whose entries are in the store, or in its folder.
@@ -120,11 +120,11 @@ struct FileReading {
 [[nodiscard]] std::optional<TableRecord> readRecord(const std::filesystem::path& folder, int id);
 
 /// What the record beside a table file tells of it; none if there is no record, or if the file is
-/// no table by its name. Throws AppError if the record is damaged.
+/// no table, or only a part of one, by its name. Throws AppError if the record is damaged.
 [[nodiscard]] std::optional<FileRecord> recordBeside(const std::filesystem::path& file);
 
-/// Throws AppError if the record beside a table file, plain or packed, has another sum of its plain
-/// bytes. Returns whether there is a record.
+/// Throws AppError if the record beside a table file, plain or packed, has another sum of the plain
+/// bytes: for a table in parts, of all parts together. Returns whether there is a record.
 bool requireRecorded(const std::filesystem::path& file, const std::string& sha256);
 
 /// Writes the record of a table, replacing an existing one. Throws AppError.
