@@ -34,6 +34,13 @@ bool hasName(std::FILE* file) {
     return fstat(fileno(file), &status) == 0 && status.st_nlink > 0;
 }
 
+bool isAt(const std::filesystem::path& path, std::FILE* file) {
+    struct stat there {};
+    struct stat opened {};
+    return stat(path.c_str(), &there) == 0 && fstat(fileno(file), &opened) == 0 &&
+           there.st_dev == opened.st_dev && there.st_ino == opened.st_ino;
+}
+
 std::string machineName() {
     std::array<char, 256> name{};
     std::string clean;

@@ -26,6 +26,9 @@ enum class FileLock {
 /// Whether the file still has a name.
 [[nodiscard]] bool hasName(std::FILE* file);
 
+/// Whether a path leads to this open file.
+[[nodiscard]] bool isAt(const std::filesystem::path& path, std::FILE* file);
+
 /// The name of this machine, of letters, digits and hyphens.
 [[nodiscard]] std::string machineName();
 

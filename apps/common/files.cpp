@@ -31,7 +31,9 @@ void removeIfAbandoned(const std::filesystem::path& path, bool isOfThisMachine) 
         if (gone || std::filesystem::file_time_type::clock::now() - written < Patience) return;
     }
     const FileHandle file(std::fopen(path.string().c_str(), "r+b"));
-    if (file && lockFile(file.get()) == FileLock::Taken) std::filesystem::remove(path, gone);
+    if (!file || lockFile(file.get()) != FileLock::Taken) return;
+    // Before the lock, it may have been finished, and the name given to another file.
+    if (isAt(path, file.get())) std::filesystem::remove(path, gone);
 }
 
 }  // namespace
