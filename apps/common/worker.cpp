@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -33,7 +34,9 @@ constexpr char Failed = '!';
 
 /// If nobody reads it, SIGPIPE ends the process.
 void send(int pipe, char kind, const std::string& text) {
-    const std::string line = kind + text + '\n';
+    std::string line = kind + text;
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    line += '\n';
     for (std::string_view rest = line; !rest.empty();) {
         const ssize_t count = write(pipe, rest.data(), rest.size());
         if (count < 0 && errno != EINTR) std::_Exit(FailureCode);
