@@ -68,7 +68,6 @@ private:
         Job job;
         State state = State::Waiting;
         std::vector<std::size_t> after{};  ///< steps that must be finished before
-        double urgency = 0;  ///< processor seconds until all is done that waits for it
     };
 
     void add(const TablePlan& plan, Job::Kind kind, std::vector<std::size_t> after = {});
