@@ -26,6 +26,17 @@ bool contains(const std::vector<int>& ids, int id) {
     return std::find(ids.begin(), ids.end(), id) != ids.end();
 }
 
+/// Why no table can be made from one; empty if it is recorded.
+std::string lackOf(Standing standing) {
+    switch (standing) {
+        case Standing::Missing: return "is missing";
+        case Standing::Unrecorded: return "has no record: make it first";
+        case Standing::Misrecorded: return "has a damaged record: make it first";
+        case Standing::Recorded: break;
+    }
+    return "";
+}
+
 /// A run of `make`.
 class MakeRun {
 public:
@@ -102,7 +113,7 @@ private:
         return false;
     }
 
-    /// Refuses tables whose tables below are missing or damaged.
+    /// Refuses tables whose tables below are missing, damaged, or not known to be right.
     void requireTablesBelow(const std::vector<TablePlan>& plans) {
         std::vector<int> needed;
         for (const TablePlan& plan : plans) {
@@ -112,10 +123,10 @@ private:
                     plans.begin(), plans.end(),
                     [below](const TablePlan& other) { return other.id == below && other.make; });
                 if (isMade) continue;
-                const Standing standing = standingOf(folder, below);
-                if (standing == Standing::Missing || standing == Standing::Misrecorded) {
-                    throw AppError(nameOf(plan.id) + ": needs " + nameOf(below) + ", which is " +
-                                   (standing == Standing::Missing ? "missing" : "damaged"));
+                const std::string lack = lackOf(standingOf(folder, below));
+                if (!lack.empty()) {
+                    throw AppError(nameOf(plan.id) + ": needs " + nameOf(below) + ", which " +
+                                   lack);
                 }
                 needed.push_back(below);
             }

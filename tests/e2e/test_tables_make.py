@@ -105,6 +105,9 @@ def test_damage_below_is_found_first(tmp_path):
     said = make("krrk", "--only", "-o", tmp_path, code=1).splitlines()
     assert "krk.nbw" in said[-2] and said[-1] == "brivok-tables: krk: must be made again"
     assert not (tmp_path / "krrk.nbw").exists()
+    (tmp_path / "krk.json").unlink()
+    said = make("krrk", "--only", "-o", tmp_path, code=1)
+    assert said == "brivok-tables: krrk: needs krk, which has no record: make it first\n"
     (tmp_path / "krk.nbb").unlink()
     said = make("krrk", "--only", "-o", tmp_path, code=1)
     assert said == "brivok-tables: krrk: needs krk, which is missing\n"
