@@ -18,6 +18,9 @@ namespace brivok::tables {
 /// tables that they lead to are read by position and numbered like a Layout: the pair of kings,
 /// then the squares of the men left, of which a promoted one has only a file. The worth of a
 /// promotion is that of the best new piece. Illegal captures and promotions are NoWorth.
+///
+/// The generator's ConversionWorths tell much the same. These are for checking its tables, and
+/// share no code with it on purpose.
 class ConvertedWorths {
 public:
     /// A man to capture and a pawn to promote; 0 means none.

@@ -67,14 +67,11 @@ void FullCheck::checkBlock(unsigned pair, unsigned side) {
 /// The numbering of rows, and the walk that fills them, must agree with the index of the position.
 void FullCheck::checkLookedUp(std::uint64_t number, unsigned side) {
     const Worth stored = table.plain[side][number];
-    if (stored == NoWorth) return;
+    // With both kings on the diagonal the index may be that of the reflection.
+    if (stored == NoWorth || table.layout.isMirrored(table.layout.pairOf(number))) return;
     const std::uint64_t index =
         table.finder.find(table.layout.squares(number), side, NoEnPassant).index;
     const auto& file = table.entries[side];
-    if (table.layout.isMirrored(
-            static_cast<unsigned>(number / (table.layout.rowsPerPair() << 6)))) {
-        return;  // its index may be that of its reflection
-    }
     if (index >= file.size() || worthOfLeaving(outcomeOf(file[index])) != stored) {
         numberingsDiffer = true;
     }

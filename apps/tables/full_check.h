@@ -14,6 +14,10 @@
 namespace brivok::tables {
 
 /// Compares all entries of a table of up to five men with their successors, by rows.
+///
+/// With the generator it shares how men move, and where an entry is (Layout and FileWalk), of which
+/// samples are compared with the index of the position. The rest stays apart on purpose, even where
+/// it does much the same, as ConvertedWorths do: a fault of the generator must not hide itself.
 class FullCheck {
 public:
     FullCheck(int itsId, TableStore& store, unsigned itsThreads);
@@ -27,7 +31,6 @@ public:
 
 private:
     void checkBlock(unsigned pair, unsigned side);
-    void checkRow(const RowBytes& expected, std::uint64_t first, unsigned side, Square sample);
     void checkLookedUp(std::uint64_t number, unsigned side);
     void checkStrays(unsigned side);
     void checkPassing(unsigned side);
