@@ -23,30 +23,6 @@ namespace {
 /// Keeps members in insertion order.
 using Json = nlohmann::ordered_json;
 
-enum class Result { Win, Draw, Loss, None };
-
-struct Value {
-    Result result = Result::None;
-    unsigned moves = 0;
-};
-
-/// What an entry of one byte stands for.
-Value valueOfByte(std::uint8_t stored) {
-    const Outcome outcome = outcomeOf(stored);
-    if (outcome == Draw) return {Result::Draw};
-    if (isWin(outcome)) return {Result::Win, movesToMate(outcome)};
-    return isLoss(outcome) ? Value{Result::Loss, movesToMate(outcome)} : Value{};
-}
-
-/// What an entry of two bytes stands for: 32767 - n is a win in n moves, -32766 + n a loss in n.
-Value valueOfWord(std::uint16_t stored) {
-    const auto value = static_cast<std::int16_t>(stored);
-    if (value == 0) return {Result::Draw};
-    if (value == 32767 || value < -32766) return {};
-    return value > 0 ? Value{Result::Win, static_cast<unsigned>(32767 - value)}
-                     : Value{Result::Loss, static_cast<unsigned>(value + 32766)};
-}
-
 void countIn(std::vector<std::uint64_t>& byMoves, unsigned moves, std::uint64_t entries) {
     if (byMoves.size() <= moves) byMoves.resize(moves + std::size_t{1});
     byMoves[moves] += entries;
@@ -198,22 +174,20 @@ FileRecord FileTally::finish() {
     for (std::size_t stored = 0; stored < counts.size(); ++stored) {
         const Count& count = counts[stored];
         if (count.entries == 0) continue;
-        const auto [result, moves] = entryBytes == 1
-                                         ? valueOfByte(static_cast<std::uint8_t>(stored))
-                                         : valueOfWord(static_cast<std::uint16_t>(stored));
-        switch (result) {
-            case Result::Draw: record.draws += count.entries; break;
-            case Result::None: record.withoutValue += count.entries; break;
-            case Result::Win:
-                record.wins += count.entries;
-                countIn(record.winsIn, moves, count.entries);
-                keepLongest(record.longestWin, moves, count.first);
-                break;
-            case Result::Loss:
-                record.losses += count.entries;
-                countIn(record.lossesIn, moves, count.entries);
-                keepLongest(record.longestLoss, moves, count.first);
-                break;
+        const Outcome outcome = entryBytes == 1 ? outcomeOf(static_cast<std::uint8_t>(stored))
+                                                : outcomeOfWide(static_cast<std::uint16_t>(stored));
+        if (outcome == NoValue) {
+            record.withoutValue += count.entries;
+        } else if (outcome == Draw) {
+            record.draws += count.entries;
+        } else if (isWin(outcome)) {
+            record.wins += count.entries;
+            countIn(record.winsIn, movesToMate(outcome), count.entries);
+            keepLongest(record.longestWin, movesToMate(outcome), count.first);
+        } else {
+            record.losses += count.entries;
+            countIn(record.lossesIn, movesToMate(outcome), count.entries);
+            keepLongest(record.longestLoss, movesToMate(outcome), count.first);
         }
     }
     for (auto* const longest : {&record.longestWin, &record.longestLoss}) {
