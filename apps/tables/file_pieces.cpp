@@ -7,7 +7,6 @@
 #include "../common/files.h"
 #include "egtb/descriptors.h"
 #include "pack.h"
-#include "table_store.h"
 
 namespace brivok::tables {
 
@@ -33,6 +32,13 @@ bool forEachPiece(const std::filesystem::path& path, std::uint64_t most,
     }
     if (std::ferror(file.get()) != 0) failWithErrno(path);
     return true;
+}
+
+void forEachPiece(const TableStore& store, int id, unsigned side,
+                  const std::function<void(ByteSpan)>& visit) {
+    for (unsigned part = 0; part < partsOf(id, side); ++part) {
+        forEachPiece(store.find(id, side, part), bytesOf(id, side), visit);
+    }
 }
 
 }  // namespace brivok::tables

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "datacomp_symbols.h"
+#include "table_store.h"
 
 namespace brivok::tables {
 
@@ -16,6 +17,10 @@ namespace brivok::tables {
 /// unknown: see BlockSums. Throws AppError, also before a piece goes beyond `most` bytes,
 /// whatever size the file claims or unpacks to.
 bool forEachPiece(const std::filesystem::path& path, std::uint64_t most,
+                  const std::function<void(ByteSpan)>& visit);
+
+/// The same for all entries of a table with a side to move, however many files they are in.
+void forEachPiece(const TableStore& store, int id, unsigned side,
                   const std::function<void(ByteSpan)>& visit);
 
 }  // namespace brivok::tables

@@ -108,7 +108,9 @@ private:
 
     [[nodiscard]] bool hasPlainFile(int id) const {
         for (unsigned side = 0; side < filesOf(id); ++side) {
-            if (std::filesystem::exists(folder / tableFileName(id, side))) return true;
+            for (unsigned part = 0; part < partsOf(id, side); ++part) {
+                if (std::filesystem::exists(folder / tableFileName(id, side, part))) return true;
+            }
         }
         return false;
     }

@@ -6,6 +6,7 @@
 
 #include "../common/app_error.h"
 #include "../common/files.h"
+#include "../common/sha256.h"
 #include "commands.h"
 #include "report_lines.h"
 #include "report_page.h"
@@ -26,21 +27,28 @@ void write(const std::filesystem::path& path, const std::string& text) {
     file.finish();
 }
 
-/// The sum of a file as sha256sum -c reads it.
-std::string sumLine(const std::filesystem::path& folder, const ReportedTable& table, unsigned side,
-                    bool packed) {
-    const std::string name = tableFileName(table.id, side);
+/// The sums of the files for a side to move as sha256sum -c reads them.
+std::string sumLines(const std::filesystem::path& folder, const ReportedTable& table, unsigned side,
+                     bool packed) {
+    std::string lines;
     const FileRecord& file = table.record.files[side];
-    if (!packed) return file.sha256 + "  " + name + "\n";
-    if (!file.packed) fail(packedName(folder / name), "no such file");
-    return file.packed->sha256 + "  " + packedName(name).string() + "\n";
+    for (unsigned part = 0; part < partsOf(table.id, side); ++part) {
+        std::filesystem::path name = tableFileName(table.id, side, part);
+        if (packed) name = packedName(name);
+        if (packed && !file.packed) fail(folder / name, "no such file");
+        const std::string recorded = packed ? file.packed->sha256 : file.sha256;
+        // Sums of parts are not recorded.
+        const std::string sum = isSplit(table.id) ? sha256OfFile(folder / name) : recorded;
+        lines += sum + "  " + name.string() + "\n";
+    }
+    return lines;
 }
 
 std::string sumsOf(const std::filesystem::path& folder, const TableReport& report, bool packed) {
     std::string text;
     for (const ReportedTable& table : report.tables) {
         for (unsigned side = 0; side < table.record.files.size(); ++side) {
-            text += sumLine(folder, table, side, packed);
+            text += sumLines(folder, table, side, packed);
         }
     }
     return text;

@@ -10,6 +10,7 @@
 
 #include "report_charts.h"
 #include "report_text.h"
+#include "table_store.h"
 
 namespace brivok::tables {
 namespace {
@@ -38,9 +39,9 @@ struct Totals {
         ++tables;
         recorded += table.recorded ? 1 : 0;
         bytes += table.bytes();
-        for (const FileRecord& file : table.record.files) {
-            ++files;
-            entries += file.entries;
+        for (unsigned side = 0; side < table.record.files.size(); ++side) {
+            files += partsOf(table.id, side);
+            entries += table.record.files[side].entries;
         }
         if (const auto packed = table.packedBytes()) {
             packedBytes += *packed;
@@ -103,8 +104,9 @@ void writeGrid(std::vector<Column> columns, std::vector<Cells> rows, ReportPage&
 
 std::string sum(const Totals& totals, const ReportPage& page) {
     std::string text = countText(totals.tables, "table") + " in " +
-                       countText(totals.files, "file") + " have " + grouped(totals.entries) +
-                       " entries, " + sizeText(totals.bytes) + " in plain files";
+                       countText(totals.files, "file") + (totals.tables == 1 ? " has " : " have ") +
+                       grouped(totals.entries) + " entries, " + sizeText(totals.bytes) +
+                       " in plain files";
     if (!totals.packedText().empty()) text += " and " + totals.packedText() + " in packed ones";
     text += ".";
     if (totals.measured == totals.tables) {
@@ -152,7 +154,7 @@ void writeNotes(const TableReport& report, ReportPage& page) {
         page.plain("The name of a table lists the men of one side, then those of the other: ") +
         page.code("krbkr") +
         page.plain(" is king, rook and bishop against king and rook. Here the side that is named "
-                   "first is White. Headings count the men beside the kings."));
+                   "first is White. Headings count the men besides the kings."));
     page.paragraph(page.plain(
         "A file has an entry for every position with one side to move. Wins, draws and losses are "
         "those of the side to move; shares are of the entries with a value. Entries without one "
@@ -161,16 +163,17 @@ void writeNotes(const TableReport& report, ReportPage& page) {
         "the same men, one file serves both."));
     page.paragraph(page.plain(
         "Below each group the tables open to positions from which the mate takes longest, with a "
-        "line to the mate in which both sides always play a best move. Seconds are those that "
-        "making a table took by the clock, and of processor time."));
+        "line to the mate in which both sides always play a best move. Seconds tell how long it "
+        "took to make a table, by the clock and in processor time."));
     const Totals totals = totalsOf(report.tables);
-    if (totals.recorded < totals.tables) {
+    if (const std::uint64_t without = totals.tables - totals.recorded; without != 0) {
+        std::string text = without == totals.tables ? "No table" : countText(without, "table");
+        text += without == totals.tables ? " here has a"
+                : without == 1           ? " here has no"
+                                         : " here have no";
         page.paragraph(page.plain(
-            (totals.recorded == 0
-                 ? "No table here has"
-                 : countText(totals.tables - totals.recorded, "table") + " here have no") +
-            (totals.recorded == 0 ? " a record" : " record") +
-            " of its making: the files were read for this report, and times are missing."));
+            text +
+            " record of its making: the files were read for this report, and times are missing."));
     }
     if (!report.incomplete.empty()) {
         std::string text = page.plain("Left out, since a file is missing:");

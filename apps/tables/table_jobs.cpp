@@ -48,10 +48,7 @@ bool adopt(const std::filesystem::path& folder, int id, TableStore& store,
 /// The sum of the entries for a side to move, plain or packed, in however many files.
 std::string sumOfEntries(const TableStore& store, int id, unsigned side) {
     Sha256 sum;
-    for (unsigned part = 0; part < partsOf(id, side); ++part) {
-        forEachPiece(store.find(id, side, part), bytesOf(id, side),
-                     [&](ByteSpan piece) { sum.add(piece); });
-    }
+    forEachPiece(store, id, side, [&](ByteSpan piece) { sum.add(piece); });
     return sum.finish();
 }
 

@@ -68,19 +68,50 @@ std::uintmax_t sizeOf(const std::filesystem::path& path) {
     return size;
 }
 
-/// Adds what is on disk of a packed file to the record, and compares the sizes of the files.
-void meetFile(FileRecord& file, const std::filesystem::path& plain) {
-    const auto requireSize = [](const std::filesystem::path& path, std::uint64_t size) {
-        if (sizeOf(path) != size) fail(path, "is not the file that its record tells of");
-    };
-    const std::filesystem::path packed = packedName(plain);
-    if (std::filesystem::exists(plain)) requireSize(plain, file.bytes());
-    if (!std::filesystem::exists(packed)) return;
-    if (file.packed) {
-        requireSize(packed, file.packed->bytes);
-    } else {
-        file.packed = packedRecordOf(packed);
+constexpr const char* NotAsRecorded = "is not the file that its record tells of";
+
+void requireSize(const std::filesystem::path& path, std::uint64_t size) {
+    if (sizeOf(path) != size) fail(path, NotAsRecorded);
+}
+
+/// Adds what is on disk of packed files to the record, and compares the sizes of the files.
+void meetFiles(FileRecord& file, const std::filesystem::path& folder, int id, unsigned side) {
+    const unsigned parts = partsOf(id, side);
+    std::uint64_t packedBytes = 0;
+    bool isPacked = true;
+    for (unsigned part = 0; part < parts; ++part) {
+        const std::filesystem::path plain = folder / tableFileName(id, side, part);
+        const std::filesystem::path packed = packedName(plain);
+        const bool isLast = part + 1 == parts;
+        if (std::filesystem::exists(plain)) {
+            requireSize(plain, isLast ? file.bytes() - part * PartBytes : PartBytes);
+        }
+        if (std::filesystem::exists(packed)) {
+            packedBytes += sizeOf(packed);
+        } else {
+            isPacked = false;
+        }
     }
+    if (!isPacked) return;
+    if (isSplit(id)) {
+        file.packed = PackedRecord{.bytes = packedBytes, .sha256 = {}};
+    } else if (!file.packed) {
+        file.packed = packedRecordOf(packedName(folder / tableFileName(id, side)));
+    } else if (packedBytes != file.packed->bytes) {
+        fail(packedName(folder / tableFileName(id, side)), NotAsRecorded);
+    }
+}
+
+/// The record of files that have none.
+FileRecord readFiles(const TableStore& store, int id, unsigned side) {
+    if (!isSplit(id)) return readTable(store.find(id, side)).record;
+    FileTally tally(id, side);
+    forEachPiece(store, id, side, [&](ByteSpan piece) { tally.add(piece); });
+    FileRecord record = tally.finish();
+    if (record.bytes() != bytesOf(id, side)) {
+        fail(store.find(id, side), "and the other parts have the wrong length");
+    }
+    return record;
 }
 
 /// An entry of a byte can say that a position is won in 127 moves, but not that one is lost in 127.
@@ -96,7 +127,7 @@ std::optional<ReportedMate> lossBeyondEntries(const TableStore& store, int id, u
     ReportedMate lost{.side = side, .won = false, .mate = {.moves = MostMoves, .fen = {}}};
     std::uint64_t index = 0;
     Position position;
-    forEachPiece(store.find(id, side), descriptorOf(id).size[side], [&](ByteSpan bytes) {
+    forEachPiece(store, id, side, [&](ByteSpan bytes) {
         for (const std::uint8_t byte : bytes) {
             const std::uint64_t here = index++;
             if (byte != BrokenByte || !legalPosition(id, material, side, here, position)) continue;
@@ -131,11 +162,11 @@ ReportedTable readReported(const std::filesystem::path& folder, const TableStore
     } else {
         table.record.signature = descriptorOf(id).signature();
         for (unsigned side = 0; side < filesOf(id); ++side) {
-            table.record.files.push_back(readTable(store.find(id, side)).record);
+            table.record.files.push_back(readFiles(store, id, side));
         }
     }
     for (unsigned side = 0; side < filesOf(id); ++side) {
-        meetFile(table.record.files[side], folder / tableFileName(id, side));
+        meetFiles(table.record.files[side], folder, id, side);
         addMates(table, store, side);
     }
     return table;

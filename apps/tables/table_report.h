@@ -25,7 +25,7 @@ struct ReportedMate {
 /// What a report tells of a table.
 struct ReportedTable {
     int id = 0;
-    TableRecord record;
+    TableRecord record;     ///< of packed parts only the size of all together, without a sum
     bool recorded = false;  ///< otherwise the files were read for the report
     std::vector<ReportedMate> mates;
 
