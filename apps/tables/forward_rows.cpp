@@ -114,7 +114,13 @@ bool ForwardRows::expect(std::size_t number, RowBytes& expected) {
         if (material.side[man] == mover) move(man);
     }
     if (material.side[last] == mover) moveLast();
+    leaveBest(legal, expected);
+    return true;
+}
 
+/// leavingIfBestIs() for a whole row, so that compilers can work on many bytes at once; looks
+/// closer only where that finds stalemates or losses in 127.
+void ForwardRows::leaveBest(Bitboard legal, RowBytes& expected) {
     for (std::size_t i = 0; i < 64; ++i) {
         const std::uint8_t worth = best.at[i];
         const auto left = static_cast<std::uint8_t>(worth >= DrawnWorth ? -worth : ~worth);
@@ -141,7 +147,6 @@ bool ForwardRows::expect(std::size_t number, RowBytes& expected) {
             if (expected.at[indexOf(square)] == NoWorth) lostTooFarAway |= bit[square];
         }
     }
-    return true;
 }
 
 /// Places the men of a row but the last, and returns the squares that the last may stand on.

@@ -72,6 +72,7 @@ private:
 
     [[nodiscard]] Bitboard placeMen(std::size_t number);
     [[nodiscard]] Bitboard attackedBy(unsigned side) const;
+    void leaveBest(Bitboard legal, RowBytes& expected);
     void moveKing();
     void move(std::size_t man);
     void moveSlider(std::size_t man);
