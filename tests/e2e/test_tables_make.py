@@ -3,6 +3,7 @@
 import fcntl
 import os
 import random
+import re
 import resource
 import signal
 import socket
@@ -88,7 +89,8 @@ def test_a_full_disk_loses_nothing(tmp_path):
     """A limit to the size of files stands in for the disk: the larger tables do not fit."""
     limit = partial(resource.setrlimit, resource.RLIMIT_FSIZE, (30_000, 30_000))
     said = make("3men", "-o", tmp_path, code=1, preexec_fn=limit)
-    assert said.splitlines()[-1].startswith("brivok-tables: kpk: ") and "File too large" in said
+    assert any(re.fullmatch("brivok-tables: kpk: .*: File too large", line)
+               for line in said.splitlines()), said
     made = tables_of(tmp_path)
     assert {"krk.nbw", "kqk.nbb"} <= set(made) and not any(".part" in name for name in made)
     again = make("3men", "-o", tmp_path)

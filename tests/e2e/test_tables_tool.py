@@ -58,8 +58,8 @@ def small(tmp_path_factory):
     folder = tmp_path_factory.mktemp("small tables")
     made = tool("make", "3men", *MORE, "-o", folder)
     forecast, *outcomes = made.splitlines()
-    assert re.fullmatch(rf"Tables: {len(outcomes)} to make, about \d+ s, [\d.]+ MB of memory, "
-                        r"[\d.]+ MB of disk", forecast)
+    assert re.fullmatch(rf"Tables: {len(outcomes)} to make, about \d+ s, [\d.]+ [kM]B of memory, "
+                        r"[\d.]+ [kM]B of disk", forecast)
     assert sorted(outcomes) == sorted(f"{n}: made" for n in (*THREE, *MORE))
     return folder
 
